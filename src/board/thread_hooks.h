@@ -1,0 +1,49 @@
+// What the board's hottest routines need of the search threads that stand above them: counters, history tables,
+// caches, and the tables whose lines make prefetches. The owners fill these in; tests fill row 0 with plain arrays.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "board/relaxed.h"
+#include "board/types.h"
+
+struct EvalCacheEntry;
+struct PawnEntry;
+struct MatCacheEntry;
+
+inline constexpr int MaxThreads = 128;
+
+// Continuation slices: 1024 counters by the next move's code * 64 + to.
+inline constexpr std::size_t ContinuationSlice = 1024;
+
+// One search thread's share, found by Position::threadIndex.
+struct ThreadHooks {
+    Relaxed<std::uint64_t>* nodes = nullptr;             // raised by every make while the thread is not stopped
+    const Relaxed<std::uint8_t>* stopFlag = nullptr;
+    std::int32_t* history = nullptr;                     // [16][4096], by moved code and the move's low 12 bits
+    std::int32_t (*captureHistory)[64][16] = nullptr;    // [16][64][16], by moved code, target, captured code
+    std::uint16_t* continuationHistory = nullptr;        // 1,024 slices, by code * 64 + to of the earlier move
+    EvalCacheEntry* evalCache = nullptr;
+    PawnEntry* pawnHash = nullptr;
+    MatCacheEntry* matHash = nullptr;
+};
+extern ThreadHooks threadHooks[MaxThreads];
+
+// Entry sizes, in bytes; each table asserts its own.
+inline constexpr std::size_t TransBucketSize = 48;
+inline constexpr std::size_t EvalEntrySize = 16;
+inline constexpr std::size_t PawnEntrySize = 48;
+
+// Where make prefetches. The masks are one less than a power of two. Written only while no search runs.
+struct PrefetchBases {
+    const char* transBuckets = nullptr;  // null until the transposition table exists
+    std::uint64_t transMask = 0;
+    std::uint64_t evalMask = 0;  // shared by all threads' caches
+    std::uint64_t pawnMask = 0;
+};
+extern PrefetchBases prefetchBases;
+
+inline void prefetchTrans(Key key) {
+    __builtin_prefetch(prefetchBases.transBuckets + (key & prefetchBases.transMask) * TransBucketSize);
+}

@@ -1,0 +1,10 @@
+// Cutting the root list down to the moves that keep the best result the tables know.
+#pragma once
+
+#include "board/move.h"
+#include "board/position.h"
+
+// Rewrites `list`, ended by a zero move, and returns how many moves stand; 0 on failure, and the list is then the
+// caller's to build. `score` is in centipawns from the side to move's view.
+int tbRootProbeDtz(Position& pos, RootMove* list, int* score);
+int tbRootProbeWdl(Position& pos, RootMove* list, int* score);

@@ -1,0 +1,60 @@
+// What a `go` asks for, and the values that are published for one search.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "board/move.h"
+#include "board/relaxed.h"
+
+inline constexpr double NoTimeLimit = 31622400.0;  // seconds
+inline constexpr int NoDepthLimit = 99;            // plies; this or more means none
+inline constexpr std::uint64_t NoNodeLimit = ~std::uint64_t{0};
+
+struct SearchLimits {
+    double time[2] = {0, 0};  // seconds, by colour
+    double inc[2] = {0, 0};   // seconds
+    int movesToGo = 0;
+    int depth = 0;
+    double moveTime = 0;  // seconds
+    std::uint64_t nodes = NoNodeLimit;
+    bool infinite = false;
+    bool ponder = false;
+    std::string searchMoves;  // each token followed by a blank
+};
+
+// Shared between the interpreter and the search. Workers only read them.
+struct SearchControl {
+    Relaxed<bool> quitRequested = false;  // also set by the input thread
+    Relaxed<bool> stopRequested = false;
+    Relaxed<bool> searching = false;
+    Relaxed<bool> ponder = false;
+    double moveTime = 0;                   // seconds; not 0: a fixed time for the move
+    std::uint64_t nodes = NoNodeLimit;
+    int extendPercent = 500;               // hard limit as per cent of the target
+    double timeUsed = 0;                   // by the searches of this game, seconds
+    bool benchMode = false;
+};
+inline SearchControl searchControl;
+
+// Set by the driver before workers wake, or by thread 0 during the search.
+struct SearchState {
+    double searchStart = 0;      // seconds since the epoch
+    double iterationTarget = 0;  // seconds
+    int depthLimit = 0;          // plies
+    bool infinite = false;
+    bool analysisSearch = false;
+    int rootMoveCount = 0;
+    int rootMoveIndex = 0;  // 1-based, of the root move in progress
+    double bestMoveChanges = 0;
+    bool failLowSeen = false;        // the running iteration's root failed low on thread 0
+    bool failHighAccepted = false;
+    Relaxed<bool> iterationFailLow = false;
+    Relaxed<int> rootPublishedScore = 0;  // workers aspirate around it
+    int rootScoreKind = 0;                // 0 exact, 1 fail low, 2 fail high
+    Relaxed<bool> useLmr = true, nullMovePruning = true;
+    bool stopAfterIteration = false;
+    int skillDepth = 999;
+    Move recaptureMove = 0;               // the obvious move, 0 if there is none
+};
+inline SearchState searchState;

@@ -1,0 +1,49 @@
+// One search thread's record: everything that a search keeps between nodes, iterations and searches. All tables stand
+// in the record, so that one allocation holds them.
+#pragma once
+
+#include <thread>
+
+#include "board/move.h"
+#include "board/position.h"
+#include "board/relaxed.h"
+
+inline constexpr int MaxIteration = 152;   // rows: depths that `go depth` may name, and one behind
+inline constexpr int PvLength = 64;        // words of a line, its end included
+inline constexpr int KillerRows = 202;     // plies that a search can reach, and two
+inline constexpr int MaxPly = 190;         // from here on a node returns its static score
+
+// Killers of one ply.
+struct KillerRow {
+    Move first, second;
+    Move evasion;  // in check
+};
+
+struct SearchThread {
+    Relaxed<int> iterationDepth;                // 0: idle
+    std::int32_t iterationScore[MaxIteration];  // of each finished or running iteration
+    Move iterationPv[MaxIteration][PvLength];   // zero-terminated
+    RootMove rootMoves[MaxListMoves];           // ended by a zero move
+    Relaxed<std::uint64_t> nodes;               // of the current search; one writer
+    KillerRow killers[KillerRows];              // by ply
+    std::int32_t history[16][4096];             // by moved code and from-to, around 16000
+    std::int32_t captureHistory[16][64][16];    // by moved code, target, captured code, around 8000
+    Move counterMoves[2][7][4096];              // by side to move, type and from-to of the move before
+    // By code * 64 + to of an earlier move, then code and target of the next; around 16000. Codes reach 14.
+    std::uint16_t continuationHistory[960][16][64];
+    EvalCacheEntry* evalCache;
+    PawnEntry* pawnHash;
+    MatCacheEntry* matHash;
+    SearchThread* self;
+    std::thread worker;               // empty for thread 0
+    bool startFlag;                   // guarded by the pool's start mutex
+    Relaxed<std::uint8_t> stopFlag;   // written by exchange, read at every node
+
+    // Sets every region to its initial value.
+    void init();
+    void resetHistory();         // history, capture history and continuation history
+    void clearKillers();         // killers and counter moves
+    // On the thread that will use them, so that it touches the pages first. Ends the process if memory runs out.
+    void allocateCaches();
+    void freeCaches();
+};
