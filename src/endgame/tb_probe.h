@@ -16,8 +16,10 @@ extern Relaxed<std::uint64_t> tbHits;
 // The result at an inner node: true with an exact score in centipawns from the side to move's view.
 bool probeSearchTablebase(Position& pos, int ply, int* score);
 
-// Win/draw/loss from the side to move's view, -2 to 2 (1 and -1: spoiled or saved by the fifty-move rule). `ok` is
-// cleared on failure, and the value is then meaningless.
-int tbProbeWdl(Position& pos, bool* ok);
-// Plies to a zeroing move with best play, signed as the result; 0 for a draw. `ok` as above.
-int tbProbeDtz(Position& pos, bool* ok);
+// The two probes of a position. `success` is 0 if the probe failed, and the value is then meaningless; 1 if it is good;
+// 2 if it is good and comes from a capture or a pawn move, so that no distance need be looked up for it.
+//
+// Win/draw/loss from the side to move's view, -2 to 2 (1 and -1: spoiled or saved by the fifty-move rule).
+int tbProbeWdl(Position& pos, int* success);
+// Plies to a zeroing move with best play, signed as the result; 0 for a draw.
+int tbProbeDtz(Position& pos, int* success);
