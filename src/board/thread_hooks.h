@@ -17,8 +17,8 @@ inline constexpr int MaxThreads = 128;
 // Continuation slices: 1024 counters by the next move's code * 64 + to.
 inline constexpr std::size_t ContinuationSlice = 1024;
 
-// One search thread's share, found by Position::threadIndex.
-struct ThreadHooks {
+// One search thread's share, found by Position::threadIndex. A row fills one cache line.
+struct alignas(64) ThreadHooks {
     Relaxed<std::uint64_t>* nodes = nullptr;             // raised by every make while the thread is not stopped
     const Relaxed<std::uint8_t>* stopFlag = nullptr;
     std::int32_t* history = nullptr;                     // [16][4096], by moved code and the move's low 12 bits
@@ -28,6 +28,7 @@ struct ThreadHooks {
     PawnEntry* pawnHash = nullptr;
     MatCacheEntry* matHash = nullptr;
 };
+static_assert(sizeof(ThreadHooks) == 64);
 extern ThreadHooks threadHooks[MaxThreads];
 
 // Entry sizes, in bytes; each table asserts its own.

@@ -1,0 +1,3 @@
+#include "board/piece_square.h"
+
+Score PieceSquare[16][64];

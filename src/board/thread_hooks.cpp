@@ -1,0 +1,4 @@
+#include "board/thread_hooks.h"
+
+ThreadHooks threadHooks[MaxThreads];
+PrefetchBases prefetchBases;
