@@ -3,6 +3,9 @@
 
 #include "board/position.h"
 
+// The default of `log`: a lambda can't take a variable argument list.
+inline void silentLog(const char*, ...) {}
+
 struct SearchHost {
     bool (*inputWaiting)() = [] { return false; };
     void (*processCommand)() = [] {};
@@ -17,7 +20,7 @@ struct SearchHost {
     void (*reportThreads)(int count) = [](int) {};
     void (*reportBookMove)(Move move) = [](Move) {};
     void (*reportBestMove)(const char* best, const char* ponder) = [](const char*, const char*) {};  // null: none
-    [[gnu::format(printf, 1, 2)]] void (*log)(const char* format, ...) = [](const char*, ...) {};
+    [[gnu::format(printf, 1, 2)]] void (*log)(const char* format, ...) = silentLog;
     // Options held back during a search are applied, at its end.
     void (*searchOver)() = [] {};
     // The tree search: its whole run on thread 0, its loop on a worker, and its two-second report.

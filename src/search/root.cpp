@@ -1,0 +1,276 @@
+// The root search: walks the thread's root list once at a given depth and window. It keeps the list sorted, reports,
+// and sets the counters that the time rules read.
+#include "board/exchange.h"
+#include "board/make_move.h"
+#include "board/movegen.h"
+#include "search/history.h"
+#include "search/node.h"
+#include "search/search.h"
+#include "search/search_host.h"
+
+#include <algorithm>
+
+// Kinds of an iteration's last score, as the driver logs them.
+enum RootScoreKind : int { ExactScore = 0, FailedLow = 1, FailedHigh = 2 };
+
+// Bounds as reports show them.
+enum ReportBound : int { ReportExact = 0, ReportLower = 1, ReportUpper = 2 };
+
+// The lines of one pass with several lines wanted, best first. The ranks that the root list is sorted by overwrite its
+// scores, so the lines keep theirs here. Only thread 0 has lines.
+struct RootLine {
+    int score;
+    Move pv[PvLength];
+};
+static RootLine rootLines[MaxListMoves];
+static int rootLineOrder[MaxListMoves];  // indices into `rootLines`
+static int rootLineCount;
+
+struct RootNode {
+    Position& pos;
+    SearchThread& thread;
+    const int depth;  // half plies
+    const int firstAlpha;
+    int alpha;
+    const int beta;
+    Move* const pv;
+    const int multiPv;
+    const bool isMain;  // thread 0, which alone reports
+    bool reportMoves = false;
+    bool finished = false;  // stopped, or a fail high that ends the pass
+    int number = 0;         // of the move that is being tried, from 1
+    int best = -NoScore;
+    int bestNumber = 0;  // 0: no move yet
+    Position child;      // written by makeMove alone
+    Move childPv[PvLength];
+
+    RootNode(Position& position, int halfPlies, int lower, int upper, Move* line)
+        : pos(position),
+          thread(threadOf(position)),
+          depth(halfPlies),
+          firstAlpha(lower),
+          alpha(lower),
+          beta(upper),
+          pv(line),
+          multiPv(settings.multiPv),
+          isMain(position.threadIndex == 0) {}
+
+    bool wantsLines() const { return multiPv > 1; }
+    int iteration() const { return depth / OnePly; }
+    bool prints() const {
+        return isMain && !searchControl.benchMode && iteration() > settings.minimalReporting;
+    }
+};
+
+static inline void enterRoot(RootNode& node) {
+    constexpr int ReportMovesDepth = 12;  // half plies
+    constexpr double ReportMovesAfter = 3.0;  // seconds
+    Position& pos = node.pos;
+    pos.staticEval = pos.inCheck ? NoScore : evaluate(pos, -OpenEvalBound, OpenEvalBound);
+    pos.plyMark = 0;
+    pos.singularMark = 0;
+    pos.moveStat = 0;
+    pos.rootFlag = 0;
+    pos.nullFloor = RootExtensionCredit;
+    node.pv[0] = NoMove;
+    if (!node.isMain) return;
+    rootLineCount = 0;
+    // Intended: any depth in the option turns the lines for single moves off, not just a larger one than this.
+    node.reportMoves = node.depth >= ReportMovesDepth && settings.minimalReporting == 0 &&
+                       !searchControl.benchMode &&
+                       currentTime() - searchState.searchStart > ReportMovesAfter;
+    periodicCheck();
+    searchState.rootMoveIndex = 0;
+}
+
+// ---- One move ----
+
+// The reduction of a late quiet move, in half plies; below 2 there is none. Notes the move's stat for the child.
+static inline int reductionFor(RootNode& node, Move move) {
+    Position& pos = node.pos;
+    int reduction = reductionOf(reduceLow, true, node.depth, node.number);
+    if (isFarPawnMove(pos, move)) reduction -= 2;
+    const int stat = quietStat(pos, move);
+    if (stat / 3 < rootStatFloor[node.number] || seeLosing(pos, move)) reduction += 1;
+    const int phase = pos.cappedPhase();
+    if (!(phase <= 48 && isAdvancedPawnMove(pos, move))) {
+        if (stat > 83999)
+            reduction -= 2;
+        else if (stat > 47999)
+            reduction -= 1;
+    }
+    if (reduction > 0 && phase > 48 && node.depth <= 15 && movesOfficer(pos, move) &&
+        !seeFromSquareSafe(pos, move))
+        reduction -= 2;
+    pos.moveStat = stat - historyBase;
+    return reduction + (reduction & 1);
+}
+
+static inline int zeroWindowScore(RootNode& node, int depth, int reduction) {
+    node.pos.singularMark = std::uint8_t(reduction);
+    const int score = -searchZeroWindow(node.child, -node.alpha, depth, 1, node.childPv, NoMove, false, true);
+    node.pos.singularMark = 0;
+    return score;
+}
+
+// The move's score from the root's view; means nothing after a stop.
+static inline int scoreMove(RootNode& node, Move move) {
+    Position& child = node.child;
+    if (isDrawnByRule(node.pos, child, true)) {
+        node.childPv[0] = NoMove;
+        return 0;
+    }
+    // Intended: the root extends every check that loses nothing, whatever the line's credit.
+    const int ext = child.inCheck && !seeLosing(node.pos, move) ? OnePly : 0;
+    child.nullFloor = std::int16_t(child.nullFloor + ext);
+    const int newDepth = node.depth + ext - OnePly;
+    if (node.number > 1) {
+        const bool amongFirst = node.number <= node.multiPv;
+        if (!isTactical(node.pos, move) && !child.inCheck && searchState.useLmr && !amongFirst) {
+            const int reduction = reductionFor(node, move);
+            if (reduction >= 2) {
+                const int score = zeroWindowScore(node, std::max(newDepth - reduction, 2), reduction);
+                if (score <= node.alpha || isStopped(node.pos)) return score;
+            }
+        }
+        const int score = zeroWindowScore(node, newDepth, 0);
+        if (score <= node.alpha || isStopped(node.pos)) return score;
+    }
+    return -searchFullWindow(child, -node.beta, -node.alpha, newDepth, 1, node.childPv, false);
+}
+
+// ---- Lines and reports ----
+
+static void printLines(const RootNode& node) {
+    if (!node.prints()) return;
+    const int count = std::min(node.multiPv, rootLineCount);
+    for (int i = 0; i < count; ++i) {
+        const RootLine& line = rootLines[rootLineOrder[i]];
+        searchHost.reportMultiPvLine(i + 1, node.iteration(), line.score, line.pv);
+    }
+}
+
+// Adds a line behind all that are as good.
+static void addLine(const RootNode& node, Move move, int score) {
+    const int index = rootLineCount++;
+    rootLines[index].score = score;
+    writeLine(rootLines[index].pv, move, node.childPv);
+    int place = index;
+    for (; place > 0 && rootLines[rootLineOrder[place - 1]].score < score; --place)
+        rootLineOrder[place] = rootLineOrder[place - 1];
+    rootLineOrder[place] = index;
+}
+
+static inline void noteBest(RootNode& node, Move move, int score) {
+    node.best = score;
+    node.bestNumber = node.number;
+    if (node.isMain && node.number > 1) searchState.bestMoveChanges += 1;
+    searchState.rootPublishedScore = score;
+    writeLine(node.pv, move, node.childPv);
+}
+
+// With several lines wanted the window stays open, so that every line gets its exact score. True if the pass is over.
+static inline bool noteLine(RootNode& node, Move move, int score) {
+    if (node.isMain) {
+        addLine(node, move, score);
+        printLines(node);
+    }
+    if (score >= node.beta) {
+        node.best = score;
+        node.finished = true;
+        return true;
+    }
+    if (score > node.best) noteBest(node, move, score);
+    return false;
+}
+
+// Intended: a move below the window is no new best, even if it beats the first one: the next window lies around the
+// score of the move that was best so far. True on a fail high.
+static inline bool noteScore(RootNode& node, Move move, int score) {
+    if (node.number == 1 || score > node.alpha) noteBest(node, move, score);
+    if (score <= node.alpha) return false;
+    node.alpha = score;
+    const bool failedHigh = score >= node.beta;
+    if (node.isMain) searchState.rootScoreKind = failedHigh ? FailedHigh : ExactScore;
+    if (node.prints())
+        searchHost.reportDepth(node.iteration(), score, node.pv, failedHigh ? ReportLower : ReportExact);
+    return failedHigh;
+}
+
+// Searches one move of the list. True if the pass is over.
+static inline bool tryMove(RootNode& node, RootMove& rootMove) {
+    const Move move = cleanMove(rootMove.move);
+    const std::uint64_t nodesBefore = node.thread.nodes;
+    ++node.number;
+    if (!makeMove(&node.pos, &node.child, move)) return false;
+    markCheck(node.child);
+    if (node.isMain) searchState.rootMoveIndex = node.number;
+    if (node.reportMoves) searchHost.reportCurrentMove(move, node.number);
+    const int score = scoreMove(node, move);
+    if (isStopped(node.pos)) {
+        node.best = 0;
+        node.finished = true;
+        return true;
+    }
+    rootMove.nodes = node.thread.nodes - nodesBefore;
+    rootMove.score = score;
+    return node.wantsLines() ? noteLine(node, move, score) : noteScore(node, move, score);
+}
+
+// ---- The list ----
+
+static inline void moveBestToFront(RootNode& node) {
+    if (node.bestNumber > 0)
+        std::rotate(node.thread.rootMoves, node.thread.rootMoves + node.bestNumber - 1,
+                    node.thread.rootMoves + node.bestNumber);
+}
+
+// Ranks the list. The first two moves and the captures that follow keep their places; from the first quiet move on the
+// quiet ones are sorted among the places that they hold.
+static inline void sortRootMoves(RootNode& node) {
+    constexpr int FixedRank = 65000;
+    const Position& pos = node.pos;
+    RootMove* moves = node.thread.rootMoves;
+    int places[MaxListMoves];  // of quiet moves
+    int quietCount = 0;
+    for (int i = 0; moves[i].move != NoMove; ++i) {
+        const Move move = cleanMove(moves[i].move);
+        const bool quiet = !isTactical(pos, move);
+        if (i >= 2 && quiet) places[quietCount++] = i;
+        moves[i].score = quietCount > 0 ? historyEntry(pos, quietMoveOf(pos, move)) : FixedRank;
+    }
+    // Insertion keeps equal moves in order.
+    for (int i = 1; i < quietCount; ++i) {
+        const RootMove current = moves[places[i]];
+        int j = i;
+        for (; j > 0 && moves[places[j - 1]].score < current.score; --j) moves[places[j]] = moves[places[j - 1]];
+        moves[places[j]] = current;
+    }
+}
+
+static inline int finishRoot(RootNode& node) {
+    constexpr int ReportDepth = 10;  // half plies; a failed-low or complete set of lines is printed from here on
+    moveBestToFront(node);
+    if (node.pv[0]) sortRootMoves(node);
+    if (node.bestNumber == 0) node.best = node.pos.inCheck ? -MateScore : 0;
+    searchState.rootPublishedScore = node.best;
+    if (!node.isMain) return node.best;
+    const bool failedLow = !node.wantsLines() && node.bestNumber > 0 && node.best <= node.firstAlpha;
+    if (node.wantsLines()) searchState.rootScoreKind = ExactScore;
+    if (failedLow) searchState.rootScoreKind = FailedLow;
+    if (node.depth < ReportDepth) return node.best;
+    if (node.wantsLines())
+        printLines(node);
+    else if (failedLow && node.prints())
+        searchHost.reportDepth(node.iteration(), node.best, node.pv, ReportUpper);
+    return node.best;
+}
+
+int searchRoot(Position& pos, int depth, int alpha, int beta, Move* pv) {
+    if (isStopped(pos)) return 0;
+    RootNode node(pos, depth, alpha, beta, pv);
+    enterRoot(node);
+    for (RootMove* rootMove = node.thread.rootMoves; rootMove->move != NoMove; ++rootMove)
+        if (tryMove(node, *rootMove)) break;
+    return node.finished ? node.best : finishRoot(node);
+}
