@@ -1,5 +1,6 @@
-// The full-window search: the nodes of the principal variation. It keeps a whole line, prunes little, and carries the
-// rule by which threads avoid each other: a move that another thread is searching now is put off to a second pass.
+// The full-window search: the nodes of the principal variation. It keeps a whole line, prunes little, and
+// carries the rule by which threads avoid each other: a move that another thread is searching now is put off
+// to a second pass.
 #include "board/exchange.h"
 #include "board/legality.h"
 #include "board/make_move.h"
@@ -132,7 +133,8 @@ static inline bool internalDeepening(FullWindowNode& node) {
     constexpr int DeepeningDepth = 12;
     if (node.depth < DeepeningDepth) return false;
     if (node.table.move && node.table.depth >= node.depth / 2) return false;
-    searchFullWindow(node.pos, node.alpha - 5, node.beta, node.depth - 2 * OnePly, node.ply, node.childPv, true);
+    searchFullWindow(node.pos, node.alpha - 5, node.beta, node.depth - 2 * OnePly, node.ply, node.childPv,
+                     true);
     if (isStopped(node.pos)) return node.endWith(0);
     const TableView table = readTable(node.pos.key, node.ply);
     if (table.hit)
@@ -153,7 +155,8 @@ static inline void setUpMoves(FullWindowNode& node) {
         node.picker.start(pos, KindEvasions, node.depth, node.table.move, killers.evasion, killers.first,
                           node.counter);
     else
-        node.picker.start(pos, KindFull, node.depth, node.table.move, killers.first, killers.second, node.counter);
+        node.picker.start(pos, KindFull, node.depth, node.table.move, killers.first, killers.second,
+                          node.counter);
 }
 
 // ---- The move loop ----
@@ -163,7 +166,8 @@ static inline Move takeMove(FullWindowNode& node) {
     return node.deferredNext < node.deferredCount ? node.deferred[node.deferredNext++] : NoMove;
 }
 
-// A pawn move that may soon matter in an ending: to the sixth or seventh rank, or to the fifth past all enemy pawns.
+// A pawn move that may soon matter in an ending: to the sixth or seventh rank, or to the fifth past all enemy
+// pawns.
 static inline bool isPromisingPawnMove(const FullWindowNode& node, Move move) {
     const Position& pos = node.pos;
     if (node.phase >= 32 || !isPawnMove(pos, move)) return false;
@@ -192,7 +196,8 @@ static inline bool deferMove(FullWindowNode& node, const FullTrial& trial) {
     if (!node.firstPass || node.played == 0 || node.pos.threadIndex == 0) return false;
     if (!sharesMoves() || node.picker.stage == StageCaptures) return false;
     TransData data;
-    if (node.deferredCount == MaxListMoves || !transTable.probe(node.child.key, data) || !data.busy()) return false;
+    if (node.deferredCount == MaxListMoves || !transTable.probe(node.child.key, data) || !data.busy())
+        return false;
     node.deferred[node.deferredCount++] = trial.move;
     return true;
 }
@@ -222,8 +227,8 @@ static inline bool isSingular(FullWindowNode& node) {
     if (node.depth < 18 || !(table.bound & LowerBound) || table.depth < node.depth - 7) return false;
     if (std::abs(table.score) >= DecidedScore || (node.ply >= 50 && node.pos.inCheck)) return false;
     const int singularBeta = table.score - node.depth / 2;
-    return searchZeroWindow(node.pos, singularBeta + 1, node.depth - 10, node.ply, node.childPv, table.move, true,
-                            false) <= singularBeta;
+    return searchZeroWindow(node.pos, singularBeta + 1, node.depth - 10, node.ply, node.childPv, table.move,
+                            true, false) <= singularBeta;
 }
 
 // Sets the child's depth. The top node of a tree search's leaf has no test for a singular move.
@@ -274,8 +279,8 @@ static inline int reductionFor(FullWindowNode& node, const FullTrial& trial) {
     return reduction;
 }
 
-// The first move gets the whole window at once; a later one has to beat the window's lower end first. Scores after a
-// stop mean nothing.
+// The first move gets the whole window at once; a later one has to beat the window's lower end first. Scores
+// after a stop mean nothing.
 static inline void searchChild(FullWindowNode& node, FullTrial& trial) {
     const int reach = node.depth + node.ext;
     if (node.played == 1 || reach < 4) {
@@ -300,8 +305,8 @@ static inline void searchChild(FullWindowNode& node, FullTrial& trial) {
 static inline bool noteScore(FullWindowNode& node, const FullTrial& trial) {
     const Position& pos = node.pos;
     const int score = trial.score;
-    if (node.played == 1 && score <= node.alpha && node.depth <= LastBonusDepth && trial.isQuietOutOfCheck() &&
-        node.tried.hasQuiet())
+    if (node.played == 1 && score <= node.alpha && node.depth <= LastBonusDepth &&
+        trial.isQuietOutOfCheck() && node.tried.hasQuiet())
         penaliseContinuations(pos, node.tried.firstQuiet(), contBonus(node.depth));
     if (score > node.best) {
         node.best = score;
@@ -399,7 +404,8 @@ static int searchNode(Position& pos, int alpha, int beta, int depth, int ply, Mo
     return finishNode(node);
 }
 
-int searchFullWindow(Position& pos, int alpha, int beta, int depth, int ply, Move* pv, bool internalDeepening) {
+int searchFullWindow(Position& pos, int alpha, int beta, int depth, int ply, Move* pv,
+                     bool internalDeepening) {
     return searchNode<false>(pos, alpha, beta, depth, ply, pv, !internalDeepening);
 }
 

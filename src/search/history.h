@@ -1,5 +1,5 @@
-// What the searches learn about moves: the history counters and their updates, killers and counter moves. Each thread
-// has tables of its own, so nothing here is shared.
+// What the searches learn about moves: the history counters and their updates, killers and counter moves.
+// Each thread has tables of its own, so nothing here is shared.
 #pragma once
 
 #include "search/search_tables.h"
@@ -19,7 +19,8 @@ inline QuietMove quietMoveOf(const Position& pos, Move move) {
     return {pos.board[fromOf(move)], std::uint16_t(move & FromToMask)};
 }
 
-// A counter is drawn towards one side of its centre, the more slowly the farther out it stands. Divisions truncate.
+// A counter is drawn towards one side of its centre, the more slowly the farther out it stands. Divisions
+// truncate.
 template <int centre, int scale, class Counter>
 inline void rewardCounter(Counter& counter, int bonus) {
     const int value = counter;
@@ -54,8 +55,8 @@ inline void penaliseQuiet(const Position& pos, QuietMove quiet, int bonus, int c
     penaliseContinuations(pos, quiet, continuationBonus);
 }
 
-// The quiet and the tactical moves that a node has tried, out of check. Both lists may fill up; later moves are then
-// left out of the learning.
+// The quiet and the tactical moves that a node has tried, out of check. Both lists may fill up; later moves
+// are then left out of the learning.
 class TriedMoves {
    public:
     TriedMoves() {}  // the lists stay unwritten
@@ -70,7 +71,8 @@ class TriedMoves {
     QuietMove firstQuiet() const { return quiets[0]; }
 
     // Rewards `best` and penalises the quiet moves listed before it.
-    void learnCutoff(const Position& pos, QuietMove best, bool penalise, int bonus, int continuationBonus) const {
+    void learnCutoff(const Position& pos, QuietMove best, bool penalise, int bonus,
+                     int continuationBonus) const {
         for (int i = 0; penalise && i < quietCount && !isSame(quiets[i], best); ++i)
             penaliseQuiet(pos, quiets[i], bonus, continuationBonus);
         rewardQuiet(pos, best, bonus, continuationBonus);

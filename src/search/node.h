@@ -1,5 +1,5 @@
-// What the searches' nodes have in common: reading the table, draws by rule, the ends of a line, and the questions
-// about moves that several of them ask. Scores from the side to move's view, depths in half plies.
+// What the searches' nodes have in common: reading the table, draws by rule, the ends of a line, and the
+// questions about moves that several of them ask. Scores from the side to move's view, depths in half plies.
 #pragma once
 
 #include "board/attacks.h"
@@ -17,13 +17,14 @@
 
 #include <algorithm>
 
-inline constexpr int OnePly = 2;                  // half plies
-inline constexpr int RootExtensionCredit = -8;    // where the running sum of a line's extensions starts, in half plies
-inline constexpr int FirstFullDepth = 2;          // below it a node belongs to the quiescence search
+inline constexpr int OnePly = 2;  // half plies
+inline constexpr int RootExtensionCredit =
+    -8;  // where the running sum of a line's extensions starts, in half plies
+inline constexpr int FirstFullDepth = 2;             // below it a node belongs to the quiescence search
 inline constexpr Move FirstUnderPromotion = 0x5000;  // clean moves from here up promote to less than a queen
-inline constexpr Move QuietFlagMask = 0x6000;     // set in castling, en passant and promotions
-inline constexpr int DeepestMate = -MateBound;    // best above it: some move avoids being mated
-inline constexpr int DecidedScore = 3900;         // beyond it a hash score is no yardstick for singularity
+inline constexpr Move QuietFlagMask = 0x6000;        // set in castling, en passant and promotions
+inline constexpr int DeepestMate = -MateBound;       // best above it: some move avoids being mated
+inline constexpr int DecidedScore = 3900;            // beyond it a hash score is no yardstick for singularity
 
 // What a move is, as sets of tried moves and rules tell moves apart.
 enum MoveKind : int {
@@ -34,7 +35,8 @@ enum MoveKind : int {
 
 // ---- Entry ----
 
-// Narrows the window to what mates at this ply allow. True if nothing is left of it; `alpha` is then the score.
+// Narrows the window to what mates at this ply allow. True if nothing is left of it; `alpha` is then the
+// score.
 inline bool clipToMates(int& alpha, int& beta, int ply) {
     alpha = std::max(alpha, ply - MateScore);
     beta = std::min(beta, MateScore - 1 - ply);
@@ -66,7 +68,8 @@ struct TableView {
 inline TableView readTable(Key key, int ply) {
     TransData data;
     if (!transTable.probe(key, data)) return {};
-    return {true, data.terminal(), scoreFromTable(data.score(), ply), data.depth(), data.bound(), data.move()};
+    return {true,         data.terminal(), scoreFromTable(data.score(), ply),
+            data.depth(), data.bound(),    data.move()};
 }
 
 inline void writeTable(Key key, int depth, int score, int flags, Move move, int nodeRank, int ply) {
@@ -81,7 +84,8 @@ inline int estimateFrom(const TableView& table, int eval) {
     return eval;
 }
 
-// True if endgame tables know the position and are worth asking at this depth. The score becomes the static one.
+// True if endgame tables know the position and are worth asking at this depth. The score becomes the static
+// one.
 inline bool tablebaseScore(Position& pos, int depth, int ply, int& score) {
     const int men = int(pos.pieceCount);
     if (men > tbPieceLimit || ply < 2) return false;

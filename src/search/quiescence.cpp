@@ -1,5 +1,5 @@
-// The quiescence search: captures, promotions and, for one ply, checks, until the static score can be trusted. It
-// serves zero and full windows and tells them apart by their width.
+// The quiescence search: captures, promotions and, for one ply, checks, until the static score can be
+// trusted. It serves zero and full windows and tells them apart by their width.
 #include "board/exchange.h"
 #include "board/legality.h"
 #include "board/make_move.h"
@@ -23,9 +23,9 @@ struct QuiescenceNode {
     bool drawn = false;  // the best score is a draw by rule
     int stand = 0;       // score without a move, 0 in check
     int best = -NoScore;
-    int count = 0;     // moves made; standing pat counts as one
-    int margin = 0;    // of captures, centipawns
-    int gainFloor = 0; // what captures that gain nothing are worth at most
+    int count = 0;      // moves made; standing pat counts as one
+    int margin = 0;     // of captures, centipawns
+    int gainFloor = 0;  // what captures that gain nothing are worth at most
     int result = 0;
     Position child;  // written by makeMove alone
     MovePicker picker;
@@ -103,14 +103,15 @@ static inline bool takesPreciousPawn(const QuiescenceNode& node, Move move, int 
     return !severalBits(node.pos.pieces[node.them][Pawn]) || relativeRank(node.us, toOf(move)) <= 1;
 }
 
-// Out of check: whether a move that isn't the hash move can't lift the score to the window, or loses material. What
-// is passed over still gives the node a bound.
+// Out of check: whether a move that isn't the hash move can't lift the score to the window, or loses
+// material. What is passed over still gives the node a bound.
 static inline bool pruneMove(QuiescenceNode& node, Move move) {
     const Position& pos = node.pos;
-    const bool forcing =
-        (node.withChecks && givesCheckQuick(pos, move)) || flagOf(move) == QueenPromotion;
+    const bool forcing = (node.withChecks && givesCheckQuick(pos, move)) || flagOf(move) == QueenPromotion;
     if (!forcing) {
-        const int victim = isEnPassant(move) ? int(Pawn) : isCapture(pos, move) ? typeOfCode(pos.board[toOf(move)]) : 0;
+        const int victim = isEnPassant(move)      ? int(Pawn)
+                           : isCapture(pos, move) ? typeOfCode(pos.board[toOf(move)])
+                                                  : 0;
         const bool precious = takesPreciousPawn(node, move, victim);
         const int reach = PhasePieceValue[node.phase][victim] + node.margin + node.stand;
         if (reach < node.alpha && !precious) {
@@ -193,7 +194,8 @@ int searchQuiescence(Position& pos, int alpha, int beta, int qDepth, int ply, Mo
         int score = 0;
         if (!drawn) {
             if (!tactical && isIdle(node, move)) continue;
-            score = -searchQuiescence(node.child, -node.beta, -node.alpha, qDepth - OnePly, ply + 1, node.childPv);
+            score = -searchQuiescence(node.child, -node.beta, -node.alpha, qDepth - OnePly, ply + 1,
+                                      node.childPv);
             if (isStopped(pos)) return 0;
         }
         if (noteScore(node, move, score, drawn)) break;

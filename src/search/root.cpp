@@ -1,5 +1,5 @@
-// The root search: walks the thread's root list once at a given depth and window. It keeps the list sorted, reports,
-// and sets the counters that the time rules read.
+// The root search: walks the thread's root list once at a given depth and window. It keeps the list sorted,
+// reports, and sets the counters that the time rules read.
 #include "board/exchange.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
@@ -16,8 +16,8 @@ enum RootScoreKind : int { ExactScore = 0, FailedLow = 1, FailedHigh = 2 };
 // Bounds as reports show them.
 enum ReportBound : int { ReportExact = 0, ReportLower = 1, ReportUpper = 2 };
 
-// The lines of one pass with several lines wanted, best first. The ranks that the root list is sorted by overwrite its
-// scores, so the lines keep theirs here. Only thread 0 has lines.
+// The lines of one pass with several lines wanted, best first. The ranks that the root list is sorted by
+// overwrite its scores, so the lines keep theirs here. Only thread 0 has lines.
 struct RootLine {
     int score;
     Move pv[PvLength];
@@ -63,7 +63,7 @@ struct RootNode {
 };
 
 static inline void enterRoot(RootNode& node) {
-    constexpr int ReportMovesDepth = 12;  // half plies
+    constexpr int ReportMovesDepth = 12;      // half plies
     constexpr double ReportMovesAfter = 3.0;  // seconds
     Position& pos = node.pos;
     pos.staticEval = pos.inCheck ? NoScore : evaluate(pos, -OpenEvalBound, OpenEvalBound);
@@ -75,17 +75,18 @@ static inline void enterRoot(RootNode& node) {
     node.pv[0] = NoMove;
     if (!node.isMain) return;
     rootLineCount = 0;
-    // Intended: any depth in the option turns the lines for single moves off, not just a larger one than this.
+    // Intended: any depth in the option turns the lines for single moves off, not just a larger one than
+    // this.
     node.reportMoves = node.depth >= ReportMovesDepth && settings.minimalReporting == 0 &&
-                       !searchControl.benchMode &&
-                       currentTime() - searchState.searchStart > ReportMovesAfter;
+                       !searchControl.benchMode && currentTime() - searchState.searchStart > ReportMovesAfter;
     periodicCheck();
     searchState.rootMoveIndex = 0;
 }
 
 // ---- One move ----
 
-// The reduction of a late quiet move, in half plies; below 2 there is none. Notes the move's stat for the child.
+// The reduction of a late quiet move, in half plies; below 2 there is none. Notes the move's stat for the
+// child.
 static inline int reductionFor(RootNode& node, Move move) {
     Position& pos = node.pos;
     int reduction = reductionOf(reduceLow, true, node.depth, node.number);
@@ -169,7 +170,8 @@ static inline void noteBest(RootNode& node, Move move, int score) {
     writeLine(node.pv, move, node.childPv);
 }
 
-// With several lines wanted the window stays open, so that every line gets its exact score. True if the pass is over.
+// With several lines wanted the window stays open, so that every line gets its exact score. True if the pass
+// is over.
 static inline bool noteLine(RootNode& node, Move move, int score) {
     if (node.isMain) {
         addLine(node, move, score);
@@ -184,8 +186,8 @@ static inline bool noteLine(RootNode& node, Move move, int score) {
     return false;
 }
 
-// Intended: a move below the window is no new best, even if it beats the first one: the next window lies around the
-// score of the move that was best so far. True on a fail high.
+// Intended: a move below the window is no new best, even if it beats the first one: the next window lies
+// around the score of the move that was best so far. True on a fail high.
 static inline bool noteScore(RootNode& node, Move move, int score) {
     if (node.number == 1 || score > node.alpha) noteBest(node, move, score);
     if (score <= node.alpha) return false;
@@ -225,8 +227,8 @@ static inline void moveBestToFront(RootNode& node) {
                     node.thread.rootMoves + node.bestNumber);
 }
 
-// Ranks the list. The first two moves and the captures that follow keep their places; from the first quiet move on the
-// quiet ones are sorted among the places that they hold.
+// Ranks the list. The first two moves and the captures that follow keep their places; from the first quiet
+// move on the quiet ones are sorted among the places that they hold.
 static inline void sortRootMoves(RootNode& node) {
     constexpr int FixedRank = 65000;
     const Position& pos = node.pos;
@@ -243,13 +245,15 @@ static inline void sortRootMoves(RootNode& node) {
     for (int i = 1; i < quietCount; ++i) {
         const RootMove current = moves[places[i]];
         int j = i;
-        for (; j > 0 && moves[places[j - 1]].score < current.score; --j) moves[places[j]] = moves[places[j - 1]];
+        for (; j > 0 && moves[places[j - 1]].score < current.score; --j)
+            moves[places[j]] = moves[places[j - 1]];
         moves[places[j]] = current;
     }
 }
 
 static inline int finishRoot(RootNode& node) {
-    constexpr int ReportDepth = 10;  // half plies; a failed-low or complete set of lines is printed from here on
+    constexpr int ReportDepth =
+        10;  // half plies; a failed-low or complete set of lines is printed from here on
     moveBestToFront(node);
     if (node.pv[0]) sortRootMoves(node);
     if (node.bestNumber == 0) node.best = node.pos.inCheck ? -MateScore : 0;

@@ -1,17 +1,18 @@
 // Tables that the searches read, built from the options, and contempt.
 #pragma once
 
-#include <algorithm>
-
 #include "board/score.h"
 #include "board/types.h"
+
+#include <algorithm>
 
 inline constexpr int ReductionDepths = 128;  // rows, by half plies
 inline constexpr int ReductionCounts = 64;   // columns, by move count
 inline constexpr int MoveCountDepths = 24;
 
-// Late-move reductions in half plies, by improving (1) or not, depth in half plies, and move count; row and column 0
-// are not used. Intended: at depth 1 they are negative or 0; the searches put their own floor under the sum.
+// Late-move reductions in half plies, by improving (1) or not, depth in half plies, and move count; row and
+// column 0 are not used. Intended: at depth 1 they are negative or 0; the searches put their own floor under
+// the sum.
 extern int reduceHigh[2][ReductionDepths][ReductionCounts];
 extern int reduceLow[2][ReductionDepths][ReductionCounts];
 extern int moveCountTable[2][MoveCountDepths];  // quiet moves allowed before pruning
@@ -24,7 +25,7 @@ inline constexpr int RootStatFloors = 400;
 extern int rootStatFloor[RootStatFloors];
 
 // Exchange margins of move-loop pruning by reduced depth; only 0 to 16 are reached.
-inline constexpr int seeMargin[19] = {-50,  -50,  -50,  -50,  -50,  -50,  -150, -150, -250, -250,
+inline constexpr int seeMargin[19] = {-50,  -50,  -50,  -50,  -50,  -50,  -150, -150,  -250, -250,
                                       -350, -350, -450, -550, -650, -750, -950, -1150, -1250};
 
 inline int reductionOf(const int (&table)[2][ReductionDepths][ReductionCounts], bool improving, int depth,
@@ -40,8 +41,9 @@ inline int contBonus(int depth) { return depth <= LastBonusDepth ? contBonusStep
 // Rebuilds all tables from the options and the tree-search mode. Only while the workers are idle.
 void buildSearchTables();
 
-// Sets the contempt of both colours from c' (centipawns, for the side to move at the root or, with White Contempt,
-// for White).
+// Sets the contempt of both colours from c' (centipawns, for the side to move at the root or, with White
+// Contempt, for White).
 void setContempt(int value, Colour rootSide);
-// The value c' after an iteration's score, both in centipawns; `contempt` is the option's value for this search.
+// The value c' after an iteration's score, both in centipawns; `contempt` is the option's value for this
+// search.
 int contemptFromScore(int score, int contempt);

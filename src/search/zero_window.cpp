@@ -1,5 +1,5 @@
-// The zero-window search: all nodes off the principal variation, and nearly all of the program's selectivity. Its
-// move loop is here; what comes before the moves stands in zero_window_steps.h.
+// The zero-window search: all nodes off the principal variation, and nearly all of the program's selectivity.
+// Its move loop is here; what comes before the moves stands in zero_window_steps.h.
 #include "board/legality.h"
 #include "board/movegen.h"
 #include "search/zero_window_steps.h"
@@ -110,8 +110,8 @@ static inline bool extendsPassedPawn(const ZeroWindowNode& node, const Trial& tr
     return trusted && !(pos.pieces[opponent(node.us)][AllPieces] & bit(toOf(move) + pawnStep(node.us)));
 }
 
-// The hash move is extended a little if its entry is deep, and more if it beats every other move by a margin. Ends the
-// node after a stop, or if another move fails high as well where a fail high was expected.
+// The hash move is extended a little if its entry is deep, and more if it beats every other move by a margin.
+// Ends the node after a stop, or if another move fails high as well where a fail high was expected.
 static inline bool extendHashMove(ZeroWindowNode& node, Trial& trial) {
     Position& pos = node.pos;
     const TableView& table = node.table;
@@ -128,8 +128,8 @@ static inline bool extendHashMove(ZeroWindowNode& node, Trial& trial) {
     const int singularBeta = table.score - std::max(depth / 2, 8);
     const int lowered = depth - depth / 4 - 7;
     const int singularDepth = lowered + (lowered & 1);
-    const int score = searchZeroWindow(pos, singularBeta + 1, singularDepth, node.ply, node.childPv, table.move, true,
-                                       node.cutNode);
+    const int score = searchZeroWindow(pos, singularBeta + 1, singularDepth, node.ply, node.childPv,
+                                       table.move, true, node.cutNode);
     if (isStopped(pos)) return node.endWith(0);
     if (score <= singularBeta)
         trial.ext += OnePly;
@@ -156,8 +156,8 @@ static inline bool extendMove(ZeroWindowNode& node, Trial& trial) {
 static inline int childScore(ZeroWindowNode& node, const Trial& trial, int depth, int reduction, bool noNull,
                              bool cutNode) {
     node.pos.singularMark = std::uint8_t(reduction);
-    const int score = -searchZeroWindow(node.child, 1 - node.beta, depthOfMove(trial.move, depth), node.ply + 1,
-                                        node.childPv, NoMove, noNull, cutNode);
+    const int score = -searchZeroWindow(node.child, 1 - node.beta, depthOfMove(trial.move, depth),
+                                        node.ply + 1, node.childPv, NoMove, noNull, cutNode);
     node.pos.singularMark = 0;
     return score;
 }
@@ -260,8 +260,8 @@ static inline void learnFromMoves(ZeroWindowNode& node) {
     const Position& pos = node.pos;
     if (node.pv[0]) node.tried.learnCaptures(pos, node.pv[0], node.depth);
     if (node.depth <= LastBonusDepth && node.hasCutoffQuiet)
-        node.tried.learnCutoff(pos, node.cutoffQuiet, node.eval > node.beta - 55, historyBonus(node.depth - 1),
-                               contBonus(node.depth));
+        node.tried.learnCutoff(pos, node.cutoffQuiet, node.eval > node.beta - 55,
+                               historyBonus(node.depth - 1), contBonus(node.depth));
 }
 
 static inline int finishNode(ZeroWindowNode& node) {
@@ -276,8 +276,8 @@ static inline int finishNode(ZeroWindowNode& node) {
     learnFromMoves(node);
     if (node.drawn) return score;
     const bool failedHigh = score >= node.beta;
-    writeTable(node.key, node.depth, score, failedHigh ? LowerBound : UpperBound, failedHigh ? node.pv[0] : NoMove,
-               node.cutNode, node.ply);
+    writeTable(node.key, node.depth, score, failedHigh ? LowerBound : UpperBound,
+               failedHigh ? node.pv[0] : NoMove, node.cutNode, node.ply);
     return score;
 }
 

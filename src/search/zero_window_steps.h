@@ -1,5 +1,5 @@
-// The node of the zero-window search and the steps that come before its moves: the table, endgame tables, the static
-// score, pruning without a move, internal deepening, and the set-up of the move loop.
+// The node of the zero-window search and the steps that come before its moves: the table, endgame tables, the
+// static score, pruning without a move, internal deepening, and the set-up of the move loop.
 #pragma once
 
 #include "board/exchange.h"
@@ -51,8 +51,8 @@ struct ZeroWindowNode {
     TriedMoves tried;
     Move childPv[2];
 
-    ZeroWindowNode(Position& position, int upper, int halfPlies, int rootDistance, Move* line, Move excludedMove,
-                   bool withoutNull, bool expectsCutoff)
+    ZeroWindowNode(Position& position, int upper, int halfPlies, int rootDistance, Move* line,
+                   Move excludedMove, bool withoutNull, bool expectsCutoff)
         : pos(position),
           thread(threadOf(position)),
           us(position.sideToMove()),
@@ -86,7 +86,8 @@ static inline bool enterNode(ZeroWindowNode& node) {
     if (clipToMates(alpha, node.beta, node.ply)) return node.endWith(alpha);
     if (node.ply >= MaxPly) return node.endWith(scoreAtLastPly(pos));
     node.key = pos.key;
-    if (node.excluded) node.key ^= excludedToKey[toOf(node.excluded)] ^ excludedFromKey[fromOf(node.excluded)];
+    if (node.excluded)
+        node.key ^= excludedToKey[toOf(node.excluded)] ^ excludedFromKey[fromOf(node.excluded)];
     if (node.depth >= FirstFullDepth) return false;
     return node.endWith(searchQuiescence(pos, node.beta - 1, node.beta, 0, node.ply, node.pv));
 }
@@ -162,7 +163,8 @@ static inline bool lastMoveThreatens(const Position& pos) {
     const std::size_t index = std::size_t(from);
     const Bitboard* ours = pos.pieces[us];
     switch (typeOfCode(pos.board[from])) {
-        case Pawn: return pawnThreatens(pos, us, from);
+        case Pawn:
+            return pawnThreatens(pos, us, from);
         case Knight: {
             const Bitboard reach = knightAttacks[index];
             return (reach & (ours[Queen] | ours[Rook])) ||
@@ -179,15 +181,17 @@ static inline bool lastMoveThreatens(const Position& pos) {
                    winsSomethingOf(pos, from, reach & (ours[Pawn] | ours[Knight] | ours[Bishop]));
         }
         case Queen:
-            return winsSomethingOf(pos, from,
-                                   queenAttacksOf(from, pos.occupied) & ours[AllPieces] & ~ours[Queen] & ~ours[King]);
-        case King: return winsSomethingOf(pos, from, kingAttacks[index] & ours[AllPieces] & ~ours[King]);
-        default: return false;  // the rook's square of a castling move
+            return winsSomethingOf(
+                pos, from, queenAttacksOf(from, pos.occupied) & ours[AllPieces] & ~ours[Queen] & ~ours[King]);
+        case King:
+            return winsSomethingOf(pos, from, kingAttacks[index] & ours[AllPieces] & ~ours[King]);
+        default:
+            return false;  // the rook's square of a castling move
     }
 }
 
-// A side that is winning clearly, with no enemy queen or far pawn about, needs less depth to show it. The table too
-// learns the smaller depth.
+// A side that is winning clearly, with no enemy queen or far pawn about, needs less depth to show it. The
+// table too learns the smaller depth.
 static inline void shortenWonNode(ZeroWindowNode& node) {
     const Position& pos = node.pos;
     constexpr int ClearlyWinning = 350;  // centipawns
@@ -204,8 +208,8 @@ enum class StaticVerdict { Ended, TryNullMove, Threatened };
 static inline StaticVerdict staticPruning(ZeroWindowNode& node) {
     constexpr int ThreatDepth = 5, ThreatStep = 15;
     const Position& pos = node.pos;
-    // Intended: the term is never positive and is subtracted, so that late in a game a pawn that has just come to its
-    // seventh rank makes pruning easier.
+    // Intended: the term is never positive and is subtracted, so that late in a game a pawn that has just
+    // come to its seventh rank makes pruning easier.
     const bool pawnArrived =
         pos.movedType == Pawn && relativeRank(opponent(node.us), toOf(pos.lastMove)) == 6;
     const int passerBonus = pawnArrived ? node.phase - MaxPhase : 0;
@@ -246,7 +250,8 @@ static inline bool nullMoveCutoff(ZeroWindowNode& node) {
     constexpr int UnprovenMate = 29001;  // a mate that needs the pass is no mate
     if (score >= UnprovenMate) score = beta;
 
-    // The reduced move that led here has left a threat behind: the parent must look again, or this node deeper.
+    // The reduced move that led here has left a threat behind: the parent must look again, or this node
+    // deeper.
     const int parentReduction = previousReduction(pos);
     if (parentReduction != 0 && score < beta - 125) {
         if (parentReduction < 4) return node.endWith(score);
@@ -255,8 +260,8 @@ static inline bool nullMoveCutoff(ZeroWindowNode& node) {
     if (score < beta) return false;
     if (node.depth < 15 || (node.phase > 8 && node.depth < 25)) return node.endWith(score);
     // Deep down, and in endings, zugzwang is looked for by a search without the null move.
-    const int verified = searchZeroWindow(pos, beta, node.depth - reduction - OnePly, node.ply, node.childPv, NoMove,
-                                          true, false);
+    const int verified = searchZeroWindow(pos, beta, node.depth - reduction - OnePly, node.ply, node.childPv,
+                                          NoMove, true, false);
     if (isStopped(pos)) return node.endWith(0);
     return verified >= beta && node.endWith(score);
 }
@@ -299,8 +304,8 @@ static inline bool internalDeepening(ZeroWindowNode& node) {
     return false;
 }
 
-// A quiet move that takes the own last one back leads nowhere, unless what the opponent did in between stands in the
-// way or has changed something.
+// A quiet move that takes the own last one back leads nowhere, unless what the opponent did in between stands
+// in the way or has changed something.
 static inline Move moveThatUndoes(const ZeroWindowNode& node) {
     const Position& pos = node.pos;
     if (pos.halfmoveClock <= 1 || node.beta <= 0 || node.ply <= 1 || pos.inCheck) return NoMove;
@@ -313,8 +318,9 @@ static inline Move moveThatUndoes(const ZeroWindowNode& node) {
     return makeWord(toOf(own), fromOf(own));
 }
 
-// Shallow nodes far below the window look only at captures, quiet checks and pawns close to promotion; those not so
-// far below at a killer and the counter move too; from three plies on what was put off comes back at the end.
+// Shallow nodes far below the window look only at captures, quiet checks and pawns close to promotion; those
+// not so far below at a killer and the counter move too; from three plies on what was put off comes back at
+// the end.
 static inline PickerKind selectiveKind(const ZeroWindowNode& node) {
     constexpr std::uint32_t Forcing = 5, ForcingWithDeferred = 6, Selective = 12, SelectiveWithDeferred = 13;
     const bool farBelow = node.eval + 32 * node.depth + 27 < node.beta;
@@ -337,7 +343,8 @@ static inline void setUpMoves(ZeroWindowNode& node) {
             node.best = node.eval + reach / 2;
             node.floorSet = true;
         }
-        node.picker.start(pos, kind, node.depth, node.table.move, killers.first, killers.second, node.counter);
+        node.picker.start(pos, kind, node.depth, node.table.move, killers.first, killers.second,
+                          node.counter);
     }
     clearGrandchildKillers(node.thread, node.ply);
     const int countDepth = node.depth - (node.cutNode ? 1 : 0) - 1;

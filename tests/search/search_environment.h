@@ -1,0 +1,113 @@
+// What tests of the search stand on: every table filled once in start-up's order, one search thread, and a
+// root record as the driver prepares it.
+#pragma once
+
+#include "board/attacks.h"
+#include "board/fen.h"
+#include "board/make_move.h"
+#include "board/move_text.h"
+#include "board/movegen.h"
+#include "board/settings.h"
+#include "board/sliders.h"
+#include "endgame/tb_probe.h"
+#include "eval/material.h"
+#include "eval/parameters.h"
+#include "search/limits.h"
+#include "search/search.h"
+#include "search/search_host.h"
+#include "search/search_tables.h"
+#include "search/thread_pool.h"
+#include "search/time_manager.h"
+#include "search/trans_table.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+// Brings the engine's process-wide tables up once, whichever test comes first.
+inline void startSearchTables() {
+    static const bool started = [] {
+        initSliders();
+        initMaterialTable();
+        initEvalParameters();
+        buildSearchTables();
+        ThreadPool::threadCount = 1;
+        ThreadPool::resize(true);
+        transTable.resize(16);
+        return true;
+    }();
+    (void)started;
+}
+
+// A test that searches on thread 0: everything that a search leaves behind is wiped before each test.
+class SearchTest : public ::testing::Test {
+   protected:
+    SearchTest() : settingsBefore(settings), hostBefore(searchHost) {
+        startSearchTables();
+        settings.threads = 1;
+        searchState.useLmr = true;
+        searchState.nullMovePruning = true;
+        searchState.searchStart = currentTime();
+        searchControl.benchMode = false;
+        searchControl.stopRequested = false;
+        treeSearchActive = false;
+        tbPieceLimit = 0;
+        timeLimits.hardLimit = timeLimits.softLimit = searchState.searchStart + 3600;
+        timeLimits.nextReport = timeLimits.hardLimit;
+        setContempt(0, White);
+        buildSearchTables();
+        forgetEverything();
+    }
+    ~SearchTest() override {
+        settings = settingsBefore;
+        searchHost = hostBefore;
+        treeSearchActive = false;
+        buildSearchTables();
+    }
+
+    static SearchThread& thread() { return ThreadPool::threadRecords[0]; }
+    static std::uint64_t nodes() { return thread().nodes; }
+    static void forgetEverything() {
+        transTable.clear();
+        thread().resetHistory();
+        thread().clearKillers();
+        thread().nodes = 0;
+        thread().stopFlag = 0;
+    }
+
+    static Position rootOf(const std::string& fen) {
+        Position pos;
+        setFen(&pos, fen.c_str());
+        ThreadPool::attachRoot(pos, 0);
+        pos.psqPair = computePsqPair(pos);
+        pos.phase = std::uint16_t(computePhase(pos));
+        pos.nullFloor = -8;
+        return pos;
+    }
+
+    // The words of a move in the position, 0 if there is none with this text.
+    static Move moveOf(const Position& pos, const std::string& text) {
+        Move list[MaxListMoves];
+        const int count = genAllMoves(pos, list);
+        for (int i = 0; i < count; ++i)
+            if (moveText(cleanMove(list[i])) == text) return cleanMove(list[i]);
+        return NoMove;
+    }
+
+    // A chain of records: the root and the child of each move.
+    static std::vector<Position> play(const std::string& fen, const std::vector<std::string>& moves) {
+        std::vector<Position> chain(moves.size() + 1);
+        chain[0] = rootOf(fen);
+        for (std::size_t i = 0; i < moves.size(); ++i) {
+            const Move move = moveOf(chain[i], moves[i]);
+            EXPECT_NE(move, NoMove) << moves[i];
+            EXPECT_TRUE(makeMove(&chain[i], &chain[i + 1], move)) << moves[i];
+            chain[i + 1].inCheck = isInCheck(chain[i + 1]);
+        }
+        return chain;
+    }
+
+   private:
+    Settings settingsBefore;
+    SearchHost hostBefore;
+};
