@@ -6,7 +6,8 @@ Bitboard attackedBy(const Position& pos, Colour colour) {
     forEachSquare(own[Knight], [&](int square) { attacks |= knightAttacks[std::size_t(square)]; });
     forEachSquare(own[Bishop] | own[Queen],
                   [&](int square) { attacks |= bishopAttacksOf(square, pos.occupied); });
-    forEachSquare(own[Rook] | own[Queen], [&](int square) { attacks |= rookAttacksOf(square, pos.occupied); });
+    forEachSquare(own[Rook] | own[Queen],
+                  [&](int square) { attacks |= rookAttacksOf(square, pos.occupied); });
     forEachSquare(own[King], [&](int square) { attacks |= kingAttacks[std::size_t(square)]; });
     return attacks;
 }

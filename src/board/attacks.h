@@ -7,8 +7,8 @@
 // Every square that a colour attacks, over the occupancy as it stands: the other king blocks like any piece.
 Bitboard attackedBy(const Position& pos, Colour colour);
 
-// Whether a colour attacks one square, with the given occupancy. One branch for the caller: the lookups together cost
-// less than a mispredicted jump between them.
+// Whether a colour attacks one square, with the given occupancy. One branch for the caller: the lookups
+// together cost less than a mispredicted jump between them.
 inline bool isAttacked(const Position& pos, int square, Colour byColour, Bitboard occupied) {
     const Bitboard(&them)[7] = pos.pieces[byColour];
     const std::size_t at = std::size_t(square);

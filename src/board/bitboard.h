@@ -1,9 +1,9 @@
 // Operations on sets of squares: loops, shifts and pawn fills.
 #pragma once
 
-#include <bit>
-
 #include "board/types.h"
+
+#include <bit>
 
 inline constexpr Bitboard FileA = 0x0101010101010101ULL;
 inline constexpr Bitboard FileH = FileA << 7;

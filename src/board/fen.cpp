@@ -1,16 +1,16 @@
-// The FEN reader and writer. The reader trusts nothing: any text gives a record that is safe to hold and to ask
-// whether it is playable.
+// The FEN reader and writer. The reader trusts nothing: any text gives a record that is safe to hold and to
+// ask whether it is playable.
 #include "board/fen.h"
-
-#include <cctype>
-#include <cstdio>
-#include <cstring>
 
 #include "board/attacks.h"
 #include "board/end_process.h"
 #include "board/move_text.h"
 #include "board/thread_hooks.h"
 #include "board/zobrist.h"
+
+#include <cctype>
+#include <cstdio>
+#include <cstring>
 
 std::uint32_t castleRook[4];
 std::uint8_t castleMask[64];
@@ -20,7 +20,7 @@ Bitboard castleKeep[4];
 int whiteKingStart;
 int blackKingStart;
 
-static constexpr std::size_t MaxFenLength = 255;  // a longer text is cut
+static constexpr std::size_t MaxFenLength = 255;                // a longer text is cut
 static constexpr const char* PieceLetters = " PNBRQK  pnbrqk";  // by board code
 static constexpr std::uint8_t KingCastleMask[2] = {3, 12};      // both rights of a colour
 
@@ -46,7 +46,8 @@ static void putPiece(Position& pos, int code, int square) {
     pos.pieces[colourOfCode(code)][typeOfCode(code)] |= bit(square);
 }
 
-// Reads the board field. Letters of no piece count as an empty square; what lies beyond the last square is dropped.
+// Reads the board field. Letters of no piece count as an empty square; what lies beyond the last square is
+// dropped.
 static const char* readBoard(Position& pos, const char* text) {
     int index = 0;  // in the order of the field, which begins on the eighth rank
     for (; *text && !isSpace(*text); ++text) {
@@ -62,7 +63,8 @@ static const char* readBoard(Position& pos, const char* text) {
     }
     for (const Colour colour : {White, Black}) {
         for (int type = Pawn; type <= King; ++type) pos.pieces[colour][AllPieces] |= pos.pieces[colour][type];
-        // Of several kings the one that the field names last; without a king the usual square keeps the tables sane.
+        // Of several kings the one that the field names last; without a king the usual square keeps the
+        // tables sane.
         const Bitboard kings = pos.pieces[colour][King];
         int& start = kingStartOf(colour);
         start = firstSquareOf(colour) + 4;
@@ -75,8 +77,9 @@ static const char* readBoard(Position& pos, const char* text) {
     return text;
 }
 
-// Finds the rooks that "K" and "Q" mean: the outermost on each side of the king. Where the scan meets the king first,
-// the corner stands. Intended: with no king in between, a lone rook on the a-file is the short rook.
+// Finds the rooks that "K" and "Q" mean: the outermost on each side of the king. Where the scan meets the
+// king first, the corner stands. Intended: with no king in between, a lone rook on the a-file is the short
+// rook.
 static void findCastlingRooks(const Position& pos, Colour colour) {
     const int first = firstSquareOf(colour);
     const int rook = boardCode(colour, Rook);
@@ -229,8 +232,8 @@ std::string writeFen(const Position& pos) {
         if (rank) fen += '/';
     }
     fen += pos.sideToMove() == White ? " w " : " b ";
-    // Intended: the letters follow bits that are not those of the rights. "K", "k" and "q" always stand, "Q" only
-    // while White may castle short, and "-" never comes. The text is for reading by eye.
+    // Intended: the letters follow bits that are not those of the rights. "K", "k" and "q" always stand, "Q"
+    // only while White may castle short, and "-" never comes. The text is for reading by eye.
     fen += 'K';
     if (!(pos.castleLost & 0x11)) fen += 'Q';
     fen += "kq ";

@@ -1,10 +1,11 @@
-// The board's geometry as small tables indexed by square. Each follows from a rule and is computed by the compiler.
+// The board's geometry as small tables indexed by square. Each follows from a rule and is computed by the
+// compiler.
 #pragma once
+
+#include "board/bitboard.h"
 
 #include <array>
 #include <cstdint>
-
-#include "board/bitboard.h"
 
 using SquareTable = std::array<Bitboard, 64>;
 
@@ -54,8 +55,10 @@ inline constexpr SquareTable fileMask =
     geometry::tableOf([](int a, int b) { return fileOf(a) == fileOf(b); });
 inline constexpr SquareTable fileOthers =
     geometry::tableOf([](int a, int b) { return a != b && fileOf(a) == fileOf(b); });
-inline constexpr SquareTable ranksAbove = geometry::tableOf([](int a, int b) { return rankOf(b) > rankOf(a); });
-inline constexpr SquareTable ranksBelow = geometry::tableOf([](int a, int b) { return rankOf(b) < rankOf(a); });
+inline constexpr SquareTable ranksAbove =
+    geometry::tableOf([](int a, int b) { return rankOf(b) > rankOf(a); });
+inline constexpr SquareTable ranksBelow =
+    geometry::tableOf([](int a, int b) { return rankOf(b) < rankOf(a); });
 
 // The two neighbouring files on the ranks above or below the square.
 inline constexpr SquareTable adjacentAbove = geometry::tableOf(
@@ -63,8 +66,8 @@ inline constexpr SquareTable adjacentAbove = geometry::tableOf(
 inline constexpr SquareTable adjacentBelow = geometry::tableOf(
     [](int a, int b) { return geometry::fileDistance(a, b) == 1 && rankOf(b) < rankOf(a); });
 
-// The same with the square's own rank. Intended: empty on the eighth rank for `adjacentUp` and on the first for
-// `adjacentDown`, where no pawn can need them.
+// The same with the square's own rank. Intended: empty on the eighth rank for `adjacentUp` and on the first
+// for `adjacentDown`, where no pawn can need them.
 inline constexpr SquareTable adjacentUp = geometry::tableOf([](int a, int b) {
     return geometry::fileDistance(a, b) == 1 && rankOf(b) >= rankOf(a) && rankOf(a) != 7;
 });

@@ -1,4 +1,5 @@
-// Tests on single moves: the one that guards the search against words from other positions, and the check tests.
+// Tests on single moves: the one that guards the search against words from other positions, and the check
+// tests.
 #include "board/legality.h"
 
 #include "board/attacks.h"
@@ -19,7 +20,8 @@ static bool isValidPawnMove(const Position& pos, Colour us, int from, int to, Mo
     if (flag < QueenPromotion && promotes) return false;
     // Make trusts the flag of a double push, so a word that merely carries it is refused.
     const bool doublePush = flag == DoublePush;
-    if (pos.board[to]) return !doublePush && geometry::distanceOf(to, next) == 1 && rankOf(to) == rankOf(next);
+    if (pos.board[to])
+        return !doublePush && geometry::distanceOf(to, next) == 1 && rankOf(to) == rankOf(next);
     if (pos.board[next]) return false;
     if (to == next) return !doublePush;
     if (!doublePush || relativeRank(us, from) != 1) return false;

@@ -1,11 +1,6 @@
-// Making moves. The parent is copied whole and the copy is edited; keys and sums live in registers until the end,
-// because every store into the board would make the compiler read them again.
+// Making moves. The parent is copied whole and the copy is edited; keys and sums live in registers until the
+// end, because every store into the board would make the compiler read them again.
 #include "board/make_move.h"
-
-#include <emmintrin.h>
-
-#include <cstdio>
-#include <cstdlib>
 
 #include "board/attacks.h"
 #include "board/fen.h"
@@ -14,8 +9,12 @@
 #include "board/thread_hooks.h"
 #include "board/zobrist.h"
 
-// A child while it is being made. Its helpers keep bitboards, keys and sums together; the board is written by those
-// that put a piece down or leave a square.
+#include <cstdio>
+#include <cstdlib>
+#include <emmintrin.h>
+
+// A child while it is being made. Its helpers keep bitboards, keys and sums together; the board is written by
+// those that put a piece down or leave a square.
 struct ChildInMaking {
     Position& pos;
     Key key;
@@ -97,7 +96,8 @@ struct ChildInMaking {
     }
 };
 
-// Copies in 16-byte blocks: the string instruction that a plain copy becomes takes longer to start than this to end.
+// Copies in 16-byte blocks: the string instruction that a plain copy becomes takes longer to start than this
+// to end.
 static inline void copyRecord(const Position* from, Position* to) {
     static_assert(sizeof(Position) % sizeof(__m128i) == 0);
     constexpr std::size_t Blocks = sizeof(Position) / sizeof(__m128i);
@@ -126,7 +126,8 @@ static inline void beginChild(const Position* parent, Position* child, Move move
     child->lastMove = move;
     child->staticEval = NotEvaluated;
     ++child->halfmoveClock;
-    const std::size_t earlier = parent->lastMove == NoMove ? 0 : parent->movedCode * 64u + toOf(parent->lastMove);
+    const std::size_t earlier =
+        parent->lastMove == NoMove ? 0 : parent->movedCode * 64u + toOf(parent->lastMove);
     child->contHist2 = hooks.continuationHistory + earlier * ContinuationSlice;
     // Refused and null moves count as nodes too.
     if (!hooks.stopFlag->load()) hooks.nodes->add(1);
@@ -150,8 +151,8 @@ static bool kingIsSafe(const Position& child) {
     return !isAttacked(child, child.kingSquare(us), opponent(us), child.occupied);
 }
 
-// King and rook may swap squares or one of them may stay where it is. The bitboards bear any order; on the board
-// the rook is put down last, and its start square is left alone if the king has taken it.
+// King and rook may swap squares or one of them may stay where it is. The bitboards bear any order; on the
+// board the rook is put down last, and its start square is left alone if the king has taken it.
 template <Colour us>
 static bool castle(ChildInMaking& making, int from, int to) {
     Position& child = making.pos;
@@ -167,7 +168,8 @@ static bool castle(ChildInMaking& making, int from, int to) {
     making.storeSums();
     child.occupied = child.pieces[White][AllPieces] | child.pieces[Black][AllPieces];
     making.passTurn();
-    // Intended: the clock runs on. Only where the rook may start next to the king can its departure open a line.
+    // Intended: the clock runs on. Only where the rook may start next to the king can its departure open a
+    // line.
     return !settings.chess960 || kingIsSafe<us>(child);
 }
 
@@ -228,7 +230,8 @@ static bool dispatchMove(const Position* parent, Position* child, Move move) {
 }
 
 #ifdef TARVOK_CHECKS
-// Game records hold no piece-square sum and no phase, so a child's are judged only where its parent's are right.
+// Game records hold no piece-square sum and no phase, so a child's are judged only where its parent's are
+// right.
 bool makeMove(const Position* parent, Position* child, Move move) {
     const bool withSums =
         parent->psqPair == computePsqPair(*parent) && parent->phase == computePhase(*parent);
@@ -240,5 +243,7 @@ bool makeMove(const Position* parent, Position* child, Move move) {
     return made;
 }
 #else
-bool makeMove(const Position* parent, Position* child, Move move) { return dispatchMove(parent, child, move); }
+bool makeMove(const Position* parent, Position* child, Move move) {
+    return dispatchMove(parent, child, move);
+}
 #endif

@@ -1,4 +1,5 @@
-// Moves as coordinate text. Which form castling takes depends on the interface's Chess960 option, not on the board.
+// Moves as coordinate text. Which form castling takes depends on the interface's Chess960 option, not on the
+// board.
 #include "board/move_text.h"
 
 #include "board/settings.h"

@@ -1,14 +1,14 @@
 // Moves and squares as text, in the coordinate form that interfaces use.
 #pragma once
 
-#include <string>
-
 #include "board/move.h"
+
+#include <string>
 
 inline constexpr std::size_t MoveTextSize = 6;  // five characters and a terminator
 
-// Writes "e2e4", "e7e8q"; "0000" for no move. Castling reads as the king's step to the c- or g-file, or as king takes
-// rook with `settings.chess960` on. `text` must hold MoveTextSize bytes.
+// Writes "e2e4", "e7e8q"; "0000" for no move. Castling reads as the king's step to the c- or g-file, or as
+// king takes rook with `settings.chess960` on. `text` must hold MoveTextSize bytes.
 void moveToText(Move move, char* text);
 std::string moveText(Move move);
 

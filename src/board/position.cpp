@@ -1,12 +1,12 @@
 // Keys and sums from scratch, the debug check that compares them with the running ones, and the draw tests.
 #include "board/position.h"
 
-#include <cstdio>
-
 #include "board/attacks.h"
 #include "board/legality.h"
 #include "board/piece_square.h"
 #include "board/zobrist.h"
+
+#include <cstdio>
 
 // Visits every piece by its bitboard, as (colour, type, square).
 template <class Visit>
@@ -76,14 +76,22 @@ static bool boardsAgree(const Position& pos) {
 
 bool isConsistent(const Position& pos, bool withSums) {
     const char* fault = nullptr;
-    if (!boardsAgree(pos)) fault = "board";
-    else if (pos.pieceCount != std::uint32_t(popcount(pos.occupied))) fault = "pieceCount";
-    else if (pos.key != computeKey(pos)) fault = "key";
-    else if (pos.pawnKey != computePawnKey(pos)) fault = "pawnKey";
-    else if (pos.matKey != computeMatKey(pos)) fault = "matKey";
-    else if (pos.matKeyPlain != computeMatKeyPlain(pos)) fault = "matKeyPlain";
-    else if (withSums && !(pos.psqPair == computePsqPair(pos))) fault = "psqPair";
-    else if (withSums && pos.phase != computePhase(pos)) fault = "phase";
+    if (!boardsAgree(pos))
+        fault = "board";
+    else if (pos.pieceCount != std::uint32_t(popcount(pos.occupied)))
+        fault = "pieceCount";
+    else if (pos.key != computeKey(pos))
+        fault = "key";
+    else if (pos.pawnKey != computePawnKey(pos))
+        fault = "pawnKey";
+    else if (pos.matKey != computeMatKey(pos))
+        fault = "matKey";
+    else if (pos.matKeyPlain != computeMatKeyPlain(pos))
+        fault = "matKeyPlain";
+    else if (withSums && !(pos.psqPair == computePsqPair(pos)))
+        fault = "psqPair";
+    else if (withSums && pos.phase != computePhase(pos))
+        fault = "phase";
     if (fault) std::fprintf(stderr, "inconsistent position: %s\n", fault);
     return fault == nullptr;
 }
@@ -95,8 +103,8 @@ bool isPlayable(const Position& pos) {
     return !isAttacked(pos, pos.kingSquare(waiting), opponent(waiting), pos.occupied);
 }
 
-// Counts earlier records with this key, up to `wanted`, which are the same side's turn since the last irreversible
-// move. A game's first record may lie nearer than the clock says.
+// Counts earlier records with this key, up to `wanted`, which are the same side's turn since the last
+// irreversible move. A game's first record may lie nearer than the clock says.
 static int countRepetitions(const Position* parent, Key key, int clock, int wanted) {
     if (clock < 4) return 0;
     int found = 0;

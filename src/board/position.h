@@ -1,14 +1,15 @@
-// The record of one ply: a chess position with everything that a search needs there. A move is made by copying the
-// record and changing the copy; nothing is ever undone, and a chain of pointers leads back through the game.
+// The record of one ply: a chess position with everything that a search needs there. A move is made by
+// copying the record and changing the copy; nothing is ever undone, and a chain of pointers leads back
+// through the game.
 #pragma once
-
-#include <cstdint>
-#include <type_traits>
 
 #include "board/bitboard.h"
 #include "board/move.h"
 #include "board/score.h"
 #include "board/types.h"
+
+#include <cstdint>
+#include <type_traits>
 
 struct EvalCacheEntry;
 struct PawnEntry;
@@ -21,19 +22,19 @@ struct Position {
     std::uint8_t board[64];  // board code by square
     Bitboard epMask;         // en-passant target, only while an enemy pawn stands beside the pushed one
 
-    Key key;             // the whole position: transposition table, evaluation cache, repetition
-    Key pawnKey;         // pawns, kings and castling state, without the side to move
-    Key matKey;          // material, bishops counted by square colour; an additive key
-    Key matKeyPlain;     // material, bishops counted alike
-    Score psqPair;       // running piece-square sum, White minus Black, in lane units
+    Key key;          // the whole position: transposition table, evaluation cache, repetition
+    Key pawnKey;      // pawns, kings and castling state, without the side to move
+    Key matKey;       // material, bishops counted by square colour; an additive key
+    Key matKeyPlain;  // material, bishops counted alike
+    Score psqPair;    // running piece-square sum, White minus Black, in lane units
 
     const Position* prev;  // the ply before; null in a record made by the FEN reader
     EvalCacheEntry* evalCache;
     PawnEntry* pawnHash;
     MatCacheEntry* matHash;
-    std::int32_t* history;      // this thread's [16][4096] quiet-move counters
-    std::uint16_t* contHist;    // slice selected by the move that led here: [16][64] by the next move
-    std::uint16_t* contHist2;   // the same for the move before that
+    std::int32_t* history;     // this thread's [16][4096] quiet-move counters
+    std::uint16_t* contHist;   // slice selected by the move that led here: [16][64] by the next move
+    std::uint16_t* contHist2;  // the same for the move before that
 
     Move lastMove;             // 0 after a null move or at a root; a double push after a FEN with en passant
     std::int32_t staticEval;   // side to move's view; NotEvaluated, or NoScore in check
@@ -48,11 +49,11 @@ struct Position {
     std::uint16_t phase;         // sum of PhaseWeight over both sides; readers cap it at MaxPhase
     std::uint16_t halfmoveClock;
     std::int16_t threadIndex;
-    std::int16_t nullFloor;      // running sum of the line's extensions, in half plies; -8 at the root
-    std::uint8_t rootFlag;       // cleared at the root of a search
-    std::uint8_t singularMark;   // the reduction in force on the move being tried, in half plies
-    std::uint8_t plyMark;        // the ply, in full-window nodes
-    std::uint8_t castleLost;     // a bit set for each right that is gone: 1 K, 2 Q, 4 k, 8 q
+    std::int16_t nullFloor;     // running sum of the line's extensions, in half plies; -8 at the root
+    std::uint8_t rootFlag;      // cleared at the root of a search
+    std::uint8_t singularMark;  // the reduction in force on the move being tried, in half plies
+    std::uint8_t plyMark;       // the ply, in full-window nodes
+    std::uint8_t castleLost;    // a bit set for each right that is gone: 1 K, 2 Q, 4 k, 8 q
 
     Colour sideToMove() const { return Colour(gamePly & 1); }
     int kingSquare(Colour colour) const { return lowestSquare(pieces[colour][King]); }
@@ -71,16 +72,17 @@ Key computeMatKeyPlain(const Position& pos);
 Score computePsqPair(const Position& pos);
 int computePhase(const Position& pos);
 
-// Whether every incremental field equals its value from scratch; the first that differs is named on standard error.
-// `psqPair` and `phase` are compared only if `withSums` is set, since game records hold none.
+// Whether every incremental field equals its value from scratch; the first that differs is named on standard
+// error. `psqPair` and `phase` are compared only if `withSums` is set, since game records hold none.
 bool isConsistent(const Position& pos, bool withSums);
 
-// False for a record that no legal game can hold and that the rest of the program must not work on: not exactly one
-// king a side, a pawn on a back rank, or the side not to move in check.
+// False for a record that no legal game can hold and that the rest of the program must not work on: not
+// exactly one king a side, a pawn on a back rank, or the side not to move in check.
 bool isPlayable(const Position& pos);
 
-// Draw tests, asked of a freshly made child with its predecessor. The walk steps back from the child by four plies,
-// then by two, while no more than `clock` plies lie behind it and records exist. Null moves are no barriers.
+// Draw tests, asked of a freshly made child with its predecessor. The walk steps back from the child by four
+// plies, then by two, while no more than `clock` plies lie behind it and records exist. Null moves are no
+// barriers.
 bool repeatedOnce(const Position* parent, Key key, int clock);
 bool repeatedTwice(const Position* parent, Key key, int clock);
 

@@ -1,4 +1,5 @@
-// The evaluation's pair of a middlegame and an endgame value in one machine word. One addition serves both lanes.
+// The evaluation's pair of a middlegame and an endgame value in one machine word. One addition serves both
+// lanes.
 #pragma once
 
 #include <cstdint>

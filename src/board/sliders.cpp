@@ -35,7 +35,8 @@ static Bitboard rookByRays(int square, Bitboard occupied) {
            rayAttacks(square, 0, 1, occupied) | rayAttacks(square, 0, -1, occupied);
 }
 
-// Lays the slices of one piece into `table` and fills them; entry i is for the occupancy that PEXT turns into i.
+// Lays the slices of one piece into `table` and fills them; entry i is for the occupancy that PEXT turns into
+// i.
 static void fillSlices(const Bitboard* (&slices)[64], Bitboard* table, const SquareTable& masks,
                        Bitboard (*attacksByRays)(int square, Bitboard occupied)) {
     for (int square = 0; square < 64; ++square) {

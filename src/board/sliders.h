@@ -1,12 +1,12 @@
 // Attacks of sliding pieces: one PEXT, one pointer load and one table load each.
 #pragma once
 
-#include <immintrin.h>
-
 #include "board/geometry.h"
 
-// Slices of the two attack tables, by square; entry i of a slice is the attack set for the occupancy that PEXT
-// turns into i. Filled by `initSliders`.
+#include <immintrin.h>
+
+// Slices of the two attack tables, by square; entry i of a slice is the attack set for the occupancy that
+// PEXT turns into i. Filled by `initSliders`.
 extern const Bitboard* bishopSlice[64];
 extern const Bitboard* rookSlice[64];
 

@@ -1,12 +1,13 @@
-// What the board's hottest routines need of the search threads that stand above them: counters, history tables,
-// caches, and the tables whose lines make prefetches. The owners fill these in; tests fill row 0 with plain arrays.
+// What the board's hottest routines need of the search threads that stand above them: counters, history
+// tables, caches, and the tables whose lines make prefetches. The owners fill these in; tests fill row 0 with
+// plain arrays.
 #pragma once
-
-#include <cstddef>
-#include <cstdint>
 
 #include "board/relaxed.h"
 #include "board/types.h"
+
+#include <cstddef>
+#include <cstdint>
 
 struct EvalCacheEntry;
 struct PawnEntry;
@@ -19,11 +20,11 @@ inline constexpr std::size_t ContinuationSlice = 1024;
 
 // One search thread's share, found by Position::threadIndex. A row fills one cache line.
 struct alignas(64) ThreadHooks {
-    Relaxed<std::uint64_t>* nodes = nullptr;             // raised by every make while the thread is not stopped
+    Relaxed<std::uint64_t>* nodes = nullptr;  // raised by every make while the thread is not stopped
     const Relaxed<std::uint8_t>* stopFlag = nullptr;
-    std::int32_t* history = nullptr;                     // [16][4096], by moved code and the move's low 12 bits
-    std::int32_t (*captureHistory)[64][16] = nullptr;    // [16][64][16], by moved code, target, captured code
-    std::uint16_t* continuationHistory = nullptr;        // 1,024 slices, by code * 64 + to of the earlier move
+    std::int32_t* history = nullptr;                   // [16][4096], by moved code and the move's low 12 bits
+    std::int32_t (*captureHistory)[64][16] = nullptr;  // [16][64][16], by moved code, target, captured code
+    std::uint16_t* continuationHistory = nullptr;      // 1,024 slices, by code * 64 + to of the earlier move
     EvalCacheEntry* evalCache = nullptr;
     PawnEntry* pawnHash = nullptr;
     MatCacheEntry* matHash = nullptr;

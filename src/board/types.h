@@ -59,7 +59,7 @@ inline constexpr int PhaseWeight[8] = {0, 0, 3, 4, 8, 18, 0, 0};
 inline constexpr int MaxPhase = 96;  // readers cap a larger sum, which promotions can make
 
 // Scores of the search, in centipawns from the side to move's view.
-inline constexpr int MateScore = 32000;       // MateScore - ply: mate at that ply
-inline constexpr int MateBound = 31800;       // mate scores begin here in magnitude
-inline constexpr int NoScore = 32001;         // the no-score value and the open bound
-inline constexpr int NotEvaluated = 999999;   // Position::staticEval before any evaluation
+inline constexpr int MateScore = 32000;      // MateScore - ply: mate at that ply
+inline constexpr int MateBound = 31800;      // mate scores begin here in magnitude
+inline constexpr int NoScore = 32001;        // the no-score value and the open bound
+inline constexpr int NotEvaluated = 999999;  // Position::staticEval before any evaluation

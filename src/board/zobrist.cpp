@@ -1,7 +1,9 @@
-// The key constants: random words from one fixed generator, run by the compiler, and the listed material words.
+// The key constants: random words from one fixed generator, run by the compiler, and the listed material
+// words.
 #include "board/zobrist.h"
 
-// A counter with a fixed stride, mixed to a random word at each step. No word repeats within a period of 2^64.
+// A counter with a fixed stride, mixed to a random word at each step. No word repeats within a period of
+// 2^64.
 struct KeyGenerator {
     Key state = 0x7461726b6f76ULL;
 
@@ -14,8 +16,8 @@ struct KeyGenerator {
     }
 };
 
-// Rows without a meaning stay zero: type 7 everywhere, type 0 but for the side and en-passant keys, and in the pawn
-// set every type but pawn and king.
+// Rows without a meaning stay zero: type 7 everywhere, type 0 but for the side and en-passant keys, and in
+// the pawn set every type but pawn and king.
 static constexpr ZobristTables makeTables() {
     ZobristTables tables{};
     KeyGenerator generator;
@@ -36,8 +38,8 @@ static constexpr ZobristTables makeTables() {
 
 constexpr ZobristTables zobristTables = makeTables();
 
-// The light column names endgame tables, so its words are part of that search's index. The two dark bishops are
-// chosen so that no two rows of the material table fall into one slot.
+// The light column names endgame tables, so its words are part of that search's index. The two dark bishops
+// are chosen so that no two rows of the material table fall into one slot.
 // clang-format off
 constexpr Key matValue[2][8][2] = {
     {

@@ -1,0 +1,27 @@
+// How generators fill a list: bounded, since a FEN may set up more moves than any game can reach.
+#pragma once
+
+#include "board/move.h"
+#include "board/position.h"
+
+class ListWriter {
+   public:
+    explicit ListWriter(Move* list) : start(list), next(list), end(list + MaxListMoves) {}
+    void add(Move move) {
+        if (next != end) *next++ = move;
+    }
+    int count() const { return int(next - start); }
+
+   private:
+    Move* const start;
+    Move* next;
+    Move* const end;
+};
+
+// A quiet move with the key that orders it: a quarter of its history sum.
+inline Move quietWord(const Position& pos, int code, int from, int to, MoveFlag flag = NormalMove) {
+    const Move clean = makeWord(from, to, flag);
+    const int index = code * 64 + to;
+    const int stat = pos.contHist[index] + pos.contHist2[index] + pos.history[code * 4096 + int(clean & FromToMask)];
+    return withKey(clean, stat >> 2);
+}

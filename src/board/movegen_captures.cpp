@@ -1,0 +1,87 @@
+// Captures, keyed by the victim and by what the thread has learnt of such captures; the attacker plays no part.
+#include "board/geometry.h"
+#include "board/list_writer.h"
+#include "board/movegen.h"
+#include "board/sliders.h"
+#include "board/thread_hooks.h"
+
+namespace {
+
+// By type of the victim.
+constexpr int captureValue[8] = {0, 600, 2210, 2340, 3900, 7439, 9939, 0};
+
+template <Colour us>
+class CaptureGenerator {
+   public:
+    CaptureGenerator(const Position& position, Move* list)
+        : pos(position),
+          enemies(position.pieces[opponent(us)][AllPieces]),
+          knightChecks(knightAttacks[std::size_t(position.kingSquare(opponent(us)))]),
+          learnt(threadHooks[position.threadIndex].captureHistory),
+          writer(list) {}
+
+    int generate() {
+        const Bitboard pawns = pos.pieces[us][Pawn];
+        forEachSquare(pawnAttacksEast<us>(pawns) & enemies, [&](int to) { addPawn(to - pawnStep(us) - 1, to); });
+        forEachSquare(pawnAttacksWest<us>(pawns) & enemies, [&](int to) { addPawn(to - pawnStep(us) + 1, to); });
+        addEnPassant();
+        forEachSquare(pawnPushes<us>(pawns & relativeRankMask(us, 6)) & ~pos.occupied,
+                      [&](int to) { addPromotions(to - pawnStep(us), to); });
+        addPieces(Knight, [](int square, Bitboard) { return knightAttacks[std::size_t(square)]; });
+        addPieces(Bishop, bishopAttacksOf);
+        addPieces(Rook, rookAttacksOf);
+        addPieces(Queen, queenAttacksOf);
+        addPieces(King, [](int square, Bitboard) { return kingAttacks[std::size_t(square)]; });
+        return writer.count();
+    }
+
+   private:
+    int keyOf(int type, int to) const {
+        const int victim = pos.board[to];
+        return learnt[boardCode(us, type)][to][victim] + captureValue[typeOfCode(victim)];
+    }
+
+    // A queen, and a knight where it gives check; the other promotions come with the quiet moves.
+    void addPromotions(int from, int to) {
+        const int key = keyOf(Pawn, to);
+        writer.add(withKey(makeWord(from, to, QueenPromotion), key + captureValue[Queen]));
+        if (knightChecks & bit(to))
+            writer.add(withKey(makeWord(from, to, KnightPromotion), key + captureValue[Knight]));
+    }
+
+    void addPawn(int from, int to) {
+        if (relativeRank(us, to) == 7)
+            addPromotions(from, to);
+        else
+            writer.add(withKey(makeWord(from, to), keyOf(Pawn, to)));
+    }
+
+    void addEnPassant() {
+        if (!pos.epMask) return;
+        const int to = lowestSquare(pos.epMask);
+        forEachSquare(pawnAttackers[us][std::size_t(to)] & pos.pieces[us][Pawn], [&](int from) {
+            writer.add(withKey(makeWord(from, to, EnPassant), keyOf(Pawn, to) + captureValue[Pawn]));
+        });
+    }
+
+    template <class AttacksOf>
+    void addPieces(PieceType type, AttacksOf attacksOf) {
+        forEachSquare(pos.pieces[us][type], [&](int from) {
+            forEachSquare(attacksOf(from, pos.occupied) & enemies,
+                          [&](int to) { writer.add(withKey(makeWord(from, to), keyOf(type, to))); });
+        });
+    }
+
+    const Position& pos;
+    const Bitboard enemies;
+    const Bitboard knightChecks;
+    const std::int32_t (*const learnt)[64][16];
+    ListWriter writer;
+};
+
+}  // namespace
+
+int genCaptures(const Position& pos, Move* list) {
+    return pos.sideToMove() == White ? CaptureGenerator<White>(pos, list).generate()
+                                     : CaptureGenerator<Black>(pos, list).generate();
+}

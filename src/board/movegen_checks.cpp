@@ -1,0 +1,98 @@
+// Quiet moves that give check: first those that open a line of another piece, then those that check by themselves.
+// Castling and promotions are not among them.
+#include "board/geometry.h"
+#include "board/list_writer.h"
+#include "board/movegen.h"
+#include "board/sliders.h"
+
+namespace {
+
+Bitboard quietPawnTargets(const Position& pos, Colour us, int from) {
+    const Bitboard free = ~pos.occupied;
+    const auto pushed = [&](Bitboard set) { return us == White ? shiftUp(set) : shiftDown(set); };
+    const Bitboard once = pushed(bit(from)) & free;
+    const Bitboard twice = relativeRank(us, from) == 1 ? pushed(once) & free : 0;
+    return (once | twice) & ~relativeRankMask(us, 7);
+}
+
+Bitboard quietTargets(const Position& pos, Colour us, int from) {
+    const std::size_t at = std::size_t(from);
+    switch (typeOfCode(pos.board[from])) {
+        case Pawn: return quietPawnTargets(pos, us, from);
+        case Knight: return knightAttacks[at] & ~pos.occupied;
+        case Bishop: return bishopAttacksOf(from, pos.occupied) & ~pos.occupied;
+        case Rook: return rookAttacksOf(from, pos.occupied) & ~pos.occupied;
+        case Queen: return queenAttacksOf(from, pos.occupied) & ~pos.occupied;
+        default: return kingAttacks[at] & ~pos.occupied;
+    }
+}
+
+void addMoves(const Position& pos, int from, Bitboard targets, ListWriter& writer) {
+    const bool pawn = typeOfCode(pos.board[from]) == Pawn;
+    forEachSquare(targets, [&](int to) {
+        const bool twoRanks = pawn && geometry::rankDistance(from, to) == 2;
+        writer.add(makeWord(from, to, twoRanks ? DoublePush : NormalMove));
+    });
+}
+
+// The squares of the whole line through two squares of a rank, file or diagonal.
+Bitboard lineThrough(int a, int b) {
+    const std::size_t first = std::size_t(a), second = std::size_t(b);
+    const SquareTable& rays = geometry::onRookLine(a, b) ? rookRays : bishopRays;
+    return rays[first] & rays[second];
+}
+
+// Own pieces that stand alone between an own slider and the enemy king; their moves off the line give check.
+Bitboard addDiscoveredChecks(const Position& pos, Colour us, int king, ListWriter& writer) {
+    const Bitboard* own = pos.pieces[us];
+    const std::size_t at = std::size_t(king);
+    const Bitboard sliders =
+        (bishopRays[at] & (own[Bishop] | own[Queen])) | (rookRays[at] & (own[Rook] | own[Queen]));
+    Bitboard blockers = 0;
+    forEachSquare(sliders, [&](int slider) {
+        const Bitboard gap = between[std::size_t(slider)][at] & pos.occupied;
+        if (!gap || severalBits(gap) || !(gap & own[AllPieces]) || (gap & blockers)) return;
+        blockers |= gap;
+        const int from = lowestSquare(gap);
+        addMoves(pos, from, quietTargets(pos, us, from) & ~lineThrough(slider, king), writer);
+    });
+    return blockers;
+}
+
+void addDirectChecks(const Position& pos, Colour us, int king, Bitboard blockers, ListWriter& writer) {
+    const Bitboard free = ~pos.occupied;
+    const std::size_t at = std::size_t(king);
+    const Bitboard diagonal = bishopAttacksOf(king, pos.occupied) & free;
+    const Bitboard straight = rookAttacksOf(king, pos.occupied) & free;
+    const Bitboard checking[7] = {0, pawnAttackers[us][at], knightAttacks[at] & free, diagonal, straight,
+                                  diagonal | straight, 0};
+    for (int type = Pawn; type <= Queen; ++type)
+        forEachSquare(pos.pieces[us][type] & ~blockers, [&](int from) {
+            addMoves(pos, from, quietTargets(pos, us, from) & checking[type], writer);
+        });
+}
+
+}  // namespace
+
+int genQuietChecks(const Position& pos, Move* list) {
+    ListWriter writer(list);
+    const Colour us = pos.sideToMove();
+    const int king = pos.kingSquare(opponent(us));
+    const Bitboard blockers = addDiscoveredChecks(pos, us, king, writer);
+    addDirectChecks(pos, us, king, blockers, writer);
+    return writer.count();
+}
+
+int genStagedQuiets(const Position& pos, Move* list) { return genQuietChecks(pos, list); }
+
+int genQueenChecks(const Position& pos, Move* list) {
+    ListWriter writer(list);
+    const Colour us = pos.sideToMove();
+    const Colour them = opponent(us);
+    const Bitboard targets = queenAttacksOf(pos.kingSquare(them), pos.occupied) & ~pos.occupied &
+                             ~pawnAttacks(them, pos.pieces[them][Pawn]);
+    forEachSquare(pos.pieces[us][Queen], [&](int from) {
+        addMoves(pos, from, queenAttacksOf(from, pos.occupied) & targets, writer);
+    });
+    return writer.count();
+}

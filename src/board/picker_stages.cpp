@@ -1,0 +1,94 @@
+#include "board/picker_stages.h"
+
+#include "board/movegen.h"
+
+namespace {
+
+constexpr int DeferQuietsDepth = 11;  // half plies; losing quiet moves are put off above it
+constexpr int StagedChecksDepth = 7;  // half plies
+
+// Descending by the signed key alone; ties keep the order of generation.
+void sortList(Move* moves, int count) {
+    for (int i = 1; i < count; ++i) {
+        const Move move = moves[i];
+        const std::int32_t key = sortKeyOf(move);
+        int place = i;
+        for (; place > 0 && sortKeyOf(moves[place - 1]) < key; --place) moves[place] = moves[place - 1];
+        moves[place] = move;
+    }
+}
+
+void beginList(MovePicker& picker, int count, bool deferBad) {
+    picker.list = picker.moves;
+    picker.count = count;
+    picker.cursor = 0;
+    picker.deferBad = deferBad;
+}
+
+void keyQuiets(MovePicker& picker, int count) {
+    for (int i = 0; i < count; ++i)
+        picker.moves[i] = withKey(picker.moves[i], quietStat(*picker.position, picker.moves[i]) >> 2);
+}
+
+int evasionKey(const MovePicker& picker, Move move) {
+    const Position& pos = *picker.position;
+    if (isEnPassant(move)) return 30000;
+    if (isPromotion(move)) return 31000;
+    if (const int victim = pos.board[toOf(move)]) {
+        const int attacker = pos.board[fromOf(move)];
+        return 30000 + 16 * typeOfCode(victim) - (attacker * 2 & 14);
+    }
+    if (move == picker.killer1) return 29000;
+    if (move == picker.killer2) return 28000;
+    return quietStat(pos, move) >> 3;
+}
+
+void fillEvasions(MovePicker& picker) {
+    const int count = genEvasions(*picker.position, picker.moves);
+    for (int i = 0; i < count; ++i)
+        picker.moves[i] = withKey(picker.moves[i], evasionKey(picker, picker.moves[i]));
+    sortList(picker.moves, count);
+    beginList(picker, count, false);
+}
+
+void fillChecks(MovePicker& picker) {
+    const Position& pos = *picker.position;
+    const int count = picker.depth < StagedChecksDepth ? genStagedQuiets(pos, picker.moves)
+                                                       : genQuietChecks(pos, picker.moves);
+    keyQuiets(picker, count);
+    sortList(picker.moves, count);
+    beginList(picker, count, true);
+}
+
+}  // namespace
+
+void fillList(MovePicker& picker) {
+    const Position& pos = *picker.position;
+    switch (picker.stage) {
+        case StageCaptures:
+            beginList(picker, genCaptures(pos, picker.moves), true);
+            sortList(picker.moves, picker.count);
+            break;
+        case StageQuiescenceCaptures:
+            beginList(picker, genCaptures(pos, picker.moves), picker.deferBad);
+            sortList(picker.moves, picker.count);
+            break;
+        case StageQuiets:
+            beginList(picker, genQuiets(pos, picker.moves), picker.depth > DeferQuietsDepth);
+            sortList(picker.moves, picker.count);
+            break;
+        case StageEvasions: fillEvasions(picker); break;
+        case StageQuietChecks:
+        case StageQuiescenceChecks: fillChecks(picker); break;
+        case StagePawnAdvances:
+        case StageQuiescenceAdvances: beginList(picker, genPawnPushesToSeventh(pos, picker.moves), true); break;
+        case StageQueenChecks: beginList(picker, genQueenChecks(pos, picker.moves), true); break;
+        case StageDeferred:
+            picker.list = picker.badMoves;
+            picker.count = picker.badCount;
+            picker.cursor = 0;
+            picker.deferBad = false;
+            break;
+        default: break;
+    }
+}
