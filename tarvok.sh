@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Builds the engine if it has changed and starts it; arguments go to it. For a chess GUI this is the command to
+# enter. Standard output belongs to the engine alone, so everything else here speaks on standard error.
+set -euo pipefail
+# The engine keeps the caller's directory, to which its file options are relative.
+here=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")" && pwd)
+
+source "$here/scripts/packages.sh"
+needBuildTools
+installMissing
+
+build() (
+    cd "$here"
+    mkdir -p build
+    # A tournament manager starts several engines at once; the build directory takes one build at a time.
+    if command -v flock >/dev/null; then
+        exec 9>build/lock
+        flock 9
+    fi
+    [[ -f build/release/build.ninja ]] || cmake --preset release
+    cmake --build --preset release --target tarvok
+)
+# Standard input belongs to the engine too: a build step that read from it would eat commands. The build is quiet
+# unless it fails.
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+if ! build </dev/null >"$log" 2>&1; then
+    cat "$log" >&2
+    exit 1
+fi
+rm -f "$log"
+trap - EXIT
+exec "$here/build/release/tarvok" "$@"
