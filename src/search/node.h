@@ -98,7 +98,7 @@ inline bool tablebaseScore(Position& pos, int depth, int ply, int& score) {
 
 // Whether the static score has risen since the same side's last turn, or nothing is known of that.
 inline bool isImproving(const Position& pos, int ply, int eval) {
-    if (ply < 2) return true;
+    if (ply < 2 || !pos.prev || !pos.prev->prev) return true;
     const int before = pos.prev->prev->staticEval;
     return before == NoScore || before - 10 <= eval;
 }

@@ -1,6 +1,7 @@
 // The root search: walks the thread's root list once at a given depth and window. It keeps the list sorted,
 // reports, and sets the counters that the time rules read.
 #include "board/exchange.h"
+#include "board/legality.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
 #include "search/history.h"
@@ -9,6 +10,7 @@
 #include "search/search_host.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 // Kinds of an iteration's last score, as the driver logs them.
 enum RootScoreKind : int { ExactScore = 0, FailedLow = 1, FailedHigh = 2 };
@@ -162,12 +164,36 @@ static void addLine(const RootNode& node, Move move, int score) {
     rootLineOrder[place] = index;
 }
 
+// Quiescence keeps one move of its lines, so that a mate's line may end early. The table still knows the
+// rest: it is followed until the mate, or until it has nothing legal to offer.
+static void completeMateLine(RootNode& node, int score) {
+    const int mateLength = MateScore - std::abs(score);  // plies
+    if (std::abs(score) < MateBound || mateLength >= PvLength) return;
+    const std::uint64_t nodes = node.thread.nodes;  // these makes are no part of the search
+    Position line[2];
+    const Position* pos = &node.pos;
+    bool known = true;  // the move comes from the search's own line
+    for (int length = 0; length < mateLength; ++length) {
+        known = known && node.pv[length] != NoMove;
+        const Move move = known ? node.pv[length] : readTable(pos->key, length).move;
+        Position* child = &line[length & 1];
+        const bool legal = isValidMove(*pos, move) && makeMove(pos, child, move);
+        node.pv[length] = legal ? move : NoMove;
+        if (!legal) break;
+        node.pv[length + 1] = known ? node.pv[length + 1] : NoMove;
+        markCheck(*child);
+        pos = child;
+    }
+    node.thread.nodes = nodes;
+}
+
 static inline void noteBest(RootNode& node, Move move, int score) {
     node.best = score;
     node.bestNumber = node.number;
     if (node.isMain && node.number > 1) searchState.bestMoveChanges += 1;
     searchState.rootPublishedScore = score;
     writeLine(node.pv, move, node.childPv);
+    if (node.isMain) completeMateLine(node, score);
 }
 
 // With several lines wanted the window stays open, so that every line gets its exact score. True if the pass
