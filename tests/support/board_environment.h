@@ -1,0 +1,69 @@
+// What tests of the board and of the layers above it stand on: tables filled once, thread 0's hooks on plain
+// arrays, and ways to reach many positions. A test program gets the environment by including this file.
+#pragma once
+
+#include "board/position.h"
+#include "board/relaxed.h"
+#include "board/settings.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+// Fills the slider tables and row 0 of the thread hooks, before the first test, in start-up's order.
+class BoardEnvironment : public ::testing::Environment {
+   public:
+    void SetUp() override;
+};
+inline ::testing::Environment* const boardEnvironment =
+    ::testing::AddGlobalTestEnvironment(new BoardEnvironment);
+
+// The arrays behind row 0.
+struct BoardArrays {
+    Relaxed<std::uint64_t> nodes;
+    Relaxed<std::uint8_t> stopFlag;
+    std::int32_t history[16 * 4096];
+    std::int32_t captureHistory[16][64][16];
+    std::uint16_t continuationHistory[1024 * 1024];
+};
+extern BoardArrays boardArrays;
+
+// Puts `settings` back as they were when it was made.
+class SettingsGuard {
+   public:
+    SettingsGuard() : before(settings) {}
+    ~SettingsGuard() { settings = before; }
+    SettingsGuard(const SettingsGuard&) = delete;
+    SettingsGuard& operator=(const SettingsGuard&) = delete;
+
+   private:
+    Settings before;
+};
+
+// A record as a search's root has it: read from a FEN, with its piece-square sum and phase.
+Position positionOf(const std::string& fen);
+
+// Clean words. Legal ones are those that make accepts.
+std::vector<Move> pseudoLegalMoves(const Position& pos);
+std::vector<Move> legalMoves(const Position& pos);
+
+// The pseudo-legal move with this text, in the notation that the settings ask for; NoMove if there is none.
+Move moveOf(const Position& pos, const std::string& text);
+
+// A root and the child of each move. The records point at each other, so the line must not be copied.
+std::vector<Position> playLine(const std::string& fen, const std::vector<std::string>& moves);
+
+// Makes a move and sets the child's check flag, as every search does. False if make refuses.
+bool makeChild(const Position& parent, Position& child, Move move);
+
+struct WalkStart {
+    const char* fen;
+    bool chess960;
+};
+// Rich in castling, promotions, en passant, pins and checks; half of them Chess960.
+extern const std::vector<WalkStart> walkStarts;
+
+// Plays random legal games from every start, the same ones each time, and shows each position on the way with
+// `settings.chess960` as the start asks. The chain of `prev` holds while the visit lasts.
+void walkRandomGames(int gamesPerStart, int plies, const std::function<void(const Position&)>& visit);
