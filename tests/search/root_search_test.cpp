@@ -1,5 +1,6 @@
 // The root search: its list and how it is sorted, the best line, the windows, and the lines that are
 // reported.
+#include "board/legality.h"
 #include "search/history.h"
 #include "search/search_environment.h"
 
@@ -264,6 +265,40 @@ TEST_F(RootSearch, DrawsByRuleAmongRootMoves) {
     EXPECT_EQ(search(mating, 2), MateScore - 1);
     EXPECT_EQ(moveText(pv[0]), "a1a8");
 }
+
+struct MateRow {
+    const char* name;
+    const char* fen;
+};
+
+void PrintTo(const MateRow& row, std::ostream* out) { *out << row.fen; }
+
+class MateLine : public RootSearch, public ::testing::WithParamInterface<MateRow> {};
+
+// Each move of the line is legal, the last one mates, and there are as many as the score says.
+TEST_P(MateLine, IsWholeAndLegal) {
+    Position pos = rootOf(GetParam().fen);
+    list(pos);
+    int score = 0;
+    for (int depth = 2; depth <= 40 && score < MateBound; depth += 2) score = search(pos, depth);
+    ASSERT_GE(score, MateBound);
+    std::vector<std::string> moves;
+    for (const Move* move = pv; *move; ++move) moves.push_back(moveText(*move));
+    EXPECT_EQ(int(moves.size()), MateScore - score);
+    const auto line = play(GetParam().fen, moves);
+    EXPECT_TRUE(line.back().inCheck);
+    EXPECT_FALSE(hasLegalMove(line.back()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, MateLine,
+    ::testing::Values(MateRow{"BackRank", "6k1/5ppp/8/8/8/8/5PPP/R5K1 w - -"},
+                      MateRow{"RookAndQueen", "1Q6/1p3R2/p3k3/2p1q3/4p3/1P6/PB1PP2P/2K5 w - -"},
+                      MateRow{"BlackMates", "3k1b2/pp6/3r1p2/P4npp/8/nP5P/1R3P1P/2r1N1K1 b - -"},
+                      MateRow{"QuietFirst", "6k1/qp2p3/4N3/p4Q2/6r1/1P1Pp3/P1P1B3/2KR4 w - -"},
+                      MateRow{"Hunt", "1rb4r/6pp/1p1P4/p1p1N1k1/P1BP1p2/1P6/1BPPQ2P/R3K2R w KQ -"},
+                      MateRow{"BlackQueen", "r3k1r1/pp6/2b1p3/5pp1/1bP1q3/1P2P1PP/P3K3/2R2R2 b q -"}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(RootSearch, AStopKeepsNothing) {
     Position pos = rootOf(Middlegame);
