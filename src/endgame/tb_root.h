@@ -4,7 +4,10 @@
 #include "board/move.h"
 #include "board/position.h"
 
-// Rewrites `list`, ended by a zero move, and returns how many moves stand; 0 on failure, and the list is then the
-// caller's to build. `score` is in centipawns from the side to move's view.
+// Rewrites `list`, ended by a zero move, and returns how many moves stand; 0 on failure, and the list is then
+// the caller's to build. `score` is in centipawns from the side to move's view.
 int tbRootProbeDtz(Position& pos, RootMove* list, int* score);
 int tbRootProbeWdl(Position& pos, RootMove* list, int* score);
+
+// Whether a position of the game stands twice since the last move that zeroed the counter.
+bool positionHasRepeated(const Position& pos);
