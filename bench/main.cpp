@@ -1,0 +1,4 @@
+// Runs every benchmark of this folder; `--benchmark_filter` chooses among them.
+#include <benchmark/benchmark.h>
+
+BENCHMARK_MAIN();
