@@ -116,6 +116,16 @@ TEST_F(NodeSearch, NothingLeftButTheExcludedMoveIsNoMate) {
     EXPECT_EQ(zero(pos, -500, 8, 1, moveOf(pos, "c7a8")), -501);
 }
 
+// The root always has a line to show, if a move there is all that fails low.
+TEST_F(NodeSearch, AFailedLowNodeKeepsALineAtPly1Alone) {
+    const Position pos = rootOf(Middlegame);
+    EXPECT_LE(full(pos, 6, 1, 900, 910), 900);
+    EXPECT_NE(line[0], NoMove);
+    transTable.clear();
+    EXPECT_LE(full(pos, 6, 2, 900, 910), 900);
+    EXPECT_EQ(line[0], NoMove);
+}
+
 // The lost side may repeat: once is a draw inside the tree, but not among the moves at ply 1.
 TEST_F(NodeSearch, OneRepetitionDrawsFromPly2On) {
     const auto chain = shuffled();

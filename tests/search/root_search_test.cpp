@@ -149,6 +149,19 @@ TEST_F(RootSearch, AFailedLowPassKeepsItsFirstMove) {
     EXPECT_EQ(searchState.rootScoreKind, 1);
 }
 
+// The next window lies around what the old best move is worth now, not around the bounds of the others.
+TEST_F(RootSearch, ABetterMoveBelowTheWindowIsNoNewBest) {
+    Position pos = rootOf("4k3/pp6/8/3n4/4P3/8/PP6/4K3 w - -");
+    ASSERT_EQ(list(pos, {"a2a3", "e4d5"}), 2);
+    if (moveText(thread().rootMoves[0].move) == "e4d5")
+        std::swap(thread().rootMoves[0], thread().rootMoves[1]);
+    const int score = search(pos, 2, 700, 710);
+    EXPECT_EQ(moveText(pv[0]), "a2a3");
+    EXPECT_EQ(moveText(thread().rootMoves[0].move), "a2a3");
+    EXPECT_EQ(score, searchState.rootPublishedScore);
+    EXPECT_LT(score, 0);
+}
+
 TEST_F(RootSearch, AFailHighEndsThePassWithALowerBound) {
     Position pos = rootOf(Middlegame);
     list(pos);

@@ -49,6 +49,13 @@ TEST_F(SearchTables, ReductionsOfTheDefaults) {
         }
 }
 
+// Values just beside a half tell the rounding and the distance between the tables exactly.
+TEST_F(SearchTables, ReductionsRoundToTheNearest) {
+    EXPECT_EQ(reduceLow[1][5][29], 2);   // 1.508
+    EXPECT_EQ(reduceLow[1][4][23], 0);   // 0.495
+    EXPECT_EQ(reduceLow[1][1][29], -5);  // -4.513
+}
+
 // The tables end at depth 127 and count 63; the first plies have nothing to take away.
 TEST_F(SearchTables, ReductionsAtTheEdges) {
     EXPECT_GT(reduceHigh[0][127][63], reduceHigh[0][100][63]);
