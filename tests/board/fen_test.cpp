@@ -5,6 +5,7 @@
 #include "board/zobrist.h"
 #include "support/board_environment.h"
 
+#include <cctype>
 #include <random>
 
 struct CastlingRow {

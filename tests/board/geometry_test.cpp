@@ -4,6 +4,7 @@
 #include "board/attacks.h"
 #include "support/board_environment.h"
 
+#include <cstdlib>
 #include <random>
 
 struct Step {

@@ -1,10 +1,8 @@
 // The key constants, and the keys that positions make of them.
 #include "board/fen.h"
 #include "board/zobrist.h"
-#include "endgame/polyglot_keys.h"
 #include "support/board_environment.h"
 
-#include <fstream>
 #include <set>
 
 TEST(Keys, AreDistinctWhereTheyHaveAMeaning) {

@@ -20,7 +20,7 @@ TEST(BookKey, EqualsTheListedKeys) {
     EXPECT_GT(rows, 50);
 }
 
-// The nine published examples' first rows, which need no file: start, and an en-passant capture on offer.
+// Two keys that need no file: the start, and an en-passant capture on offer.
 TEST(BookKey, KnowsTheStartAndEnPassant) {
     EXPECT_EQ(bookKey(positionOf("")), 0x463b96181691fc9cULL);
     const std::vector<Position> line = playLine("", {"e2e4", "d7d5", "e4e5", "f7f5"});
