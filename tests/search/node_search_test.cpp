@@ -222,6 +222,57 @@ TEST_F(NodeSearch, TheTopOfALeafIsTheSameSearch) {
     EXPECT_NE(nodes(), deepened);
 }
 
+// With three threads a worker puts off every move but the first that another thread is searching, and makes
+// it again later; thread 0 puts nothing off, and neither does a tree search.
+TEST_F(NodeSearch, AWorkerPutsOffWhatOthersSearch) {
+    settings.threads = 3;
+    ThreadPool::restart();
+    const auto nodesFor = [](int threadIndex, bool marked) {
+        SearchThread& searcher = ThreadPool::threadRecords[threadIndex];
+        const Position mine = rootOf(StartFen);
+        Position pos = mine;
+        ThreadPool::attachRoot(pos, threadIndex);
+        pos.evalCache = mine.evalCache;  // the worker may still be allocating its own
+        pos.pawnHash = mine.pawnHash;
+        pos.matHash = mine.matHash;
+        transTable.clear();
+        searcher.resetHistory();
+        searcher.clearKillers();
+        searcher.stopFlag = 0;
+        searcher.nodes = 0;
+        std::vector<Key> children;
+        Move moves[MaxListMoves];
+        const int count = genAllMoves(pos, moves);
+        for (int i = 0; i < count; ++i) {
+            Position child;
+            makeMove(&pos, &child, cleanMove(moves[i]));
+            children.push_back(child.key);
+            if (marked) transTable.markBusy(child.key, true);
+        }
+        searcher.nodes = 0;
+        searchFullWindow(pos, -32001, 32001, 2, 1, line, false);
+        for (const Key key : children) {
+            TransData data;
+            if (transTable.probe(key, data)) {
+                EXPECT_FALSE(data.busy());
+            }
+        }
+        return std::uint64_t(searcher.nodes);
+    };
+    EXPECT_EQ(nodesFor(1, true), nodesFor(1, false) + 19);
+    EXPECT_EQ(nodesFor(0, true), nodesFor(0, false));
+    treeSearchActive = true;
+    const auto inTree = nodesFor(1, false);
+    treeSearchActive = false;
+    EXPECT_EQ(inTree, nodesFor(1, false));
+    settings.threads = 2;
+    ThreadPool::restart();
+    const auto withTwo = nodesFor(1, false);
+    EXPECT_EQ(withTwo, nodesFor(0, false));
+    settings.threads = 1;
+    ThreadPool::restart();
+}
+
 TEST_F(NodeSearch, EnemySpansAreWideAndBeginAheadOfThePawn) {
     const Position pos = rootOf("4k3/3p4/8/8/8/8/8/4K3 w - -");
     const Bitboard files = fileMask[2] | fileMask[3] | fileMask[4];
