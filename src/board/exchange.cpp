@@ -1,16 +1,16 @@
-// Static exchange evaluation. Attackers are found through the occupancy that is left, so a piece that has captured
-// uncovers those behind it.
+// Static exchange evaluation. Attackers are found through the occupancy that is left, so a piece that has
+// captured uncovers those behind it.
 #include "board/exchange.h"
-
-#include <algorithm>
 
 #include "board/geometry.h"
 #include "board/sliders.h"
 
+#include <algorithm>
+
 namespace {
 
-// Values by piece type. A king's is far above every sum of the others, and `kingLine` tells it from them: beyond that,
-// the piece on the square is a king, or one has been won.
+// Values by piece type. A king's is far above every sum of the others, and `kingLine` tells it from them:
+// beyond that, the piece on the square is a king, or one has been won.
 struct ExchangeValues {
     int of[8];
     int kingLine;
@@ -35,8 +35,8 @@ class Exchange {
           target(toOf(move)),
           occupied(position.occupied & ~(bit(fromOf(move)) | bit(target))) {}
 
-    // The next capture of the side that answers, or NoSquare. Pieces that are pinned to their king don't capture,
-    // unless it is a king that stands on the target.
+    // The next capture of the side that answers, or NoSquare. Pieces that are pinned to their king don't
+    // capture, unless it is a king that stands on the target.
     int takeAnswer(bool pinsCount) {
         while (true) {
             const int square = leastAttacker(pos, answerer, target, occupied, pinned);

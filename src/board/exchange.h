@@ -1,11 +1,12 @@
-// Static exchange evaluation: five evaluators that ask different questions about the captures on one square. They
-// reckon with pins in one way only: the answering side's pieces are tested, and only against its own king.
+// Static exchange evaluation: five evaluators that ask different questions about the captures on one square.
+// They reckon with pins in one way only: the answering side's pieces are tested, and only against its own
+// king.
 #pragma once
 
 #include "board/position.h"
 
-// The square of the cheapest piece of a colour that attacks a square through `occupied` minus `excluded`, in the
-// order pawn to king, the lowest square first within a type; NoSquare if there is none.
+// The square of the cheapest piece of a colour that attacks a square through `occupied` minus `excluded`, in
+// the order pawn to king, the lowest square first within a type; NoSquare if there is none.
 int leastAttacker(const Position& pos, Colour colour, int square, Bitboard occupied, Bitboard excluded);
 
 // Whether a move loses material. False for en passant, castling and king moves.

@@ -22,6 +22,7 @@ class ListWriter {
 inline Move quietWord(const Position& pos, int code, int from, int to, MoveFlag flag = NormalMove) {
     const Move clean = makeWord(from, to, flag);
     const int index = code * 64 + to;
-    const int stat = pos.contHist[index] + pos.contHist2[index] + pos.history[code * 4096 + int(clean & FromToMask)];
+    const int stat =
+        pos.contHist[index] + pos.contHist2[index] + pos.history[code * 4096 + int(clean & FromToMask)];
     return withKey(clean, stat >> 2);
 }

@@ -25,8 +25,8 @@ const std::uint8_t pickerRows[14][9] = {
 };
 // clang-format on
 
-void MovePicker::start(const Position& pos, std::uint32_t pickerKind, int searchDepth, Move hash, Move firstKiller,
-                       Move secondKiller, Move counter) {
+void MovePicker::start(const Position& pos, std::uint32_t pickerKind, int searchDepth, Move hash,
+                       Move firstKiller, Move secondKiller, Move counter) {
     position = &pos;
     kind = pickerKind;
     stageIndex = 0;
@@ -68,7 +68,8 @@ static Move pickKiller(MovePicker& picker, Move killer) {
 // Intended: a capture is given too, though the capture stage may have given it before.
 static Move pickCounter(MovePicker& picker) {
     const Move counter = picker.counterMove;
-    if (counter == NoMove || wasTried(picker, counter) || !isValidMove(*picker.position, counter)) return NoMove;
+    if (counter == NoMove || wasTried(picker, counter) || !isValidMove(*picker.position, counter))
+        return NoMove;
     return handOut(picker, counter);
 }
 

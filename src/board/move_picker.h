@@ -1,5 +1,5 @@
-// The staged picker: it hands moves to a search one at a time and generates as late as it can. A kind selects a row
-// of stages; both searches' pickers share the record and the rows.
+// The staged picker: it hands moves to a search one at a time and generates as late as it can. A kind selects
+// a row of stages; both searches' pickers share the record and the rows.
 #pragma once
 
 #include "board/position.h"
@@ -43,7 +43,7 @@ struct MovePicker {
     Move hashMove;
     Move killer1, killer2;
     Move counterMove;
-    const Move* list;           // `moves` or `badMoves`
+    const Move* list;  // `moves` or `badMoves`
     Move moves[MaxListMoves];
     Move badMoves[MaxListMoves];  // losing moves put off, in the order in which they came
     std::int32_t badCount;
@@ -56,8 +56,8 @@ struct MovePicker {
     // The lists stay unwritten.
     MovePicker() {}
     // `depth` in half plies; the moves are clean words, 0 where there is none.
-    void start(const Position& pos, std::uint32_t pickerKind, int searchDepth, Move hash, Move firstKiller = NoMove,
-               Move secondKiller = NoMove, Move counter = NoMove);
+    void start(const Position& pos, std::uint32_t pickerKind, int searchDepth, Move hash,
+               Move firstKiller = NoMove, Move secondKiller = NoMove, Move counter = NoMove);
     // Drops the rest of the list being read; the next stages still come.
     void endList() { cursor = count; }
 };

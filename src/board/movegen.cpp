@@ -104,7 +104,8 @@ void addCastling(const Position& pos, Colour us, ListWriter& writer) {
     }
 }
 
-// The promotions that the capture generator leaves out: to rook and bishop, and to a knight that gives no check.
+// The promotions that the capture generator leaves out: to rook and bishop, and to a knight that gives no
+// check.
 template <Colour us>
 void addLeftPromotions(const Position& pos, ListWriter& writer) {
     const Bitboard checking = knightAttacks[std::size_t(pos.kingSquare(opponent(us)))];

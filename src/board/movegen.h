@@ -1,5 +1,5 @@
-// Pseudo-legal move generators. Each writes words behind `list`, with sort keys where its comment says so, and
-// returns how many it wrote; none writes more than MaxListMoves.
+// Pseudo-legal move generators. Each writes words behind `list`, with sort keys where its comment says so,
+// and returns how many it wrote; none writes more than MaxListMoves.
 #pragma once
 
 #include "board/position.h"
@@ -16,11 +16,12 @@ int genPawnCaptures(const Position& pos, Move* list);
 // En-passant captures alone, no keys.
 int genEnPassant(const Position& pos, Move* list);
 
-// Captures and the promotions worth trying with them (to a queen, and to a knight that checks), keyed by victim and
-// capture history.
+// Captures and the promotions worth trying with them (to a queen, and to a knight that checks), keyed by
+// victim and capture history.
 int genCaptures(const Position& pos, Move* list);
 
-// Every quiet move and each promotion that `genCaptures` left out, keyed by history; those promotions have key 0.
+// Every quiet move and each promotion that `genCaptures` left out, keyed by history; those promotions have
+// key 0.
 int genQuiets(const Position& pos, Move* list);
 
 // Pseudo-legal answers to a check, no keys. Interposing pawns promote to a queen or a knight only.
@@ -30,8 +31,8 @@ int genCapturesOn(const Position& pos, Move* list, int square);
 // Every non-king move onto a set of empty squares.
 int genBlocks(const Position& pos, Move* list, Bitboard squares);
 
-// Quiet moves that give check, discovered checks first, no keys. The two differ only in what the staged picker
-// takes at which depth.
+// Quiet moves that give check, discovered checks first, no keys. The two differ only in what the staged
+// picker takes at which depth.
 int genQuietChecks(const Position& pos, Move* list);
 int genStagedQuiets(const Position& pos, Move* list);
 // Checks of the queen from the lines of the enemy king, off the squares that enemy pawns attack; no keys.

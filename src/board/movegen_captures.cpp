@@ -1,4 +1,5 @@
-// Captures, keyed by the victim and by what the thread has learnt of such captures; the attacker plays no part.
+// Captures, keyed by the victim and by what the thread has learnt of such captures; the attacker plays no
+// part.
 #include "board/geometry.h"
 #include "board/list_writer.h"
 #include "board/movegen.h"
@@ -22,8 +23,10 @@ class CaptureGenerator {
 
     int generate() {
         const Bitboard pawns = pos.pieces[us][Pawn];
-        forEachSquare(pawnAttacksEast<us>(pawns) & enemies, [&](int to) { addPawn(to - pawnStep(us) - 1, to); });
-        forEachSquare(pawnAttacksWest<us>(pawns) & enemies, [&](int to) { addPawn(to - pawnStep(us) + 1, to); });
+        forEachSquare(pawnAttacksEast<us>(pawns) & enemies,
+                      [&](int to) { addPawn(to - pawnStep(us) - 1, to); });
+        forEachSquare(pawnAttacksWest<us>(pawns) & enemies,
+                      [&](int to) { addPawn(to - pawnStep(us) + 1, to); });
         addEnPassant();
         forEachSquare(pawnPushes<us>(pawns & relativeRankMask(us, 6)) & ~pos.occupied,
                       [&](int to) { addPromotions(to - pawnStep(us), to); });

@@ -1,5 +1,5 @@
-// Quiet moves that give check: first those that open a line of another piece, then those that check by themselves.
-// Castling and promotions are not among them.
+// Quiet moves that give check: first those that open a line of another piece, then those that check by
+// themselves. Castling and promotions are not among them.
 #include "board/geometry.h"
 #include "board/list_writer.h"
 #include "board/movegen.h"
@@ -64,8 +64,8 @@ void addDirectChecks(const Position& pos, Colour us, int king, Bitboard blockers
     const std::size_t at = std::size_t(king);
     const Bitboard diagonal = bishopAttacksOf(king, pos.occupied) & free;
     const Bitboard straight = rookAttacksOf(king, pos.occupied) & free;
-    const Bitboard checking[7] = {0, pawnAttackers[us][at], knightAttacks[at] & free, diagonal, straight,
-                                  diagonal | straight, 0};
+    const Bitboard checking[7] = {
+        0, pawnAttackers[us][at], knightAttacks[at] & free, diagonal, straight, diagonal | straight, 0};
     for (int type = Pawn; type <= Queen; ++type)
         forEachSquare(pos.pieces[us][type] & ~blockers, [&](int from) {
             addMoves(pos, from, quietTargets(pos, us, from) & checking[type], writer);

@@ -1,5 +1,5 @@
-// Answers to a check: captures of the checker, moves in between, king steps. Pinned pieces are not left out; make
-// refuses what doesn't answer the check.
+// Answers to a check: captures of the checker, moves in between, king steps. Pinned pieces are not left out;
+// make refuses what doesn't answer the check.
 #include "board/geometry.h"
 #include "board/list_writer.h"
 #include "board/movegen.h"
@@ -49,13 +49,16 @@ void addBlocks(const Position& pos, Bitboard squares, ListWriter& writer) {
     const Bitboard* own = pos.pieces[pos.sideToMove()];
     addPawnBlocks(pos, squares, writer);
     forEachSquare(own[Knight], [&](int from) {
-        forEachSquare(knightAttacks[std::size_t(from)] & squares, [&](int to) { writer.add(makeWord(from, to)); });
+        forEachSquare(knightAttacks[std::size_t(from)] & squares,
+                      [&](int to) { writer.add(makeWord(from, to)); });
     });
     forEachSquare(own[Bishop] | own[Queen], [&](int from) {
-        forEachSquare(bishopAttacksOf(from, pos.occupied) & squares, [&](int to) { writer.add(makeWord(from, to)); });
+        forEachSquare(bishopAttacksOf(from, pos.occupied) & squares,
+                      [&](int to) { writer.add(makeWord(from, to)); });
     });
     forEachSquare(own[Rook] | own[Queen], [&](int from) {
-        forEachSquare(rookAttacksOf(from, pos.occupied) & squares, [&](int to) { writer.add(makeWord(from, to)); });
+        forEachSquare(rookAttacksOf(from, pos.occupied) & squares,
+                      [&](int to) { writer.add(makeWord(from, to)); });
     });
 }
 
@@ -76,8 +79,10 @@ Bitboard attackedWithoutKing(const Position& pos, Colour us, int king) {
     const Bitboard occupied = pos.occupied ^ bit(king);
     Bitboard attacked = pawnAttacks(them, enemy[Pawn]) | kingAttacks[std::size_t(pos.kingSquare(them))];
     forEachSquare(enemy[Knight], [&](int square) { attacked |= knightAttacks[std::size_t(square)]; });
-    forEachSquare(enemy[Bishop] | enemy[Queen], [&](int square) { attacked |= bishopAttacksOf(square, occupied); });
-    forEachSquare(enemy[Rook] | enemy[Queen], [&](int square) { attacked |= rookAttacksOf(square, occupied); });
+    forEachSquare(enemy[Bishop] | enemy[Queen],
+                  [&](int square) { attacked |= bishopAttacksOf(square, occupied); });
+    forEachSquare(enemy[Rook] | enemy[Queen],
+                  [&](int square) { attacked |= rookAttacksOf(square, occupied); });
     return attacked;
 }
 

@@ -1,14 +1,14 @@
 #include "board/perft.h"
 
-#include <sys/time.h>
-
 #include "board/attacks.h"
 #include "board/make_move.h"
 #include "board/move_picker.h"
 #include "board/output.h"
 
-// Walks the picker of a full-width node, as the search does; positions in check too, since make refuses what doesn't
-// answer the check.
+#include <sys/time.h>
+
+// Walks the picker of a full-width node, as the search does; positions in check too, since make refuses what
+// doesn't answer the check.
 std::uint64_t perft(const Position& pos, int depth) {
     constexpr int PickerDepth = 20;
     MovePicker picker;

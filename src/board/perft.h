@@ -3,7 +3,8 @@
 
 #include "board/position.h"
 
-// Legal leaves at `depth` plies below `pos`; every leaf is made, none is counted in bulk. A depth below 1 counts as 1.
+// Legal leaves at `depth` plies below `pos`; every leaf is made, none is counted in bulk. A depth below 1
+// counts as 1.
 std::uint64_t perft(const Position& pos, int depth);
 
 // The same, timed and printed as "%llu, MNPS=%f".

@@ -81,7 +81,9 @@ void fillList(MovePicker& picker) {
         case StageQuietChecks:
         case StageQuiescenceChecks: fillChecks(picker); break;
         case StagePawnAdvances:
-        case StageQuiescenceAdvances: beginList(picker, genPawnPushesToSeventh(pos, picker.moves), true); break;
+        case StageQuiescenceAdvances:
+            beginList(picker, genPawnPushesToSeventh(pos, picker.moves), true);
+            break;
         case StageQueenChecks: beginList(picker, genQueenChecks(pos, picker.moves), true); break;
         case StageDeferred:
             picker.list = picker.badMoves;

@@ -1,5 +1,5 @@
-// The picker of the quiescence search: the same rows, without killers, and only the hash move is kept from coming
-// twice.
+// The picker of the quiescence search: the same rows, without killers, and only the hash move is kept from
+// coming twice.
 #include "board/exchange.h"
 #include "board/legality.h"
 #include "board/move_picker.h"

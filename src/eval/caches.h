@@ -22,8 +22,15 @@ inline constexpr std::size_t MatCacheEntries = 4096;
 
 // Direct-mapped on the low bits of the pawn key: the pawn score and the facts that later stages read.
 struct PawnEntry {
+    std::uint8_t passed[2][8];  // squares of each colour's passed pawns, ascending, 0 after the last
     Key key;
-    Score score;  // White minus Black
-    std::uint8_t facts[32];
+    Score score;  // White minus Black, in lane units
+    std::int16_t
+        shelterUnits[2];        // by colour, what the own king's shelter takes off the enemy's attack units
+    std::uint8_t span[2];       // by colour, last file with a pawn minus the first, plus 1; 0 without pawns
+    std::uint8_t kingWing;      // 1 both kings on files e to h, 2 both on files a to d, else 0
+    std::uint8_t openFiles;     // files without any pawn
+    std::uint8_t fewOpenFiles;  // 1 if hardly any file is open to either side
+    std::uint8_t rams;          // white pawns with a black pawn right in front
 };
 static_assert(sizeof(PawnEntry) == PawnEntrySize);

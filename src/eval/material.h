@@ -1,4 +1,5 @@
-// Material judged by whole sets of pieces: a table of known sets, a formula for all others, a small cache before both.
+// Material judged by whole sets of pieces: a table of known sets, a formula for all others, a small cache
+// before both.
 #pragma once
 
 #include "board/position.h"
@@ -6,6 +7,9 @@
 // Fills the table of known material sets. Called once, before `initEvalParameters`.
 void initMaterialTable();
 
-// Material in blended units (96 times material units), White's view. Sets `scale`, the multiplier of the whole
-// positional sum; 0 means that only material counts.
+// Material in blended units (96 times material units), White's view. Sets `scale`, the multiplier of the
+// whole positional sum; 0 means that only material counts.
 int evaluateMaterial(const Position& pos, float& scale);
+
+// Blended units below which material counts as level.
+inline constexpr int LevelMaterial = 19200;

@@ -1,18 +1,23 @@
-// The evaluation's parameters: tables that are built from short rules, and values set for each search. Written only
-// while no search runs.
+// The evaluation's parameters: tables that are built from short rules, and values set for each search. Tables
+// are written only while no search runs.
 #pragma once
 
+#include "board/piece_square.h"
+#include "board/relaxed.h"
 #include "board/score.h"
 
-// Rebuilds every parameter table from the options. Called after `initMaterialTable`, before each bench pass, and
-// after an option that was stored.
+#include <cstdint>
+
+// Rebuilds every parameter table from the options. Called after `initMaterialTable`, before each bench pass,
+// and after an option that was stored.
 void initEvalParameters();
 
-// Reads the style options (dynamism, king safety). Does nothing if the tree-search mode is as at its last run, unless
-// `initEvalParameters` forces it.
+// Reads the style options (dynamism, king safety). Does nothing if the tree-search mode is as at its last
+// run, unless `initEvalParameters` forces it.
 void applyStyle();
 
-// Fills the king danger table with a weight of `k` (the option's scale, 0 to 200), varied by `kingSafetyJitter`.
+// Fills the king danger table with a weight of `k` (the option's scale, 0 to 200), varied by
+// `kingSafetyJitter`.
 void buildKingSafetyTable(int k);
 
 // Spread of the random variation of king safety, 0 for none; set at search start.
@@ -21,9 +26,10 @@ extern int kingSafetyJitter;
 // Whether the search in progress is a tree search; the style tables depend on it. Set at search start.
 extern bool treeSearchActive;
 
-// Values set per search, by colour.
-extern Score contemptPair[2];
-extern int contemptValue[2];
+// Values set per search, by colour, and moved between iterations by thread 0 alone; other threads may read
+// them late.
+extern Relaxed<Score> contemptPair[2];  // lane units
+extern Relaxed<int> contemptValue[2];   // centipawns
 
 // Keyed noise: its width in centipawns, 0 for none, and its seed.
 extern int evalNoise;
@@ -37,4 +43,17 @@ extern int dynamismEg;
 extern float MaterialPhaseScale[97];
 extern int PhasePieceValue[97][7];
 
-extern Score KingDanger[256];
+// Middlegame value of attack units against a king.
+inline constexpr int KingDangerEntries = 256;
+extern Score KingDanger[KingDangerEntries];
+
+// By a row that follows from the pawn's rank, and a king's distance from the square ahead of it: endgame
+// value alone. Passer and candidate tables are read at the relative rank minus 1, those of pawn endings at
+// the rank itself.
+inline constexpr int DistanceRows = 9;
+using DistanceTable = Score[DistanceRows][9];
+extern DistanceTable PasserOwnKing, PasserEnemyKing;
+extern DistanceTable CandidateOwnKing, CandidateEnemyKing;
+extern DistanceTable PawnEndOwnKing, PawnEndEnemyKing;
+void buildDistanceTables();
+void buildPieceSquare();

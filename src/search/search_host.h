@@ -1,4 +1,5 @@
-// What a search asks of the program around it. The shell fills the pointers in; the defaults make a silent search.
+// What a search asks of the program around it. The shell and the tree search fill the pointers in; the
+// defaults make a silent search.
 #pragma once
 
 #include "board/position.h"
@@ -7,25 +8,34 @@
 inline void silentLog(const char*, ...) {}
 
 struct SearchHost {
+    // Input. `waitForInput` returns when a line may be there, after some milliseconds at most.
     bool (*inputWaiting)() = [] { return false; };
     void (*processCommand)() = [] {};
-    void (*waitForInput)() = [] {};  // blocks until input may be there, at most some milliseconds
-    // Bounds: 0 exact, 1 lower bound, 2 upper bound. Scores from the side to move's view.
+    void (*waitForInput)() = [] {};
+
+    // Reports. Depths in plies; scores in centipawns from the side to move's view; bounds: 0 exact, 1 lower
+    // bound, 2 upper bound.
     void (*reportDepth)(int depth, int score, const Move* pv, int bound) = [](int, int, const Move*, int) {};
-    void (*reportMultiPvLine)(int index, int depth, int score, const Move* pv) = [](int, int, int, const Move*) {};
+    void (*reportMultiPvLine)(int index, int depth, int score, const Move* pv) = [](int, int, int,
+                                                                                    const Move*) {};
     void (*reportDepthEnd)(int depth) = [](int) {};
     void (*reportSearchEnd)() = [] {};
-    void (*reportNodes)() = [] {};                              // the two-second line
+    void (*reportNodes)() = [] {};  // the two-second line
     void (*reportCurrentMove)(Move move, int number) = [](Move, int) {};
-    void (*reportThreads)(int count) = [](int) {};
     void (*reportBookMove)(Move move) = [](Move) {};
-    void (*reportBestMove)(const char* best, const char* ponder) = [](const char*, const char*) {};  // null: none
+    void (*reportBestMove)(Move best, Move ponder) = [](Move, Move) {};  // 0: none
     [[gnu::format(printf, 1, 2)]] void (*log)(const char* format, ...) = silentLog;
-    // Options held back during a search are applied, at its end.
+    bool (*isLogging)() = [] { return false; };
+
+    // The end of a search: what was held back during it is carried out.
     void (*searchOver)() = [] {};
-    // The tree search: its whole run on thread 0, its loop on a worker, and its two-second report.
-    void (*runTree)(Position& root, bool infinite, double seconds) = [](Position&, bool, double) {};
-    void (*treeWorker)(int threadIndex) = [](int) {};
+    // A quit was read: ends the process with status 0. Returns only in tests.
+    void (*shutDown)() = [] {};
+
+    // The tree search, null while there is none: its whole run on thread 0, to the answer; its loop on a
+    // worker, with the worker's own root; and its two-second report.
+    void (*runTree)(Position& root, bool infinite, double seconds) = nullptr;
+    void (*treeWorker)(Position& root) = [](Position&) {};
     void (*reportTree)() = [] {};
 };
 inline SearchHost searchHost;

@@ -1,17 +1,17 @@
-// One search thread's record: everything that a search keeps between nodes, iterations and searches. All tables stand
-// in the record, so that one allocation holds them.
+// One search thread's record: everything that a search keeps between nodes, iterations and searches. All
+// tables stand in the record, so that one allocation holds them.
 #pragma once
-
-#include <thread>
 
 #include "board/move.h"
 #include "board/position.h"
 #include "board/relaxed.h"
 
-inline constexpr int MaxIteration = 152;   // rows: depths that `go depth` may name, and one behind
-inline constexpr int PvLength = 64;        // words of a line, its end included
-inline constexpr int KillerRows = 202;     // plies that a search can reach, and two
-inline constexpr int MaxPly = 190;         // from here on a node returns its static score
+#include <pthread.h>
+
+inline constexpr int MaxIteration = 152;  // rows: depths that `go depth` may name, and one behind
+inline constexpr int PvLength = 64;       // words of a line, its end included
+inline constexpr int KillerRows = 202;    // plies that a search can reach, and two
+inline constexpr int MaxPly = 190;        // from here on a node returns its static score
 
 // Killers of one ply.
 struct KillerRow {
@@ -20,7 +20,7 @@ struct KillerRow {
 };
 
 struct SearchThread {
-    Relaxed<int> iterationDepth;                // 0: idle
+    Relaxed<int> iterationDepth;                // plies; 0: idle
     std::int32_t iterationScore[MaxIteration];  // of each finished or running iteration
     Move iterationPv[MaxIteration][PvLength];   // zero-terminated
     RootMove rootMoves[MaxListMoves];           // ended by a zero move
@@ -34,16 +34,19 @@ struct SearchThread {
     EvalCacheEntry* evalCache;
     PawnEntry* pawnHash;
     MatCacheEntry* matHash;
-    SearchThread* self;
-    std::thread worker;               // empty for thread 0
-    bool startFlag;                   // guarded by the pool's start mutex
-    Relaxed<std::uint8_t> stopFlag;   // written by exchange, read at every node
+    pthread_t worker;
+    bool hasWorker;                  // never for thread 0
+    bool startFlag;                  // guarded by the pool's start mutex
+    Relaxed<std::uint8_t> stopFlag;  // written by exchange, read at every node
 
-    // Sets every region to its initial value.
-    void init();
-    void resetHistory();         // history, capture history and continuation history
-    void clearKillers();         // killers and counter moves
-    // On the thread that will use them, so that it touches the pages first. Ends the process if memory runs out.
-    void allocateCaches();
+    // Sets every region to its initial value and publishes the record to the board's routines.
+    void init(int index);
+    void resetHistory();  // history, capture history and continuation history
+    void clearKillers();  // killers and counter moves
+    // On the thread that will use them, so that it touches the pages first. Ends the process if memory runs
+    // out.
+    void allocateCaches(int index);
     void freeCaches();
+    // Forgets every cached evaluation. Only while the thread is idle.
+    void clearEvalCache();
 };

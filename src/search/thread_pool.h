@@ -1,4 +1,5 @@
-// The pool of search threads: creation, waking, the barrier at the end of each search, resizing.
+// The pool of search threads: creation, waking, the barrier at the end of each search, resizing. Thread 0 is
+// the main thread; the others are workers, which sleep between searches.
 #pragma once
 
 #include "board/position.h"
@@ -8,9 +9,10 @@ namespace ThreadPool {
 
 extern SearchThread* threadRecords;  // one allocation; null while no pool exists
 extern int threadRecordCount;
-extern int threadCount;  // in use; follows the `Threads` option
+extern int threadCount;       // in use; follows the `Threads` option
+extern int tableMemoryInUse;  // megabytes that all threads' caches share; follows the `Table Memory` option
 
-extern Relaxed<int> searchDepthNow;  // the depth of thread 0, for workers; 0: nothing to do
+extern Relaxed<int> searchDepthNow;  // the depth of thread 0 in plies, for workers; 0: nothing to do
 extern Position searchRootPosition;  // written by thread 0 only while all workers are idle
 extern RootMove searchRootMoves[MaxListMoves];
 extern Relaxed<std::uint32_t> poolQuit;
@@ -19,21 +21,30 @@ extern Relaxed<std::uint32_t> poolQuit;
 void resize(bool create);
 // Stops all workers and rebuilds the pool for the `Threads` option.
 void restart();
+// The same, and says so on the interface.
+void restartForOption();
 // Leaves no worker running.
 void stopWorkers();
 
-// One search: wakes all workers on the published root; and ends it, after which all of them are idle.
+// Wakes all workers on the published root.
 void wakeWorkers();
+// Ends the search that `wakeWorkers` began; all workers are idle afterwards.
 void finishSearch();
+// Thread 0 waits until every worker has left the search. Doesn't wait for a barrier that nobody armed.
 void barrierWait();
 
-// Sets every thread's stop flag by atomic exchange. Any thread may call it.
+// Sets every thread's stop flag by atomic exchange. Any thread may call it at any time.
 void stopAllThreads();
 
+// Nodes of the current search; a worker's share may be a moment old.
 std::uint64_t totalNodes();
 
-// Points a root record at the tables of a thread.
+// Points a root record at the tables of a thread, with no continuation behind it.
 void attachRoot(Position& root, int threadIndex);
+
+// Forgets what the threads have cached of evaluations, after the parameters have changed. Only while no
+// search runs.
+void clearEvalCaches();
 
 }  // namespace ThreadPool
 

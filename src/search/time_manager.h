@@ -1,7 +1,10 @@
 // The search's clock: deadlines, the test at the end of an iteration, and the check that polls from inside.
+// Times are seconds since the epoch, durations seconds.
 #pragma once
 
-// The wall clock in seconds since the epoch, to the millisecond.
+#include "board/move.h"
+
+// The wall clock, to the millisecond.
 double currentTime();
 
 struct TimeLimits {
@@ -11,18 +14,32 @@ struct TimeLimits {
     double softFail = 0;     // for aspiration
     double earliestEnd = 0;  // with a win in sight
     double easyStop = 0;     // end of the iteration test
-    double maximum = 0;
+    double maximum = 0;      // a duration
     double nextReport = 0;   // of the two-second line
 };
 extern TimeLimits timeLimits;
 
-// Sets the deadlines of a search that began at `searchState.searchStart`; times in seconds.
-void setTimeLimits(double target, double maximum, int depthLimit);
+// The deadlines of a search that began at `start`. `extendPercent` is the hard limit as per cent of the
+// target; `fixed` is the time of a search for a fixed time, else 0; `depthLimit` in plies.
+TimeLimits makeTimeLimits(double start, double target, double maximum, int extendPercent, double fixed,
+                          int depthLimit);
 
-// After an iteration on thread 0: computes `easyStop` from the score and the best move's changes.
-void updateEasyStop(int depth, int score, int previousScore, int bestMove);
+// What the end of an iteration tells about the time that the move deserves.
+struct IterationFacts {
+    int score;              // centipawns
+    int previousScore;      // of the iteration before; the same as `score` at depth 1
+    bool failedLow;         // the root failed low in this iteration
+    double moveChanges;     // new best moves, halved at each iteration
+    bool obviousRecapture;  // the best move is the one that looked obvious at the start
+};
 
-// Tests the flag `stopAfterIteration` at the end of an iteration, and sets it when time is up.
+// The share of the target after which no further iteration begins.
+double easyShare(const IterationFacts& facts);
+
+// After an iteration on thread 0: sets `easyStop` from its facts.
+void updateEasyStop(const IterationFacts& facts);
+
+// At the end of an iteration: sets `searchState.stopAfterIteration` when another one is not worth its time.
 void testIterationEnd(int depth, int score);
 
 // Called at every node of thread 0; polls input and clock once in 4096 calls. True if the search must stop.

@@ -1,0 +1,156 @@
+// The frame of the evaluation: caches, the early exits, the stages, and the arithmetic that turns sums into a
+// score.
+#include "eval/evaluate.h"
+
+#include "board/settings.h"
+#include "board/thread_hooks.h"
+#include "eval/caches.h"
+#include "eval/endgames.h"
+#include "eval/material.h"
+#include "eval/parameters.h"
+#include "eval/pawns.h"
+#include "eval/terms.h"
+
+#include <cstdlib>
+
+namespace {
+
+// Quotients rounded to nearest, halves away from zero.
+template <int divisor>
+constexpr int roundedBy(int x) {
+    return (x >= 0 ? x + divisor / 2 : x - divisor / 2) / divisor;
+}
+constexpr int ResultUnit = 960;  // blended units of one centipawn
+constexpr int TenthUnit = 96;    // and of a tenth of one
+
+int blend(Score s, int phase) { return egOf(s) * (96 - phase) + mgOf(s) * phase; }
+
+// For the side to move, in tenths of a centipawn.
+constexpr int tempo(int phase) { return (2496 + 91 * phase + 48) / 96; }
+
+// A score that is cut where material is level.
+int levelCut(int score, int material) {
+    return std::abs(material) < LevelMaterial ? score * 88 / 100 : score;
+}
+
+// Scores shrink as the fifty-move rule comes near.
+int scaledByClock(const Position& pos, int score) {
+    const int threshold = settings.progressThreshold;
+    const int clock = pos.halfmoveClock;
+    if (clock <= threshold) return score;
+    return int(std::int64_t(101 - clock) * score / (100 - threshold));
+}
+
+int forMover(const Position& pos, int score) { return pos.sideToMove() == White ? score : -score; }
+
+// The estimate from material and the line's last positional score; true if it lies outside the window.
+// Intended: there is no margin.
+bool leavesEarly(const Position& pos, int material, float scale, int phase, int alpha, int beta,
+                 int& estimate) {
+    constexpr int LeastPhase = 6;
+    if (phase <= LeastPhase) return false;
+    if ((pos.pieces[Black][Pawn] & rankMask(1)) || (pos.pieces[White][Pawn] & rankMask(6))) return false;
+    const int blended = int(scale * float(pos.psqBlend)) + material;
+    estimate = forMover(pos, scaledByClock(pos, levelCut(roundedBy<ResultUnit>(blended), material)));
+    return estimate < alpha || estimate > beta;
+}
+
+// In a closed position the side with contempt would rather have fewer pawns.
+void closedContempt(const Position& pos, EvalInfo& info) {
+    constexpr int ClosedPawns = 15;
+    if (settings.contempt <= 0) return;
+    if (popcount(pos.pieces[White][Pawn] | pos.pieces[Black][Pawn]) < ClosedPawns) return;
+    info.score[White] -= pair(contemptValue[White], 0);
+}
+
+void runStages(const Position& pos, EvalInfo& info) {
+    prepareMaps(pos, info);
+    evaluatePieces(pos, info);
+    uniteAttacks(pos, info);
+    evaluateQueenDefence(pos, info);
+    evaluateWing(pos, info);
+    evaluateKingSafety(pos, info);
+    evaluateThreats(pos, info);
+    evaluatePassedPawns(pos, info);
+    evaluateRelations(pos, info);
+    closedContempt(pos, info);
+}
+
+// Late in the game a wide front of pawns is worth something in itself.
+Score spanDifference(const PawnEntry& pawns) {
+    constexpr int spanEg[9] = {-32, -30, -24, -14, 0, 18, 36, 54, 72};
+    return pair(0, spanEg[pawns.span[White]] - spanEg[pawns.span[Black]]);
+}
+
+// Style: the pieces' sum is stretched lane by lane. Intended: the pawn score is not.
+Score dynamic(Score sum) { return pair(mgOf(sum) * dynamismMg / 128, egOf(sum) * dynamismEg / 128); }
+
+// All sums together, in tenths of a centipawn from White's view. Keeps the positional score for the line's
+// estimates.
+int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int material, float scale) {
+    constexpr float RamScale[9] = {1.0f, 1.0f, 0.95f, 0.9f, 0.8f, 0.7f, 0.6f, 0.5f, 0.4f};
+    constexpr int LatePhase = 18;
+    const PawnEntry& pawns = *info.pawns;
+    Score sum =
+        pawnScore + contemptPair[White] + dynamic(info.score[White] - info.score[Black] + pos.psqPair);
+    if (info.phase < LatePhase) sum += spanDifference(pawns);
+    int score = blend(sum, info.phase);
+    pos.psqBlend = score;
+    const bool queens = pos.pieces[White][Queen] | pos.pieces[Black][Queen];
+    if (!queens && pawns.passed[White][0] == 0 && pawns.passed[Black][0] == 0) scale *= 0.9f;
+    score = int(float(score) * scale);
+    if (pawns.fewOpenFiles) score = int(double(score) * 0.9);
+    score = int(float(score + material) * RamScale[std::min<int>(pawns.rams, 8)]);
+    return roundedBy<TenthUnit>(score);
+}
+
+// Moves an advantage with the width of the own pawn front, the more the nearer the endgame. White's view.
+int pulledBySpan(int score, const PawnEntry& pawns, int phase) {
+    constexpr int SpanPull[9] = {12, 10, 8, 6, 4, 2, 0, -2, -4};
+    constexpr int Cap = 150;  // centipawns
+    if (score > 0) return score - std::min(score, Cap) * (96 - phase) * SpanPull[pawns.span[White]] / 12288;
+    if (score < 0) return score - std::max(score, -Cap) * (96 - phase) * SpanPull[pawns.span[Black]] / 12288;
+    return score;
+}
+
+// The same position gets the same noise all through a search.
+int withNoise(int score, Key key) {
+    if (evalNoise == 0) return score;
+    return score - evalNoise / 2 + int((noiseKey ^ key) % std::uint64_t(evalNoise));
+}
+
+// From White's view in tenths to the side to move's centipawns.
+int finish(const Position& pos, const EvalInfo& info, int score, int material) {
+    if (info.phase >= 4 && info.phase <= 8) score = wrongBishop(pos, score);
+    score = roundedBy<10>(forMover(pos, score) + tempo(info.phase));
+    score = withNoise(score, pos.key);
+    score = forMover(pos, pulledBySpan(forMover(pos, score), *info.pawns, info.phase));
+    return levelCut(score, material);
+}
+
+}  // namespace
+
+int evaluate(Position& pos, int alpha, int beta) {
+    EvalCacheEntry& cached = pos.evalCache[pos.key & prefetchBases.evalMask];
+    if (cached.key == pos.key) return scaledByClock(pos, cached.value);
+
+    float scale = 0;
+    const int material = evaluateMaterial(pos, scale);
+    const int phase = pos.cappedPhase();
+    int score;
+    if (scale == 0) {
+        score = roundedBy<ResultUnit>(forMover(pos, blend(contemptPair[White], phase) + material));
+    } else {
+        int estimate;
+        if (leavesEarly(pos, material, scale, phase, alpha, beta, estimate)) return estimate;
+        PawnEntry* pawns;
+        const Score pawnScore = evaluatePawns(pos, pawns);
+        EvalInfo info;
+        info.pawns = pawns;
+        info.phase = phase;
+        runStages(pos, info);
+        score = finish(pos, info, assemble(pos, info, pawnScore, material, scale), material);
+    }
+    cached = {pos.key, score};
+    return scaledByClock(pos, score);
+}

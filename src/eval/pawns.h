@@ -1,0 +1,8 @@
+// The pawn structure's score and facts.
+#pragma once
+
+#include "board/position.h"
+
+// The pawn score in lane units, White minus Black. Sets `entry` to the cache entry with the structure's
+// facts, which is valid until the next call on this thread.
+Score evaluatePawns(const Position& pos, PawnEntry*& entry);

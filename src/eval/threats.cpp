@@ -1,0 +1,4 @@
+// Threats against pieces.
+#include "eval/terms.h"
+
+void evaluateThreats(const Position&, EvalInfo&) {}

@@ -1,0 +1,96 @@
+#include "search/search_thread.h"
+
+#include "board/end_process.h"
+#include "board/thread_hooks.h"
+#include "eval/caches.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr std::int32_t HistoryStart = 16000;
+constexpr std::int32_t CaptureHistoryStart = 8000;
+constexpr std::uint16_t ContinuationStart = 16000;
+
+// Zero pages come untouched from the system, so a cache costs memory only where it has been used.
+template <class Entry>
+Entry* allocateTable(std::size_t entries, const char* name) {
+    const std::size_t bytes = entries * sizeof(Entry);
+    void* table = std::calloc(1, bytes);
+    if (!table) {
+        std::fprintf(stderr, "Unable to allocate %d bytes of memory for %s\n", int(bytes), name);
+        endProcess(-1);
+    }
+    return static_cast<Entry*>(table);
+}
+
+template <class Table, class Value>
+void fillTable(Table& table, Value value) {
+    Value* first = reinterpret_cast<Value*>(&table);
+    std::fill(first, first + sizeof table / sizeof value, value);
+}
+
+}  // namespace
+
+void SearchThread::init(int index) {
+    iterationDepth = 0;
+    std::memset(iterationScore, 0, sizeof iterationScore);
+    std::memset(iterationPv, 0, sizeof iterationPv);
+    std::memset(rootMoves, 0, sizeof rootMoves);
+    nodes = 0;
+    clearKillers();
+    resetHistory();
+    evalCache = nullptr;
+    pawnHash = nullptr;
+    matHash = nullptr;
+    hasWorker = false;
+    startFlag = false;
+    stopFlag = std::uint8_t{0};
+
+    ThreadHooks& hooks = threadHooks[index];
+    hooks = ThreadHooks{};
+    hooks.nodes = &nodes;
+    hooks.stopFlag = &stopFlag;
+    hooks.history = &history[0][0];
+    hooks.captureHistory = captureHistory;
+    hooks.continuationHistory = &continuationHistory[0][0][0];
+}
+
+void SearchThread::resetHistory() {
+    fillTable(history, HistoryStart);
+    fillTable(captureHistory, CaptureHistoryStart);
+    fillTable(continuationHistory, ContinuationStart);
+}
+
+void SearchThread::clearKillers() {
+    std::memset(killers, 0, sizeof killers);
+    std::memset(counterMoves, 0, sizeof counterMoves);
+}
+
+void SearchThread::allocateCaches(int index) {
+    iterationDepth = 0;
+    matHash = allocateTable<MatCacheEntry>(MatCacheEntries, "mat_hash");
+    pawnHash = allocateTable<PawnEntry>(prefetchBases.pawnMask + 1, "pawn_hash");
+    evalCache = allocateTable<EvalCacheEntry>(prefetchBases.evalMask + 1, "eval_cache");
+    ThreadHooks& hooks = threadHooks[index];
+    hooks.matHash = matHash;
+    hooks.pawnHash = pawnHash;
+    hooks.evalCache = evalCache;
+}
+
+void SearchThread::freeCaches() {
+    std::free(matHash);
+    std::free(pawnHash);
+    std::free(evalCache);
+    matHash = nullptr;
+    pawnHash = nullptr;
+    evalCache = nullptr;
+}
+
+void SearchThread::clearEvalCache() {
+    if (evalCache)
+        std::memset(static_cast<void*>(evalCache), 0, (prefetchBases.evalMask + 1) * sizeof *evalCache);
+}

@@ -1,0 +1,49 @@
+#include "search/strength.h"
+
+#include "board/settings.h"
+#include "endgame/book.h"
+#include "eval/parameters.h"
+#include "search/limits.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+
+namespace {
+
+constexpr int FullSkill = 20;
+
+// By skill. Intended: neither list is smooth; noise and depth work together.
+constexpr int skillNoise[FullSkill + 1] = {2500, 1400, 750, 420, 380, 280, 200, 220, 155, 105, 65,
+                                           95,   50,   65,  90,  25,  15,  7,   5,   3,   0};
+constexpr int skillDepthTable[FullSkill + 1] = {1, 1, 1, 1, 2, 2, 2, 3, 3,  3,  3,
+                                                4, 4, 5, 6, 6, 7, 8, 9, 10, 999};
+
+std::uint64_t randomWord() {
+    const std::uint64_t first = std::uint64_t(std::rand());
+    const std::uint64_t second = std::uint64_t(std::rand());
+    const std::uint64_t third = std::uint64_t(std::rand());
+    return third ^ second << 14 ^ first << 29;
+}
+
+}  // namespace
+
+void applyStrength(const Position& root, bool treeMode) {
+    constexpr int UsualKingSafety = 72;
+    static int lastGamePly = 0;
+    const int skill = settings.skill;
+    kingSafetyJitter = settings.variety;
+    evalNoise = skillNoise[skill] * 2;
+    searchState.skillDepth = skillDepthTable[skill];
+    bookMoveLimit = settings.bookMoves;
+    if (skill < FullSkill) {
+        std::srand(unsigned(std::time(nullptr)));
+        noiseKey = randomWord();
+        kingSafetyJitter = 25 - skill;
+        bookMoveLimit = std::max(skill - 2, 0);
+    }
+    // A new game gets a king safety of its own.
+    if (root.gamePly < lastGamePly && kingSafetyJitter != 0)
+        buildKingSafetyTable(treeMode ? UsualKingSafety : settings.kingSafety.load());
+    lastGamePly = root.gamePly;
+}

@@ -1,0 +1,9 @@
+// Weakening and varying play: the options `Skill` and `Variety`, applied at the start of each search.
+#pragma once
+
+#include "board/position.h"
+
+// Sets the depth limit, evaluation noise, king-safety jitter and book limit of a search from `root`.
+// `treeMode` is the mode that this search will have. Draws on rand() only below full skill, or at a new game
+// with variety.
+void applyStrength(const Position& root, bool treeMode);

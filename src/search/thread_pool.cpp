@@ -1,0 +1,266 @@
+#include "search/thread_pool.h"
+
+#include "board/fen.h"
+#include "board/output.h"
+#include "board/settings.h"
+#include "board/thread_hooks.h"
+#include "eval/parameters.h"
+#include "search/limits.h"
+#include "search/search.h"
+#include "search/search_host.h"
+
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <new>
+#include <system_error>
+
+namespace ThreadPool {
+
+SearchThread* threadRecords = nullptr;
+int threadRecordCount = 0;
+int threadCount = 1;
+int tableMemoryInUse = 128;
+Relaxed<int> searchDepthNow = 0;
+Position searchRootPosition;
+RootMove searchRootMoves[MaxListMoves];
+Relaxed<std::uint32_t> poolQuit = 0;
+
+// No thread holds two of these at once; the search itself takes none.
+static std::mutex startMutex;  // guards every `startFlag`
+static std::condition_variable startCondition;
+static std::mutex barrierMutex;  // guards the two numbers below
+static std::condition_variable barrierCondition;
+static int barrierCount = 0;
+static int barrierGeneration = 0;
+static std::mutex recordsMutex;  // the input thread may raise stop flags while the records are being replaced
+
+static bool evalCachesUsed = false;
+
+// ---- Workers ----
+
+static void leaveBarrier() {
+    const std::lock_guard lock(barrierMutex);
+    if (barrierCount > 0 && --barrierCount == 0) barrierCondition.notify_all();
+}
+
+static void copyRoot(SearchThread& thread, Position& root, int index) {
+    root = searchRootPosition;
+    attachRoot(root, index);
+    thread.nodes = 0;
+    std::memcpy(thread.rootMoves, searchRootMoves, sizeof thread.rootMoves);
+    thread.clearKillers();
+}
+
+// Deepens beside thread 0. A worker that is early doesn't run ahead: it takes the depth that thread 0 has
+// reached.
+static void deepenBeside(SearchThread& thread, Position& root, int depth) {
+    constexpr int LastDepth = 98;
+    thread.iterationDepth = 0;
+    thread.iterationScore[1] = thread.iterationScore[0];
+    thread.iterationDepth = depth;
+    while (true) {
+        const int current = thread.iterationDepth;
+        searchIteration(root, current);
+        if (poolQuit || (thread.stopFlag & 1)) return;
+        thread.iterationDepth = current + 1;
+        if (current > LastDepth || std::abs(thread.iterationScore[current]) >= MateBound) return;
+        thread.iterationScore[current + 1] = thread.iterationScore[current];
+        const int next = searchDepthNow;
+        if (next <= 0) return;
+        thread.iterationDepth = next;
+    }
+}
+
+static void workerMain(int index) {
+    SearchThread& thread = threadRecords[index];
+    thread.allocateCaches(index);
+    Position root;
+    while (true) {
+        {
+            std::unique_lock lock(startMutex);
+            startCondition.wait(lock, [&] { return thread.startFlag; });
+            thread.startFlag = false;
+        }
+        const int depth = searchDepthNow;
+        if (depth > 0) {
+            copyRoot(thread, root, index);
+            if (treeSearchActive)
+                searchHost.treeWorker(root);
+            else
+                deepenBeside(thread, root, depth);
+        } else {
+            thread.iterationScore[0] = 0;
+        }
+        thread.iterationDepth = 0;
+        leaveBarrier();
+        if (poolQuit) break;
+    }
+    thread.freeCaches();
+}
+
+static void* workerEntry(void* argument) {
+    workerMain(int(reinterpret_cast<std::intptr_t>(argument)));
+    return nullptr;
+}
+
+// Search frames are large and lines long, so workers get more stack than the system's default.
+static void startWorker(int index) {
+    constexpr std::size_t StackBytes = std::size_t{64} << 20;
+    SearchThread& thread = threadRecords[index];
+    if (thread.hasWorker) std::abort();
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, StackBytes);
+    const int error = pthread_create(&thread.worker, &attributes, workerEntry,
+                                     reinterpret_cast<void*>(std::intptr_t{index}));
+    pthread_attr_destroy(&attributes);
+    if (error != 0) throw std::system_error(error, std::generic_category(), "search thread");
+    thread.hasWorker = true;
+}
+
+// ---- Records ----
+
+static void freeRecords() {
+    for (int i = threadRecordCount - 1; i >= 0; --i) {
+        if (threadRecords[i].hasWorker) std::abort();
+        threadRecords[i].freeCaches();
+    }
+    const std::lock_guard lock(recordsMutex);
+    delete[] threadRecords;
+    threadRecords = nullptr;
+    threadRecordCount = 0;
+}
+
+static void makeRecords() {
+    SearchThread* records = new SearchThread[std::size_t(threadCount)];
+    for (int i = 0; i < threadCount; ++i) records[i].init(i);
+    const std::lock_guard lock(recordsMutex);
+    threadRecords = records;
+    threadRecordCount = threadCount;
+}
+
+// Entries of a cache for a share of memory in bytes, less one: a mask that reaches the next power of two.
+static std::uint64_t maskFor(double bytes, std::uint64_t divisor) {
+    std::uint64_t mask = std::uint64_t(bytes) / divisor - 1;
+    for (int shift = 1; shift < 64; shift *= 2) mask |= mask >> shift;
+    return mask;
+}
+
+// The option's memory is shared out: nearly half goes to pawn tables, what they leave to evaluation caches.
+static void sizeCaches() {
+    constexpr double PawnShare = 0.45;
+    constexpr double MatCacheBytes = 65536;
+    const double memory = double(std::uint64_t(tableMemoryInUse) << 20) - MatCacheBytes;
+    prefetchBases.pawnMask = maskFor(memory * PawnShare / threadCount, 2 * PawnEntrySize);
+    const double pawnBytes = double((prefetchBases.pawnMask + 1) * PawnEntrySize);
+    prefetchBases.evalMask = maskFor((memory - pawnBytes) / threadCount, 2 * EvalEntrySize);
+}
+
+void resize(bool create) {
+    const bool keep = threadRecords && create && threadRecordCount == threadCount;
+    if (threadRecords && !keep) freeRecords();
+    if (!threadRecords && create) makeRecords();
+    if (threadRecords) threadRecords[0].freeCaches();
+    if (!create) return;
+    sizeCaches();
+    evalCachesUsed = false;
+    threadRecords[0].allocateCaches(0);
+    for (int i = 1; i < threadCount; ++i) startWorker(i);
+}
+
+void restart() {
+    stopWorkers();
+    threadCount = settings.threads;
+    resize(true);
+}
+
+void restartForOption() {
+    restart();
+    sendLine("info string Threads now set to %d\n", threadCount);
+}
+
+// ---- One search ----
+
+static void armBarrier() {
+    const std::lock_guard lock(barrierMutex);
+    ++barrierGeneration;
+    if (barrierCount > 0) barrierCondition.notify_all();
+    barrierCount = threadCount;
+}
+
+static void startWorkers(std::uint8_t stopFlag) {
+    {
+        const std::lock_guard lock(startMutex);
+        for (int i = 1; i < threadRecordCount; ++i) {
+            threadRecords[i].stopFlag.exchange(stopFlag);
+            threadRecords[i].startFlag = true;
+        }
+    }
+    startCondition.notify_all();
+}
+
+void wakeWorkers() {
+    armBarrier();
+    startWorkers(0);
+}
+
+void barrierWait() {
+    std::unique_lock lock(barrierMutex);
+    if (barrierCount < 1) return;
+    if (--barrierCount == 0) {
+        barrierCondition.notify_all();
+        return;
+    }
+    const int generation = barrierGeneration;
+    barrierCondition.wait(lock, [&] { return barrierCount == 0 || barrierGeneration != generation; });
+}
+
+void finishSearch() {
+    for (int i = 1; i < threadRecordCount; ++i) threadRecords[i].stopFlag.exchange(1);
+    barrierWait();
+    for (int i = 1; i < threadRecordCount; ++i) threadRecords[i].stopFlag.exchange(0);
+}
+
+void stopWorkers() {
+    if (!threadRecords) return;
+    armBarrier();
+    leaveBarrier();  // for the caller, who waits for the workers by joining them
+    poolQuit.exchange(1);
+    searchDepthNow = 0;  // before the flags, so that nobody starts on an old root
+    startWorkers(1);
+    barrierWait();
+    for (int i = 1; i < threadRecordCount; ++i) {
+        if (!threadRecords[i].hasWorker) continue;
+        pthread_join(threadRecords[i].worker, nullptr);
+        threadRecords[i].hasWorker = false;
+        threadRecords[i].stopFlag.exchange(0);
+    }
+    poolQuit.exchange(0);
+}
+
+void stopAllThreads() {
+    const std::lock_guard lock(recordsMutex);
+    for (int i = 0; i < threadRecordCount; ++i) threadRecords[i].stopFlag.exchange(1);
+}
+
+std::uint64_t totalNodes() {
+    std::uint64_t sum = 0;
+    for (int i = 0; i < threadRecordCount; ++i) sum += threadRecords[i].nodes;
+    return sum;
+}
+
+void attachRoot(Position& root, int threadIndex) {
+    if (threadIndex == 0) evalCachesUsed = true;
+    attachThread(root, threadIndex);
+}
+
+void clearEvalCaches() {
+    if (!evalCachesUsed) return;
+    for (int i = 0; i < threadRecordCount; ++i) threadRecords[i].clearEvalCache();
+    evalCachesUsed = false;
+}
+
+}  // namespace ThreadPool

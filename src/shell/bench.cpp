@@ -1,0 +1,107 @@
+#include "shell/bench.h"
+
+#include "board/end_process.h"
+#include "board/fen.h"
+#include "board/settings.h"
+#include "eval/parameters.h"
+#include "search/limits.h"
+#include "search/search.h"
+#include "search/search_tables.h"
+#include "search/thread_pool.h"
+#include "search/time_manager.h"
+#include "search/trans_table.h"
+#include "shell/bench_positions.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+
+namespace {
+
+constexpr int FirstDepth = 5;  // plies
+
+struct BenchPlan {
+    int lastDepth = 12;
+    int passes = 1;
+};
+
+int numberOf(const char* text) { return int(std::strtol(text, nullptr, 10)); }
+
+BenchPlan readPlan(int argumentCount, char** arguments) {
+    constexpr int MostThreads = 64;
+    BenchPlan plan;
+    if (argumentCount > 0) {
+        const int threads = numberOf(arguments[0]);
+        if (threads >= 1 && threads <= MostThreads) {
+            settings.threads = threads;
+            ThreadPool::restart();
+        }
+    }
+    if (argumentCount > 1) plan.lastDepth = numberOf(arguments[1]);
+    if (argumentCount > 2) plan.passes = numberOf(arguments[2]);
+    return plan;
+}
+
+// The first four fields of a stored position.
+std::string benchFen(const char* text) {
+    std::istringstream fields{std::string(text)};
+    std::string board, side, castling, enPassant;
+    if (!(fields >> board >> side >> castling >> enPassant)) endProcess(1);
+    return board + ' ' + side + ' ' + castling + ' ' + enPassant;
+}
+
+std::uint64_t nodesOf(const char* text, int depth) {
+    Position pos;
+    setFen(&pos, benchFen(text).c_str());
+    think(pos, depth, NoTimeLimit, NoTimeLimit, "", false);
+    return ThreadPool::totalNodes();
+}
+
+// All positions at one depth; a dot each.
+std::uint64_t searchAll(int depth) {
+    std::uint64_t sum = 0;
+    for (const char* text : benchPositions) {
+        sum += nodesOf(text, depth);
+        std::printf(".");
+        std::fflush(stdout);
+    }
+    return sum;
+}
+
+void runPass(int lastDepth) {
+    searchControl.benchMode = true;
+    initEvalParameters();
+    buildSearchTables();
+    const double start = currentTime();
+    double previous = 1e15;
+    if (lastDepth < FirstDepth) {
+        std::printf("\n\n");
+        return;
+    }
+    std::printf("\n%2d ", FirstDepth);
+    for (int depth = FirstDepth; depth <= lastDepth; ++depth) {
+        std::fflush(stdout);
+        const long long nodes = static_cast<long long>(searchAll(depth));
+        const double elapsed = currentTime() - start;  // since the pass began, over all depths
+        if (depth == FirstDepth)
+            std::printf(" %14lld nds %7.2f sec", nodes, elapsed);
+        else
+            std::printf(" %14lld nds %7.2f sec  %6.2f bf", nodes, elapsed, elapsed / previous);
+        previous = elapsed;
+        if (depth < lastDepth) std::printf("\n%2d ", depth + 1);
+    }
+    std::printf("\n\n");
+}
+
+}  // namespace
+
+void runBench(int argumentCount, char** arguments) {
+    settings.useMcts = false;
+    const BenchPlan plan = readPlan(argumentCount, arguments);
+    for (int pass = 0; pass < plan.passes; ++pass) runPass(plan.lastDepth);
+    searchControl.quitRequested = true;
+    ThreadPool::stopWorkers();
+    transTable.free();
+    ThreadPool::resize(false);
+}

@@ -1,0 +1,199 @@
+#include "shell/commands.h"
+
+#include "board/attacks.h"
+#include "board/end_process.h"
+#include "board/fen.h"
+#include "board/output.h"
+#include "board/perft.h"
+#include "board/settings.h"
+#include "board/sliders.h"
+#include "eval/parameters.h"
+#include "search/limits.h"
+#include "search/search_tables.h"
+#include "search/thread_pool.h"
+#include "search/trans_table.h"
+#include "shell/main_loop.h"
+#include "shell/options.h"
+#include "shell/start_up.h"
+
+#include <cinttypes>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+Position game[MaxGameRecords];
+int gameIndex = 0;
+
+static bool gameStarted = false;
+static std::vector<std::function<void()>> heldBack;
+
+void whenIdle(std::function<void()> action) {
+    if (searchControl.searching)
+        heldBack.push_back(std::move(action));
+    else
+        action();
+}
+
+void runHeldBackActions() {
+    const std::vector<std::function<void()>> actions = std::move(heldBack);
+    heldBack.clear();
+    for (const std::function<void()>& action : actions) action();
+}
+
+void shutDown() {
+    stopInputThread();
+    ThreadPool::stopWorkers();
+    transTable.free();
+    ThreadPool::resize(false);
+    endProcess(0);
+}
+
+Position& currentPosition() {
+    Position& pos = game[gameIndex];
+    const int threadIndex = 0;
+    attachThread(pos, threadIndex);
+    return pos;
+}
+
+long integerToken(const Tokens& tokens, std::size_t index) {
+    return index < tokens.size() ? std::strtol(tokens[index].c_str(), nullptr, 10) : 0;
+}
+
+// ---- Lines ----
+
+// Cuts a text at the first line feed, carriage return or form feed.
+static void stripLineEnd(std::string& line) {
+    const std::size_t end = line.find_first_of("\n\r\f");
+    if (end != std::string::npos) line.resize(end);
+}
+
+static Tokens splitTokens(const std::string& line) {
+    constexpr const char* Blanks = "\t\n\r ";
+    Tokens tokens;
+    std::size_t begin = line.find_first_not_of(Blanks);
+    while (begin != std::string::npos) {
+        const std::size_t end = line.find_first_of(Blanks, begin);
+        tokens.push_back(line.substr(begin, end - begin));
+        begin = line.find_first_not_of(Blanks, end);
+    }
+    return tokens;
+}
+
+// The next line that holds something; a line that begins with a byte above 127 is dropped, and a NUL ends
+// any.
+static std::string nextLine() {
+    std::string line = popInputLine();
+    line.resize(std::strlen(line.c_str()));
+    if (line.empty() || static_cast<signed char>(line[0]) < 0) return {};
+    stripLineEnd(line);
+    return line;
+}
+
+// ---- Small commands ----
+
+// Intended, all of this: the queen-like set starts from the rooks, and the knights' sets hold the pawns' too.
+static void printAttacksOf(const Position& pos, Colour colour) {
+    const Bitboard* own = pos.pieces[colour];
+    const Bitboard pawns = pawnAttacks(colour, own[Pawn]);
+    Bitboard knights = pawns, bishops = 0, rooks = 0, queenLike = 0, kings = 0;
+    forEachSquare(own[Knight], [&](int square) { knights |= knightAttacks[std::size_t(square)]; });
+    forEachSquare(own[Bishop], [&](int square) { bishops |= bishopAttacksOf(square, pos.occupied); });
+    forEachSquare(own[Rook], [&](int square) {
+        rooks |= rookAttacksOf(square, pos.occupied);
+        queenLike |= queenAttacksOf(square, pos.occupied);
+    });
+    forEachSquare(own[King], [&](int square) { kings |= kingAttacks[std::size_t(square)]; });
+    for (const Bitboard set : {pawns, knights, bishops, rooks, queenLike, kings})
+        sendLine("%" PRIu64 " ", set);
+}
+
+// Pawns with no enemy pawn ahead of them on their own file or beside it.
+template <Colour us>
+static Bitboard passedPawnsOf(const Position& pos) {
+    const Bitboard spans = fillAhead<opponent(us)>(pawnPushes<opponent(us)>(pos.pieces[opponent(us)][Pawn]));
+    return pos.pieces[us][Pawn] & ~(spans | besides(spans));
+}
+
+static void attacksCommand() {
+    const Position& pos = currentPosition();
+    printAttacksOf(pos, White);
+    printAttacksOf(pos, Black);
+    sendLine("%" PRIu64 " %" PRIu64 " \n", passedPawnsOf<White>(pos), passedPawnsOf<Black>(pos));
+}
+
+static void perftCommand(const Tokens& tokens) {
+    constexpr long MostPlies = 100;
+    perftTimed(currentPosition(), int(std::clamp(integerToken(tokens, 1), 0L, MostPlies)));
+}
+
+// Intended: a new game reseeds only and clears no table.
+static void newGameCommand() { seedRandom(); }
+
+// After an option that was stored. The tables of evaluation and search follow it, then the pool.
+static void applyStoredOption() {
+    initEvalParameters();
+    buildSearchTables();
+    ThreadPool::clearEvalCaches();
+    if (settings.threads != threadCount) ThreadPool::restartForOption();
+    if (settings.tableMemory > settings.hash) settings.tableMemory = settings.hash;
+    if (settings.tableMemory != ThreadPool::tableMemoryInUse) {
+        ThreadPool::tableMemoryInUse = settings.tableMemory;
+        ThreadPool::restart();
+    }
+}
+
+static void setOptionCommand(const Tokens& tokens, const std::string& line) {
+    std::string name;
+    bool changed = false;
+    if (!setOption(tokens, line, name, changed)) sendLine("info string %s not recognized\n", name.c_str());
+    if (changed) whenIdle(applyStoredOption);
+}
+
+static void stopCommand() {
+    ThreadPool::threadRecords[0].stopFlag.exchange(1);
+    searchControl.stopRequested = true;
+}
+
+static void runCommand(const std::string& line) {
+    const Tokens tokens = splitTokens(line);
+    if (tokens.empty()) return;
+    const std::string& word = tokens[0];
+    if (word == "uci") {
+        printOptions();
+    } else if (word == "isready") {
+        sendLine("readyok\n");
+    } else if (word == "ponderhit") {
+        searchControl.ponder = false;
+    } else if (word == "attacks") {
+        whenIdle(attacksCommand);
+    } else if (word == "position") {
+        whenIdle([tokens] { positionCommand(tokens); });
+    } else if (word == "quit") {
+        searchControl.quitRequested = true;
+    } else if (word == "perft") {
+        whenIdle([tokens] { perftCommand(tokens); });
+    } else if (word == "go") {
+        goCommand(tokens);
+    } else if (word == "ucinewgame") {
+        newGameCommand();
+    } else if (word == "setoption") {
+        setOptionCommand(tokens, line);
+    } else if (word == "stop") {
+        stopCommand();
+    }
+}
+
+void processCommand() {
+    if (!gameStarted) {
+        setFen(&game[0], "");
+        gameIndex = 0;
+        gameStarted = true;
+    }
+    // Lines ahead of a quit still run, but a search first has to unwind.
+    if (searchControl.quitRequested && (!isInputWaiting() || nextInputLineBegins("quit"))) {
+        if (!searchControl.searching) shutDown();
+        return;
+    }
+    const std::string line = nextLine();
+    if (!line.empty()) runCommand(line);
+}

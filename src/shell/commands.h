@@ -1,0 +1,38 @@
+// The command interpreter. It runs on the main thread, between searches from the main loop and, re-entrantly,
+// from inside a search.
+#pragma once
+
+#include "board/position.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+using Tokens = std::vector<std::string>;
+
+// Runs at most one line of the queue.
+void processCommand();
+
+// Ends the process with status 0: joins the threads and frees the tables.
+void shutDown();
+
+// Runs an action now, or, while a search runs, when it is over, in the order of the calls.
+void whenIdle(std::function<void()> action);
+void runHeldBackActions();
+
+// ---- The game ----
+
+inline constexpr int MaxGameRecords = 2048;
+extern Position game[MaxGameRecords];
+extern int gameIndex;  // of the current record
+
+// The current record, with its pointers set anew: a pool that was rebuilt has other tables.
+Position& currentPosition();
+
+// ---- Commands with files of their own ----
+
+void positionCommand(const Tokens& tokens);
+void goCommand(const Tokens& tokens);
+
+// A whole number at the beginning of a text, as strtol reads it; 0 where a token is missing.
+long integerToken(const Tokens& tokens, std::size_t index);

@@ -1,0 +1,25 @@
+#include "shell/host.h"
+
+#include "search/search_host.h"
+#include "shell/commands.h"
+#include "shell/log.h"
+#include "shell/main_loop.h"
+#include "shell/reports.h"
+
+void installSearchHost() {
+    searchHost.inputWaiting = isInputWaiting;
+    searchHost.processCommand = processCommand;
+    searchHost.waitForInput = waitForInput;
+    searchHost.reportDepth = reportDepth;
+    searchHost.reportMultiPvLine = reportMultiPvLine;
+    searchHost.reportDepthEnd = reportDepthEnd;
+    searchHost.reportSearchEnd = reportSearchEnd;
+    searchHost.reportNodes = reportNodes;
+    searchHost.reportCurrentMove = reportCurrentMove;
+    searchHost.reportBookMove = reportBookMove;
+    searchHost.reportBestMove = reportBestMove;
+    searchHost.log = logPrintf;
+    searchHost.isLogging = isLogging;
+    searchHost.searchOver = runHeldBackActions;
+    searchHost.shutDown = shutDown;
+}

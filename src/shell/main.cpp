@@ -1,0 +1,13 @@
+#include "shell/bench.h"
+#include "shell/main_loop.h"
+#include "shell/start_up.h"
+
+#include <cstring>
+
+int main(int argc, char** argv) {
+    const bool benchMode = argc >= 2 && std::strcmp(argv[1], "bench") == 0;
+    startUp();
+    if (!benchMode) mainLoop();
+    runBench(argc - 2, argv + 2);
+    return 0;
+}

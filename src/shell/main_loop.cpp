@@ -1,0 +1,159 @@
+#include "shell/main_loop.h"
+
+#include "board/relaxed.h"
+#include "search/limits.h"
+#include "search/thread_pool.h"
+#include "shell/commands.h"
+#include "shell/log.h"
+
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <list>
+#include <mutex>
+#include <poll.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+std::list<std::string> inputQueue;  // oldest first
+std::mutex inputQueueMutex;
+Relaxed<int> inputCount = 0;  // lines in the queue; written under the mutex
+
+bool inputSignalled = false;
+std::mutex inputMutex;
+std::condition_variable inputCondition;
+
+std::thread inputThread;
+int stopPipe[2] = {-1, -1};  // written to end the input thread
+
+// Reads standard input line by line, and can be told to stop while it waits.
+class LineReader {
+   public:
+    // The next line without its line feed. False at the end of input, on an error, or when asked to stop. A
+    // last line without a line feed counts.
+    bool readLine(std::string& line) {
+        while (true) {
+            const std::size_t end = pending.find('\n', scanned);
+            if (end != std::string::npos) {
+                line = pending.substr(0, end);
+                pending.erase(0, end + 1);
+                scanned = 0;
+                return true;
+            }
+            scanned = pending.size();
+            if (readMore()) continue;
+            line.swap(pending);
+            pending.clear();
+            scanned = 0;
+            return !stopped && !line.empty();
+        }
+    }
+
+   private:
+    bool readMore() {
+        pollfd sources[2] = {{STDIN_FILENO, POLLIN, 0}, {stopPipe[0], POLLIN, 0}};
+        while (poll(sources, 2, -1) < 0)
+            if (errno != EINTR) return false;
+        if (sources[1].revents) {
+            stopped = true;
+            return false;
+        }
+        char buffer[4096];
+        ssize_t length;
+        do {
+            length = ::read(STDIN_FILENO, buffer, sizeof buffer);
+        } while (length < 0 && errno == EINTR);
+        if (length <= 0) return false;
+        pending.append(buffer, std::size_t(length));
+        return true;
+    }
+
+    std::string pending;
+    std::size_t scanned = 0;  // of `pending`, known to hold no line feed
+    bool stopped = false;
+};
+
+void inputThreadMain() {
+    LineReader reader;
+    std::string line;
+    while (reader.readLine(line)) {
+        if (line.empty()) continue;
+        pushInputLine(line);
+        // Intended: any line that begins with these four letters ends the input.
+        if (line.compare(0, 4, "quit") == 0) break;
+        signalInput();
+    }
+    searchControl.quitRequested = true;
+    signalInput();
+}
+
+}  // namespace
+
+void pushInputLine(const std::string& line) {
+    {
+        const std::lock_guard lock(inputQueueMutex);
+        inputQueue.push_back(line);
+        inputCount.add(1);
+    }
+    logPrintf("uci inp: %s\n", line.c_str());
+}
+
+std::string popInputLine() {
+    const std::lock_guard lock(inputQueueMutex);
+    if (inputQueue.empty()) return {};
+    std::string line = std::move(inputQueue.front());
+    inputQueue.pop_front();
+    inputCount.add(-1);
+    return line;
+}
+
+bool nextInputLineBegins(const char* text) {
+    const std::lock_guard lock(inputQueueMutex);
+    return !inputQueue.empty() && inputQueue.front().compare(0, std::strlen(text), text) == 0;
+}
+
+bool isInputWaiting() { return inputCount > 0; }
+
+void signalInput() {
+    {
+        const std::lock_guard lock(inputMutex);
+        inputSignalled = true;
+    }
+    inputCondition.notify_one();
+    if (searchControl.quitRequested) ThreadPool::stopAllThreads();
+}
+
+void waitForInput() {
+    constexpr std::chrono::milliseconds LongestWait(5);
+    std::unique_lock lock(inputMutex);
+    inputCondition.wait_for(lock, LongestWait, [] { return inputSignalled; });
+    inputSignalled = false;
+}
+
+void stopInputThread() {
+    if (!inputThread.joinable()) return;
+    const char byte = 0;
+    [[maybe_unused]] const ssize_t written = ::write(stopPipe[1], &byte, 1);
+    inputThread.join();
+}
+
+static void waitForCommand() {
+    std::unique_lock lock(inputMutex);
+    inputCondition.wait(lock,
+                        [] { return inputSignalled || isInputWaiting() || searchControl.quitRequested; });
+    inputSignalled = false;
+}
+
+void mainLoop() {
+    if (::pipe(stopPipe) != 0) std::abort();
+    inputThread = std::thread(inputThreadMain);
+    while (true) {
+        if (!isInputWaiting()) waitForCommand();
+        processCommand();
+        if (searchControl.quitRequested) ThreadPool::stopAllThreads();
+    }
+}

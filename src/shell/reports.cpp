@@ -1,0 +1,121 @@
+#include "shell/reports.h"
+
+#include "board/move_text.h"
+#include "board/output.h"
+#include "board/types.h"
+#include "endgame/tb_probe.h"
+#include "search/limits.h"
+#include "search/thread_pool.h"
+#include "search/time_manager.h"
+#include "search/trans_table.h"
+#include "shell/log.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+using Count = unsigned long long;
+
+// The numbers that every line of a search has.
+struct Progress {
+    double seconds;
+    Count milliseconds, nodes, nps;
+};
+
+Progress progressNow() {
+    const double seconds = std::max(currentTime() - searchState.searchStart, 0.001);
+    const Count nodes = ThreadPool::totalNodes();
+    return {seconds, Count(seconds * 1000), nodes, Count(double(nodes) / seconds)};
+}
+
+const char* boundWord(int bound) { return bound == 2 ? " upperbound" : bound == 1 ? " lowerbound" : ""; }
+
+// The first 31 characters of a line, cut back at the last blank.
+std::string beginningOf(const std::string& line) {
+    constexpr std::size_t Longest = 31;
+    if (line.size() <= Longest) return line;
+    const std::string cut = line.substr(0, Longest);
+    return cut.substr(0, cut.rfind(' '));
+}
+
+}  // namespace
+
+std::string scoreToText(int score, int bound, int* shown) {
+    constexpr int TableRange = 31700;  // from here on a table's score is a sure win
+    constexpr int LargestShown = 25000;
+    const bool tableDecides = tbRootScore != NoTbScore;
+    int value = score;
+    if (tableDecides) {
+        if (std::abs(score) < MateBound) value = tbRootScore;
+        bound = 0;
+    }
+    if (shown) *shown = value;
+    const int magnitude = std::abs(value);
+    std::string text;
+    if (magnitude >= MateBound) {
+        const int moves = value > 0 ? (MateScore - value) / 2 + 1 : -((MateScore - 1 - magnitude) / 2) - 1;
+        text = "mate " + std::to_string(moves);
+    } else if (!tableDecides || magnitude < TableRange) {
+        text = "cp " + std::to_string(std::clamp(value, -LargestShown, LargestShown));
+    } else {
+        text = value < 0 ? "mate -1000" : "mate 1000";
+    }
+    return text + boundWord(bound);
+}
+
+void reportDepth(int depth, int score, const Move* pv, int bound) {
+    constexpr int HashfullDepth = 18;  // plies; the share means little before
+    constexpr const char* Tags[3] = {"--", "FH", "FL"};
+    if (depth < 1) return;
+    const Progress now = progressNow();
+    int shown = 0;
+    const std::string scoreText = scoreToText(score, bound, &shown);
+    const std::string line = pvToText(pv);
+    std::string hashfull;
+    if (depth >= HashfullDepth) hashfull = " hashfull " + std::to_string(transTable.occupancy());
+    sendLine("info depth %d time %llu nodes %llu score %s nps %llu%s tbhits %llu pv %s\n", depth,
+             now.milliseconds, now.nodes, scoreText.c_str(), now.nps, hashfull.c_str(), Count(tbHits),
+             line.c_str());
+    logPrintf("info: %3d %8.2f %8d %s  %s\n", depth, now.seconds, shown, Tags[bound],
+              beginningOf(line).c_str());
+}
+
+void reportMultiPvLine(int index, int depth, int score, const Move* pv) {
+    const Progress now = progressNow();
+    sendLine("info multipv %d depth %d time %llu nodes %llu score %s nps %llu tbhits %llu pv %s\n", index,
+             depth, now.milliseconds, now.nodes, scoreToText(score, 0).c_str(), now.nps, Count(tbHits),
+             pvToText(pv).c_str());
+}
+
+void reportDepthEnd(int depth) {
+    if (depth < 1) return;
+    const Progress now = progressNow();
+    sendLine("info depth %d time %llu nodes %llu nps %llu\n", depth, now.milliseconds, now.nodes, now.nps);
+}
+
+void reportSearchEnd() {
+    const Progress now = progressNow();
+    sendLine("info time %llu nodes %llu nps %llu\n", now.milliseconds, now.nodes, now.nps);
+}
+
+void reportNodes() { sendLine("info nodes %llu\n", Count(ThreadPool::totalNodes())); }
+
+void reportCurrentMove(Move move, int number) {
+    sendLine("info currmove %s currmovenumber %d\n", moveText(move).c_str(), number);
+}
+
+void reportBookMove(Move move) { sendLine("info book move is %s\n", moveText(move).c_str()); }
+
+void reportBestMove(Move best, Move ponder) {
+    const std::string bestText = moveText(best);
+    if (ponder == NoMove) {
+        sendLine("bestmove %s\n", bestText.c_str());
+        logPrintf("bestmove: %s\n", bestText.c_str());
+        return;
+    }
+    const std::string ponderText = moveText(ponder);
+    sendLine("bestmove %s ponder %s\n", bestText.c_str(), ponderText.c_str());
+    logPrintf("bestmove: %s\n", bestText.c_str());
+    logPrintf("ponder: %s\n", ponderText.c_str());
+}

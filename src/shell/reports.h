@@ -1,0 +1,21 @@
+// All that an interface is told about an alpha-beta search.
+#pragma once
+
+#include "board/move.h"
+
+#include <string>
+
+// Bounds: 0 exact, 1 lower bound, 2 upper bound.
+
+// The score as the protocol writes it, with its bound word; `shown` is the score behind the text. Tablebases
+// that decided the root replace every score that is no mate, and drop the bound.
+std::string scoreToText(int score, int bound, int* shown = nullptr);
+
+void reportDepth(int depth, int score, const Move* pv, int bound);
+void reportMultiPvLine(int index, int depth, int score, const Move* pv);
+void reportDepthEnd(int depth);
+void reportSearchEnd();
+void reportNodes();
+void reportCurrentMove(Move move, int number);
+void reportBookMove(Move move);
+void reportBestMove(Move best, Move ponder);

@@ -1,0 +1,60 @@
+#include "shell/start_up.h"
+
+#include "board/output.h"
+#include "board/settings.h"
+#include "board/sliders.h"
+#include "endgame/book.h"
+#include "endgame/tb_files.h"
+#include "eval/king_pawn_bitbase.h"
+#include "eval/material.h"
+#include "eval/parameters.h"
+#include "search/thread_pool.h"
+#include "search/trans_table.h"
+#include "shell/host.h"
+#include "shell/log.h"
+#include "shell/options.h"
+
+#include <cpuid.h>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+
+static constexpr const char* Maker = "by the Tarvok team";
+static constexpr const char* Licensee = "every chess player";
+
+void seedRandom() {
+    std::srand(unsigned(std::time(nullptr)));
+    const std::uint64_t first = std::uint64_t(std::rand());
+    const std::uint64_t second = std::uint64_t(std::rand());
+    noiseKey = first << 29 ^ second << 14 ^ std::uint64_t(std::rand());
+}
+
+static bool hasPopcnt() {
+    constexpr unsigned PopcntBit = 1u << 23;
+    unsigned a, b, c, d;
+    return __get_cpuid(1, &a, &b, &c, &d) && (c & PopcntBit);
+}
+
+static void printStartLines() {
+    sendLine("Tarvok %s 64-bit %s\n", Version, Maker);
+    if (hasPopcnt()) sendLine("using hardware POPCNT\n");
+    sendLine("using BMI2\n");  // always: there is no other build
+    sendLine("info string Licensed to %s\n", Licensee);
+}
+
+void startUp() {
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
+    startLogClock();
+    seedRandom();
+    initSliders();
+    installSearchHost();
+    ThreadPool::resize(true);
+    printStartLines();
+    openBook();
+    initKingPawnBitbase();
+    buildOptionTable();
+    initMaterialTable();
+    initEvalParameters();
+    tbInit(settings.syzygyPath.c_str());
+    transTable.resize(settings.hash);
+}
