@@ -1,0 +1,45 @@
+// A UCI engine for the tests of the match player. It plays the first legal move, until at its MOVE-th search it
+// does what HABIT says.  node fake_engine.mjs HABIT MOVE
+import { createInterface } from 'node:readline';
+import { Chess, castlingSide } from 'chessops/chess';
+import { parseFen } from 'chessops/fen';
+import { makeUci, parseUci } from 'chessops/util';
+
+const [habit = 'good', at = '1'] = process.argv.slice(2);
+let position;
+let searches = 0;
+
+function bestMove() {
+  for (const [from, dests] of position.allDests()) {
+    for (const to of dests) {
+      const promotes = position.board.getRole(from) === 'pawn' && (to < 8 || to >= 56);
+      const move = promotes ? { from, to, promotion: 'queen' } : { from, to };
+      if (!castlingSide(position, move)) return makeUci(move);
+    }
+  }
+  return '(none)';
+}
+
+const misbehave = {
+  good: () => console.log(`bestmove ${bestMove()}`),
+  illegal: () => console.log('bestmove a1a1'),
+  crash: () => {
+    console.error('about to crash');
+    process.exit(3);
+  },
+  late: () => setTimeout(() => console.log(`bestmove ${bestMove()}`), 400),
+};
+
+createInterface({ input: process.stdin }).on('line', (line) => {
+  const words = line.split(' ');
+  if (words[0] === 'uci') console.log('uciok');
+  if (words[0] === 'isready') console.log('readyok');
+  if (words[0] === 'quit') process.exit(0);
+  if (words[0] === 'position') {
+    position = Chess.fromSetup(parseFen(words.slice(2, 8).join(' ')).unwrap()).unwrap();
+    for (const move of words.slice(9)) position.play(parseUci(move));
+  }
+  if (words[0] === 'go') {
+    (++searches === Number(at) ? misbehave[habit] : misbehave.good)();
+  }
+});
