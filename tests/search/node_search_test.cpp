@@ -100,12 +100,12 @@ TEST_F(NodeSearch, AQuietHashMoveThatCutsOffIsLearnt) {
 }
 
 TEST_F(NodeSearch, AnExcludedMoveIsNotPlayed) {
-    const Position pos = rootOf("4k3/pp6/8/3q4/4P3/8/PP6/4K3 w - -");
+    const Position pos = rootOf("4k3/pp6/8/3q4/4P3/8/PPP2PPP/4K3 w - -");
     const Move winning = moveOf(pos, "e4d5");
-    EXPECT_GE(zero(pos, 100, 8), 100);
+    EXPECT_GE(zero(pos, 20, 8), 20);
     EXPECT_EQ(line[0], winning);
     transTable.clear();
-    EXPECT_EQ(zero(pos, 100, 8, 1, winning), 99) << "no better than the window";
+    EXPECT_EQ(zero(pos, 20, 8, 1, winning), 19) << "no better than the window";
     TransData data;
     EXPECT_FALSE(transTable.probe(pos.key, data)) << "the table keeps such a search apart";
 }

@@ -45,7 +45,7 @@ TEST_F(Quiescence, CountsThePromotionThatComesNext) {
     const std::string fen = "8/P6k/8/8/8/8/6p1/6K1 w - -";
     const Result result = search(fen);
     EXPECT_EQ(result.best, "a7a8q");
-    EXPECT_GT(result.score, standOf(fen) + 300);
+    EXPECT_GT(result.score, standOf(fen) + 150);
 }
 
 // Quiet checks are tried at the first ply alone.
