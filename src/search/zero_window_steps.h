@@ -163,8 +163,7 @@ static inline bool lastMoveThreatens(const Position& pos) {
     const std::size_t index = std::size_t(from);
     const Bitboard* ours = pos.pieces[us];
     switch (typeOfCode(pos.board[from])) {
-        case Pawn:
-            return pawnThreatens(pos, us, from);
+        case Pawn: return pawnThreatens(pos, us, from);
         case Knight: {
             const Bitboard reach = knightAttacks[index];
             return (reach & (ours[Queen] | ours[Rook])) ||
@@ -183,10 +182,8 @@ static inline bool lastMoveThreatens(const Position& pos) {
         case Queen:
             return winsSomethingOf(
                 pos, from, queenAttacksOf(from, pos.occupied) & ours[AllPieces] & ~ours[Queen] & ~ours[King]);
-        case King:
-            return winsSomethingOf(pos, from, kingAttacks[index] & ours[AllPieces] & ~ours[King]);
-        default:
-            return false;  // the rook's square of a castling move
+        case King: return winsSomethingOf(pos, from, kingAttacks[index] & ours[AllPieces] & ~ours[King]);
+        default: return false;  // the rook's square of a castling move
     }
 }
 
