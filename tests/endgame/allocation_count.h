@@ -1,0 +1,4 @@
+// How often the test program has allocated, to show what allocates nothing.
+#pragma once
+
+long allocationCount();
