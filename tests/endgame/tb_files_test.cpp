@@ -4,10 +4,15 @@
 #include "endgame/table_files.h"
 #include "endgame/tb_entry.h"
 #include "endgame/tb_probe.h"
+#include "endgame/tb_setup.h"
 #include "support/board_environment.h"
 
+#include <algorithm>
+#include <atomic>
+#include <mutex>
 #include <random>
 #include <set>
+#include <sys/stat.h>
 #include <thread>
 
 namespace fs = std::filesystem;
@@ -236,6 +241,87 @@ TEST(TbDamage, AlteredFilesGiveResultsInRangeOrNone) {
             testing::internal::GetCapturedStderr();
         }
     }
+}
+
+// A table read from memory of exactly its size, where a sanitizer sees every read beyond the end.
+class TableInMemory {
+   public:
+    TableInMemory(const std::string& table, TbKind kind, const std::vector<char>& file)
+        : bytes(file.begin(), file.end()), tableKind(kind) {
+        const TbMenCounts men = tbCountMen(table.c_str());
+        const std::uint8_t white = men.of[Pawn], black = men.of[boardCode(Black, Pawn)];
+        entry.hasPawns = white || black;
+        entry.symmetric = table.substr(0, table.find('v')) == table.substr(table.find('v') + 1);
+        entry.menCount = std::uint8_t(table.size() - 1);
+        entry.kkEncoding = std::count(std::begin(men.of), std::end(men.of), 1) == 2;
+        entry.pawnsLeading = white && (!black || white <= black) ? white : black;
+        entry.pawnsOther = std::uint8_t(white + black - entry.pawnsLeading);
+        entry.mappedData[kind] = bytes.data();
+        entry.mappedSize[kind] = bytes.size();
+        readable = tbReadTable(entry, table.c_str(), kind);
+    }
+    ~TableInMemory() {
+        if (readable) tbFreeTable(entry, tableKind);
+    }
+    TableInMemory(const TableInMemory&) = delete;
+    TableInMemory& operator=(const TableInMemory&) = delete;
+
+    bool isReadable() const { return readable; }
+    // Looks up random numbers and the ends of every slice; the highest value, or -1 if none could be told.
+    int highestValue(std::mt19937& random) {
+        int highest = -1;
+        for (int file = 0; file < (entry.hasPawns ? LeadingFiles : 1); ++file)
+            for (int side = 0; side < (tableKind == TbWdl && !entry.symmetric ? 2 : 1); ++side) {
+                const TbFileSlices& slices = entry.slices[file];
+                const TbSlice& slice = tableKind == TbWdl ? slices.wdl[side] : slices.dtz;
+                for (int i = 0; i < 100; ++i)
+                    highest = std::max(highest, tbRawValue(slice, random() % slice.size));
+                for (const std::uint64_t number : {std::uint64_t(0), slice.size - 1, slice.size})
+                    highest = std::max(highest, tbRawValue(slice, number));
+            }
+        return highest;
+    }
+
+   private:
+    std::vector<std::uint8_t> bytes;
+    TbPawnEntry entry{};
+    TbKind tableKind;
+    bool readable;
+};
+
+TEST(TbDamage, NothingIsReadBeyondTheEnd) {
+    REQUIRE_SHARED_DATA();
+    std::mt19937 random(11);
+    int survivors = 0;
+    for (const std::string table : {"KPPvK", "KPvKP", "KQvKP"})
+        for (const TbKind kind : {TbWdl, TbDtz}) {
+            const std::vector<char> whole =
+                readBytes(realTables() / (table + (kind == TbWdl ? ".rtbw" : ".rtbz")));
+            TableInMemory good(table, kind, whole);
+            ASSERT_TRUE(good.isReadable()) << table;
+            EXPECT_GT(good.highestValue(random), 0) << table;
+            for (std::size_t length = 0; length < whole.size(); length += 1 + whole.size() / 50) {
+                // The first 16 bytes of a block of 64 end a file that may look whole.
+                for (const std::size_t cut : {length, length / 64 * 64 + 16}) {
+                    const std::vector<char> part(whole.begin(), whole.begin() + std::ptrdiff_t(cut));
+                    EXPECT_TRUE(cut >= whole.size() || !TableInMemory(table, kind, part).isReadable())
+                        << table << " cut to " << cut;
+                }
+            }
+            for (int round = 0; round < 150; ++round) {
+                std::vector<char> bytes = whole;
+                const std::size_t reach =
+                    round % 3 ? bytes.size() : std::min<std::size_t>(bytes.size(), 1200);
+                for (auto i = 1 + random() % 40; i > 0; --i)
+                    bytes[6 + random() % (reach - 6)] = char(random());
+                TableInMemory damaged(table, kind, bytes);
+                if (!damaged.isReadable()) continue;
+                ++survivors;
+                const int highest = damaged.highestValue(random);
+                EXPECT_LE(highest, kind == TbWdl ? 4 : 4095);
+            }
+        }
+    EXPECT_GT(survivors, 50) << "too few files were damaged where it goes unnoticed";
 }
 
 // The same table with its maps of distances widened from 8 to 16 bits, which no table of so few men has.
