@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <mutex>
 #include <random>
 #include <set>
 #include <sys/stat.h>
@@ -376,26 +375,23 @@ TEST(TbMaps, MayBeWide) {
 TEST(TbThreads, ShareTheFirstUseOfATable) {
     REQUIRE_SHARED_DATA();
     const std::vector<ListedResult> rows = listedFor("KQvKR");
+    std::vector<Position> positions;
+    for (const ListedResult& row : rows) positions.push_back(positionOf(row.fen));
     for (int round = 0; round < 20; ++round) {
         initTables(realTables().string());
         std::atomic<int> waiting = 4, wrong = 0;
+        const auto probeAll = [&] {
+            --waiting;
+            while (waiting > 0) std::this_thread::yield();
+            for (std::size_t i = 0; i < rows.size(); ++i) {
+                Position pos = positions[i];
+                int success;
+                wrong += tbProbeWdl(pos, &success) != rows[i].wdl || success == 0;
+                wrong += tbProbeDtz(pos, &success) != rows[i].dtz || success == 0;
+            }
+        };
         std::vector<std::thread> threads;
-        for (int i = 0; i < 4; ++i)
-            threads.emplace_back([&] {
-                --waiting;
-                while (waiting > 0) std::this_thread::yield();
-                for (const ListedResult& row : rows) {
-                    Position pos;
-                    {
-                        static std::mutex reader;  // the FEN reader is not for several threads
-                        const std::lock_guard<std::mutex> lock(reader);
-                        pos = positionOf(row.fen);
-                    }
-                    int success;
-                    wrong += tbProbeWdl(pos, &success) != row.wdl || success == 0;
-                    wrong += tbProbeDtz(pos, &success) != row.dtz || success == 0;
-                }
-            });
+        for (int i = 0; i < 4; ++i) threads.emplace_back(probeAll);
         for (std::thread& thread : threads) thread.join();
         EXPECT_EQ(wrong, 0);
     }
