@@ -56,7 +56,12 @@ struct Position {
     std::uint8_t castleLost;    // a bit set for each right that is gone: 1 K, 2 Q, 4 k, 8 q
 
     Colour sideToMove() const { return Colour(gamePly & 1); }
-    int kingSquare(Colour colour) const { return lowestSquare(pieces[colour][King]); }
+    // Only of a position with a king of that colour on the board.
+    int kingSquare(Colour colour) const {
+        const Bitboard king = pieces[colour][King];
+        if (king == 0) __builtin_unreachable();
+        return lowestSquare(king);
+    }
     int cappedPhase() const { return phase < MaxPhase ? phase : MaxPhase; }
 };
 static_assert(sizeof(Position) == 336);

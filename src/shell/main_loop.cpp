@@ -27,7 +27,7 @@ bool inputSignalled = false;
 std::mutex inputMutex;
 std::condition_variable inputCondition;
 
-std::thread inputThread;
+std::thread* inputThread = nullptr;  // lives on where the process ends without joining it
 int stopPipe[2] = {-1, -1};  // written to end the input thread
 
 // Reads standard input line by line, and can be told to stop while it waits.
@@ -135,10 +135,12 @@ void waitForInput() {
 }
 
 void stopInputThread() {
-    if (!inputThread.joinable()) return;
+    if (!inputThread) return;
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = ::write(stopPipe[1], &byte, 1);
-    inputThread.join();
+    inputThread->join();
+    delete inputThread;
+    inputThread = nullptr;
 }
 
 static void waitForCommand() {
@@ -150,7 +152,7 @@ static void waitForCommand() {
 
 void mainLoop() {
     if (::pipe(stopPipe) != 0) std::abort();
-    inputThread = std::thread(inputThreadMain);
+    inputThread = new std::thread(inputThreadMain);
     while (true) {
         if (!isInputWaiting()) waitForCommand();
         processCommand();
