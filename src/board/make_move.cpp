@@ -131,7 +131,7 @@ static inline void beginChild(const Position* parent, Position* child, Move move
     child->staticEval = NotEvaluated;
     ++child->halfmoveClock;
     const std::size_t earlier =
-        parent->lastMove == NoMove ? 0 : parent->movedCode * 64u + toOf(parent->lastMove);
+        parent->lastMove == NoMove ? 0 : std::size_t(parent->movedCode * 64 + toOf(parent->lastMove));
     child->contHist2 = hooks.continuationHistory + earlier * ContinuationSlice;
     // Refused and null moves count as nodes too.
     if (!hooks.stopFlag->load()) hooks.nodes->add(1);

@@ -1,9 +1,9 @@
 // The move word, the root list and the list size. A move is 32 bits: a clean move below and a sort key above.
 #pragma once
 
-#include <cstdint>
-
 #include "board/types.h"
+
+#include <cstdint>
 
 // Bits 0-5 target square, 6-11 start square, 12-14 flag, 15 clear; bits 16-31 a signed key, larger is tried
 // earlier. For castling the target is the rook's start square. 0 is no move and also the null move.

@@ -1,5 +1,6 @@
 // A word that threads share without ordering: flags, counters, option values. Reads and writes are relaxed
-// atomic loads and stores, which are plain moves on x86-64, so that a race is a stale value and nothing worse.
+// atomic loads and stores, which are plain moves on x86-64, so that a race is a stale value and nothing
+// worse.
 #pragma once
 
 #include <atomic>

@@ -1,22 +1,23 @@
-// The values of the UCI options, with their defaults. The shell's option table writes them, on the main thread; every
-// layer reads them. Numbers are relaxed words because an option may be set while workers search.
+// The values of the UCI options, with their defaults. The shell's option table writes them, on the main
+// thread; every layer reads them. Numbers are relaxed words because an option may be set while workers
+// search.
 #pragma once
 
-#include <string>
-
 #include "board/relaxed.h"
+
+#include <string>
 
 struct Settings {
     Relaxed<int> threads = 1;
     Relaxed<bool> ponder = true;
-    Relaxed<int> hash = 192;  // megabytes
+    Relaxed<int> hash = 192;         // megabytes
     Relaxed<int> tableMemory = 128;  // megabytes, shared by all threads' caches
     Relaxed<int> multiPv = 1;
     Relaxed<int> ownBook = 1000;  // not 0: on
     std::string bookFile = "tarvok.bin";
     Relaxed<int> bookMoves = 1000;
     Relaxed<bool> bestBookLine = false;
-    std::string logFile;       // empty: no log
+    std::string logFile;  // empty: no log
     std::string hashFileName = "<empty>";
     Relaxed<bool> chess960 = false;
     Relaxed<bool> analyseMode = false;

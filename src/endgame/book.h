@@ -3,7 +3,8 @@
 
 #include "board/position.h"
 
-// Opens `settings.bookFile` if `settings.bookMoves` is not 0, closing a book that is open. A missing file is silent.
+// Opens `settings.bookFile` if `settings.bookMoves` is not 0, closing a book that is open. A missing file is
+// silent.
 void openBook();
 void closeBook();
 

@@ -1,11 +1,11 @@
 // What a `go` asks for, and the values that are published for one search.
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "board/move.h"
 #include "board/relaxed.h"
+
+#include <cstdint>
+#include <string>
 
 inline constexpr double NoTimeLimit = 31622400.0;  // seconds
 inline constexpr int NoDepthLimit = 99;            // plies; this or more means none
@@ -29,10 +29,10 @@ struct SearchControl {
     Relaxed<bool> stopRequested = false;
     Relaxed<bool> searching = false;
     Relaxed<bool> ponder = false;
-    double moveTime = 0;                   // seconds; not 0: a fixed time for the move
+    double moveTime = 0;  // seconds; not 0: a fixed time for the move
     std::uint64_t nodes = NoNodeLimit;
-    int extendPercent = 500;               // hard limit as per cent of the target
-    double timeUsed = 0;                   // by the searches of this game, seconds
+    int extendPercent = 500;  // hard limit as per cent of the target
+    double timeUsed = 0;      // by the searches of this game, seconds
     bool benchMode = false;
 };
 inline SearchControl searchControl;
@@ -47,7 +47,7 @@ struct SearchState {
     int rootMoveCount = 0;
     int rootMoveIndex = 0;  // 1-based, of the root move in progress
     double bestMoveChanges = 0;
-    bool failLowSeen = false;        // the running iteration's root failed low on thread 0
+    bool failLowSeen = false;  // the running iteration's root failed low on thread 0
     bool failHighAccepted = false;
     Relaxed<bool> iterationFailLow = false;
     Relaxed<int> rootPublishedScore = 0;  // workers aspirate around it
@@ -55,6 +55,6 @@ struct SearchState {
     Relaxed<bool> useLmr = true, nullMovePruning = true;
     bool stopAfterIteration = false;
     int skillDepth = 999;
-    Move recaptureMove = 0;               // the obvious move, 0 if there is none
+    Move recaptureMove = 0;  // the obvious move, 0 if there is none
 };
 inline SearchState searchState;

@@ -28,7 +28,7 @@ std::mutex inputMutex;
 std::condition_variable inputCondition;
 
 std::thread* inputThread = nullptr;  // lives on where the process ends without joining it
-int stopPipe[2] = {-1, -1};  // written to end the input thread
+int stopPipe[2] = {-1, -1};          // written to end the input thread
 
 // Reads standard input line by line, and can be told to stop while it waits.
 class LineReader {
