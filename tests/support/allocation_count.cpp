@@ -1,4 +1,4 @@
-#include "endgame/allocation_count.h"
+#include "support/allocation_count.h"
 
 #include <atomic>
 #include <cstdlib>
