@@ -122,7 +122,7 @@ void listLegalMoves(const Position& pos, LegalMoves& legal) {
 // standard square is read as. Intended: that happens in Chess960 too, where no move has the text that comes
 // out.
 void recordText(const Position& pos, unsigned move, char* text) {
-    const auto field = [move](int shift) { return char(move >> shift & 7); };
+    const auto field = [move](int shift) { return int(move >> shift & 7); };
     std::strcpy(text, "0000");
     if (move & FromToMask) {
         text[0] = char('a' + field(6));

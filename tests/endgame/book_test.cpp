@@ -93,6 +93,7 @@ TEST_F(Book, FindsAGroupWhereverItStands) {
         for (int group = 1; group < 5; ++group)
             for (int after = 1; after < 12; ++after) {
                 std::vector<BookRecord> records;
+                records.reserve(28);
                 for (int i = 0; i < before; ++i) records.push_back({startKey - 1 - Key(i), "a2a3", 1});
                 for (int i = 0; i < group; ++i) records.push_back({startKey, i ? "d2d4" : "e2e4", 1});
                 for (int i = 0; i < after; ++i) records.push_back({startKey + 1 + Key(i), "a2a3", 1});
@@ -170,7 +171,7 @@ TEST_F(Book, MissingAndTinyBooksAreSilent) {
                   openBook();
                   EXPECT_EQ(bookProbe(pos), NoMove) << "a folder";
                   settings.bookFile = folder.file("book.bin");
-                  for (const std::size_t size : {0, 1, 15}) {
+                  for (const std::size_t size : {0u, 1u, 15u}) {
                       openBytes(std::vector<char>(size));
                       EXPECT_EQ(bookProbe(pos), NoMove);
                   }

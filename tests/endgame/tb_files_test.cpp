@@ -51,7 +51,7 @@ static void writeAllNames(const TableFolder& folder, int men) {
     for (int first = 0; first <= men - 2; ++first)
         for (const std::string& white : sidesOf(first))
             for (const std::string& black : sidesOf(men - 2 - first))
-                folder.write(white + "v" + black + ".rtbw");
+                folder.write(std::string(white).append("v").append(black).append(".rtbw"));
 }
 
 TEST(TbRegistration, FindsEveryMaterialOnce) {
@@ -376,6 +376,7 @@ TEST(TbThreads, ShareTheFirstUseOfATable) {
     REQUIRE_SHARED_DATA();
     const std::vector<ListedResult> rows = listedFor("KQvKR");
     std::vector<Position> positions;
+    positions.reserve(rows.size());
     for (const ListedResult& row : rows) positions.push_back(positionOf(row.fen));
     for (int round = 0; round < 20; ++round) {
         initTables(realTables().string());
@@ -391,6 +392,7 @@ TEST(TbThreads, ShareTheFirstUseOfATable) {
             }
         };
         std::vector<std::thread> threads;
+        threads.reserve(4);
         for (int i = 0; i < 4; ++i) threads.emplace_back(probeAll);
         for (std::thread& thread : threads) thread.join();
         EXPECT_EQ(wrong, 0);

@@ -103,17 +103,18 @@ TEST_P(TbIndex, NumbersEachPlacementOnce) {
 }
 
 // Codes: pawn 1, knight 2, rook 4, queen 5, king 6, the other side's with 8 more.
-INSTANTIATE_TEST_SUITE_P(Shapes, TbIndex,
-                         testing::Values(IndexRow{"ThreeLead", {14, 6, 5}, {3, 0, 0, 0, 0}, 0, 0},
-                                         IndexRow{"KingsLead", {6, 14}, {2, 0, 1, 0, 0}, 0, 0},
-                                         IndexRow{"OnePawnAndKing", {9, 14}, {2, 1, 0, 1, 0}, 1, 0},
-                                         IndexRow{"ThreePawns", {1, 1, 1}, {3, 1, 0, 3, 0}, 0, 0},
-                                         IndexRow{"FivePawns", {1, 1, 1, 1, 1}, {5, 1, 0, 5, 0}, 0, 0},
-                                         IndexRow{"TwoAgainstTwoPawns", {9, 9, 1, 1}, {4, 1, 0, 2, 2}, 1, 0},
-                                         IndexRow{
-                                             "OneAgainstThreePawns", {1, 9, 9, 9}, {4, 1, 0, 1, 3}, 0, 1},
-                                         IndexRow{"PlainGroups", {1, 9, 4, 6}, {4, 1, 0, 1, 1}, 2, 0}),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Shapes, TbIndex,
+    testing::Values(IndexRow{"ThreeLead", {14, 6, 5}, {3, 0, 0, 0, 0}, 0, 0},
+                    IndexRow{"KingsLead", {6, 14}, {2, 0, 1, 0, 0}, 0, 0},
+                    IndexRow{"OnePawnAndKing", {9, 14}, {2, 1, 0, 1, 0}, 1, 0},
+                    IndexRow{"ThreePawns", {1, 1, 1}, {3, 1, 0, 3, 0}, 0, 0},
+                    IndexRow{"FivePawns", {1, 1, 1, 1, 1}, {5, 1, 0, 5, 0}, 0, 0},
+                    IndexRow{"TwoAgainstTwoPawns", {9, 9, 1, 1}, {4, 1, 0, 2, 2}, 1, 0},
+                    IndexRow{"OneAgainstThreePawns", {1, 9, 9, 9}, {4, 1, 0, 1, 3}, 0, 1},
+                    IndexRow{"PlainPair", {9, 5, 5}, {3, 1, 0, 1, 0}, 1, 0},
+                    IndexRow{"PlainAfterTwoPawnGroups", {1, 9, 14}, {3, 1, 0, 1, 1}, 2, 0}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 // Lists that no table has must be refused: a probe would number positions beyond the slice.
 TEST(TbManLists, AreRefusedInAnImpossibleOrder) {

@@ -4,8 +4,8 @@
 #include "board/attacks.h"
 #include "board/fen.h"
 #include "board/move_text.h"
-#include "endgame/allocation_count.h"
 #include "endgame/table_files.h"
+#include "support/allocation_count.h"
 #include "support/board_environment.h"
 
 #include <cctype>
