@@ -1,7 +1,6 @@
 // The staged picker of full-width nodes, and the stages that both pickers share.
 #include "board/move_picker.h"
 
-#include "board/exchange.h"
 #include "board/legality.h"
 #include "board/picker_stages.h"
 
@@ -73,16 +72,6 @@ static Move pickCounter(MovePicker& picker) {
     return handOut(picker, counter);
 }
 
-static Move nextOfList(MovePicker& picker) {
-    while (picker.cursor < picker.count) {
-        const Move move = cleanMove(picker.list[picker.cursor++]);
-        if (wasTried(picker, move)) continue;
-        if (isEnPassant(move) || !picker.deferBad || !seeLosing(*picker.position, move)) return move;
-        picker.badMoves[picker.badCount++] = move;
-    }
-    return NoMove;
-}
-
 // Runs a stage of one move; list stages give none and leave their list to be read.
 static Move runStage(MovePicker& picker) {
     switch (picker.stage) {
@@ -98,8 +87,9 @@ static Move runStage(MovePicker& picker) {
 }
 
 Move nextMove(MovePicker* picker) {
+    const auto skip = [&](Move move) { return wasTried(*picker, move); };
     while (true) {
-        if (const Move move = nextOfList(*picker)) return move;
+        if (const Move move = nextOfList(*picker, skip)) return move;
         picker->stage = pickerRows[picker->kind][picker->stageIndex++];
         if (picker->stage == StageEnd) {
             --picker->stageIndex;  // whoever asks again gets the same answer

@@ -5,6 +5,7 @@
 #include "board/fen.h"
 #include "board/geometry.h"
 #include "board/list_writer.h"
+#include "board/pawn_moves.h"
 #include "board/sliders.h"
 
 namespace {
@@ -52,32 +53,11 @@ void addDoublePushes(const Position& pos, ListWriter& writer) {
                   [&](int to) { writer.add(quietWord(pos, code, to - 2 * pawnStep(us), to, DoublePush)); });
 }
 
-void addFourPromotions(int from, int to, ListWriter& writer) {
-    for (const MoveFlag flag : {QueenPromotion, KnightPromotion, RookPromotion, BishopPromotion})
-        writer.add(makeWord(from, to, flag));
-}
-
 template <Colour us>
 void addPromotionPushes(const Position& pos, ListWriter& writer) {
     const Bitboard movers = pos.pieces[us][Pawn] & relativeRankMask(us, 6);
     forEachSquare(pawnPushes<us>(movers) & ~pos.occupied,
                   [&](int to) { addFourPromotions(to - pawnStep(us), to, writer); });
-}
-
-// Visits every capture of a pawn as (from, to), towards the h-file first.
-template <Colour us, class Visit>
-void forEachPawnCapture(const Position& pos, Visit visit) {
-    const Bitboard pawns = pos.pieces[us][Pawn];
-    const Bitboard enemies = pos.pieces[opponent(us)][AllPieces];
-    forEachSquare(pawnAttacksEast<us>(pawns) & enemies, [&](int to) { visit(to - pawnStep(us) - 1, to); });
-    forEachSquare(pawnAttacksWest<us>(pawns) & enemies, [&](int to) { visit(to - pawnStep(us) + 1, to); });
-}
-
-void addEnPassant(const Position& pos, Colour us, ListWriter& writer) {
-    if (!pos.epMask) return;
-    const int to = lowestSquare(pos.epMask);
-    forEachSquare(pawnAttackers[us][std::size_t(to)] & pos.pieces[us][Pawn],
-                  [&](int from) { writer.add(makeWord(from, to, EnPassant)); });
 }
 
 template <Colour us>

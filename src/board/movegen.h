@@ -31,8 +31,8 @@ int genCapturesOn(const Position& pos, Move* list, int square);
 // Every non-king move onto a set of empty squares.
 int genBlocks(const Position& pos, Move* list, Bitboard squares);
 
-// Quiet moves that give check, discovered checks first, no keys. The two differ only in what the staged
-// picker takes at which depth.
+// Quiet moves that give check, discovered checks first, no keys; castling and promotions are not among them.
+// The picker takes the first near the leaves and the second farther from them. Both write the same list.
 int genQuietChecks(const Position& pos, Move* list);
 int genStagedQuiets(const Position& pos, Move* list);
 // Checks of the queen from the lines of the enemy king, off the squares that enemy pawns attack; no keys.

@@ -3,6 +3,7 @@
 #include "board/geometry.h"
 #include "board/list_writer.h"
 #include "board/movegen.h"
+#include "board/pawn_moves.h"
 #include "board/sliders.h"
 #include "board/thread_hooks.h"
 
@@ -22,13 +23,12 @@ class CaptureGenerator {
           writer(list) {}
 
     int generate() {
-        const Bitboard pawns = pos.pieces[us][Pawn];
-        forEachSquare(pawnAttacksEast<us>(pawns) & enemies,
-                      [&](int to) { addPawn(to - pawnStep(us) - 1, to); });
-        forEachSquare(pawnAttacksWest<us>(pawns) & enemies,
-                      [&](int to) { addPawn(to - pawnStep(us) + 1, to); });
-        addEnPassant();
-        forEachSquare(pawnPushes<us>(pawns & relativeRankMask(us, 6)) & ~pos.occupied,
+        forEachPawnCapture<us>(pos, [&](int from, int to) { addPawn(from, to); });
+        forEachEnPassant(pos, us, [&](int from, int to) {
+            writer.add(withKey(makeWord(from, to, EnPassant), keyOf(Pawn, to) + captureValue[Pawn]));
+        });
+        const Bitboard promoting = pos.pieces[us][Pawn] & relativeRankMask(us, 6);
+        forEachSquare(pawnPushes<us>(promoting) & ~pos.occupied,
                       [&](int to) { addPromotions(to - pawnStep(us), to); });
         addPieces(Knight, [](int square, Bitboard) { return knightAttacks[std::size_t(square)]; });
         addPieces(Bishop, bishopAttacksOf);
@@ -39,6 +39,8 @@ class CaptureGenerator {
     }
 
    private:
+    // The learnt counters stay between 4000 and 12000, so that even a queen taken by a pawn that becomes one
+    // fits the signed 16 bits of a key. En passant counts its victim by the empty square that it enters.
     int keyOf(int type, int to) const {
         const int victim = pos.board[to];
         return learnt[boardCode(us, type)][to][victim] + captureValue[typeOfCode(victim)];
@@ -57,14 +59,6 @@ class CaptureGenerator {
             addPromotions(from, to);
         else
             writer.add(withKey(makeWord(from, to), keyOf(Pawn, to)));
-    }
-
-    void addEnPassant() {
-        if (!pos.epMask) return;
-        const int to = lowestSquare(pos.epMask);
-        forEachSquare(pawnAttackers[us][std::size_t(to)] & pos.pieces[us][Pawn], [&](int from) {
-            writer.add(withKey(makeWord(from, to, EnPassant), keyOf(Pawn, to) + captureValue[Pawn]));
-        });
     }
 
     template <class AttacksOf>

@@ -3,6 +3,7 @@
 #include "board/geometry.h"
 #include "board/list_writer.h"
 #include "board/movegen.h"
+#include "board/pawn_moves.h"
 #include "board/sliders.h"
 
 namespace {
@@ -13,8 +14,7 @@ void addCapturesOn(const Position& pos, int square, ListWriter& writer) {
     const std::size_t target = std::size_t(square);
     forEachSquare(pawnAttackers[us][target] & own[Pawn], [&](int from) {
         if (relativeRank(us, square) == 7) {
-            for (const MoveFlag flag : {QueenPromotion, KnightPromotion, RookPromotion, BishopPromotion})
-                writer.add(makeWord(from, square, flag));
+            addFourPromotions(from, square, writer);
         } else {
             writer.add(makeWord(from, square));
         }
@@ -107,21 +107,15 @@ int genEvasions(const Position& pos, Move* list) {
     const int king = pos.kingSquare(us);
     const std::size_t at = std::size_t(king);
     const Bitboard* enemy = pos.pieces[them];
-    const auto addEnPassant = [&] {
-        if (!pos.epMask) return;
-        const int to = lowestSquare(pos.epMask);
-        forEachSquare(pawnAttackers[us][std::size_t(to)] & pos.pieces[us][Pawn],
-                      [&](int from) { writer.add(makeWord(from, to, EnPassant)); });
-    };
     if (const Bitboard knights = knightAttacks[at] & enemy[Knight]) {
         addCapturesOn(pos, lowestSquare(knights), writer);
     } else if (const Bitboard pawns = pawnAttackers[them][at] & enemy[Pawn]) {
         addCapturesOn(pos, lowestSquare(pawns), writer);
-        addEnPassant();
+        addEnPassant(pos, us, writer);
     } else {
         addAnswersToSliders(pos, king, bishopRays[at] & (enemy[Bishop] | enemy[Queen]), writer);
         addAnswersToSliders(pos, king, rookRays[at] & (enemy[Rook] | enemy[Queen]), writer);
-        addEnPassant();  // the captured pawn may have opened the line, and the capture may close it
+        addEnPassant(pos, us, writer);  // answers a slider only in positions that no game reaches
     }
     const Bitboard steps = kingAttacks[at] & ~pos.pieces[us][AllPieces] & ~attackedWithoutKing(pos, us, king);
     forEachSquare(steps, [&](int to) { writer.add(makeWord(king, to)); });

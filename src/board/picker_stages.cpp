@@ -53,8 +53,8 @@ void fillEvasions(MovePicker& picker) {
 
 void fillChecks(MovePicker& picker) {
     const Position& pos = *picker.position;
-    const int count = picker.depth < StagedChecksDepth ? genStagedQuiets(pos, picker.moves)
-                                                       : genQuietChecks(pos, picker.moves);
+    const int count = picker.depth < StagedChecksDepth ? genQuietChecks(pos, picker.moves)
+                                                       : genStagedQuiets(pos, picker.moves);
     keyQuiets(picker, count);
     sortList(picker.moves, count);
     beginList(picker, count, true);
@@ -84,7 +84,7 @@ void fillList(MovePicker& picker) {
         case StageQuiescenceAdvances:
             beginList(picker, genPawnPushesToSeventh(pos, picker.moves), true);
             break;
-        case StageQueenChecks: beginList(picker, genQueenChecks(pos, picker.moves), true); break;
+        case StageQueenChecks: beginList(picker, genQueenChecks(pos, picker.moves), picker.deferBad); break;
         case StageDeferred:
             picker.list = picker.badMoves;
             picker.count = picker.badCount;

@@ -1,10 +1,25 @@
 // The stages that fill a picker's list, shared by the pickers of both searches.
 #pragma once
 
+#include "board/exchange.h"
 #include "board/move_picker.h"
 
 // Stage numbers by kind, each row ended by StageEnd.
 extern const std::uint8_t pickerRows[14][9];
+
+// The next clean move of the list that the caller doesn't want skipped, or 0 when the list is spent. Losing
+// moves are put off on the way while the picker says so and has room; en passant is handed out unasked.
+template <class Skip>
+inline Move nextOfList(MovePicker& picker, Skip skip) {
+    while (picker.cursor < picker.count) {
+        const Move move = cleanMove(picker.list[picker.cursor++]);
+        if (skip(move)) continue;
+        if (isEnPassant(move) || !picker.deferBad || !seeLosing(*picker.position, move)) return move;
+        if (picker.badCount == MaxListMoves) return move;  // only on boards with dozens of queens
+        picker.badMoves[picker.badCount++] = move;
+    }
+    return NoMove;
+}
 
 // Generates, keys and sorts the list of the picker's stage and sets whether losing moves are put off.
 void fillList(MovePicker& picker);
