@@ -28,22 +28,27 @@ Position searchRootPosition;
 RootMove searchRootMoves[MaxListMoves];
 Relaxed<std::uint32_t> poolQuit = 0;
 
-// No thread holds two of these at once; the search itself takes none.
-static std::mutex startMutex;  // guards every `startFlag`
-static std::condition_variable startCondition;
-static std::mutex barrierMutex;  // guards the two numbers below
-static std::condition_variable barrierCondition;
-static int barrierCount = 0;
-static int barrierGeneration = 0;
-static std::mutex recordsMutex;  // the input thread may raise stop flags while the records are being replaced
+// No thread holds two of these at once; the search itself takes none. They outlive the process's end, where
+// workers may still sleep on them.
+struct PoolLocks {
+    std::mutex startMutex;  // guards every `startFlag`
+    std::condition_variable startCondition;
+    std::mutex barrierMutex;  // guards the numbers below
+    std::condition_variable barrierCondition;
+    int barrierCount = 0;
+    int barrierGeneration = 0;
+    int workersReady = 0;     // workers that have their caches
+    std::mutex recordsMutex;  // the input thread may raise stop flags while the records are being replaced
+};
+static PoolLocks& locks = *new PoolLocks;
 
 static bool evalCachesUsed = false;
 
 // ---- Workers ----
 
 static void leaveBarrier() {
-    const std::lock_guard lock(barrierMutex);
-    if (barrierCount > 0 && --barrierCount == 0) barrierCondition.notify_all();
+    const std::lock_guard lock(locks.barrierMutex);
+    if (locks.barrierCount > 0 && --locks.barrierCount == 0) locks.barrierCondition.notify_all();
 }
 
 static void copyRoot(SearchThread& thread, Position& root, int index) {
@@ -77,11 +82,16 @@ static void deepenBeside(SearchThread& thread, Position& root, int depth) {
 static void workerMain(int index) {
     SearchThread& thread = threadRecords[index];
     thread.allocateCaches(index);
+    {
+        const std::lock_guard lock(locks.barrierMutex);
+        ++locks.workersReady;
+        locks.barrierCondition.notify_all();
+    }
     Position root;
     while (true) {
         {
-            std::unique_lock lock(startMutex);
-            startCondition.wait(lock, [&] { return thread.startFlag; });
+            std::unique_lock lock(locks.startMutex);
+            locks.startCondition.wait(lock, [&] { return thread.startFlag; });
             thread.startFlag = false;
         }
         const int depth = searchDepthNow;
@@ -128,7 +138,7 @@ static void freeRecords() {
         if (threadRecords[i].hasWorker) std::abort();
         threadRecords[i].freeCaches();
     }
-    const std::lock_guard lock(recordsMutex);
+    const std::lock_guard lock(locks.recordsMutex);
     delete[] threadRecords;
     threadRecords = nullptr;
     threadRecordCount = 0;
@@ -137,7 +147,7 @@ static void freeRecords() {
 static void makeRecords() {
     SearchThread* records = new SearchThread[std::size_t(threadCount)];
     for (int i = 0; i < threadCount; ++i) records[i].init(i);
-    const std::lock_guard lock(recordsMutex);
+    const std::lock_guard lock(locks.recordsMutex);
     threadRecords = records;
     threadRecordCount = threadCount;
 }
@@ -168,7 +178,10 @@ void resize(bool create) {
     sizeCaches();
     evalCachesUsed = false;
     threadRecords[0].allocateCaches(0);
+    locks.workersReady = 0;
     for (int i = 1; i < threadCount; ++i) startWorker(i);
+    std::unique_lock lock(locks.barrierMutex);
+    locks.barrierCondition.wait(lock, [] { return locks.workersReady == threadCount - 1; });
 }
 
 void restart() {
@@ -185,21 +198,21 @@ void restartForOption() {
 // ---- One search ----
 
 static void armBarrier() {
-    const std::lock_guard lock(barrierMutex);
-    ++barrierGeneration;
-    if (barrierCount > 0) barrierCondition.notify_all();
-    barrierCount = threadCount;
+    const std::lock_guard lock(locks.barrierMutex);
+    ++locks.barrierGeneration;
+    if (locks.barrierCount > 0) locks.barrierCondition.notify_all();
+    locks.barrierCount = threadCount;
 }
 
 static void startWorkers(std::uint8_t stopFlag) {
     {
-        const std::lock_guard lock(startMutex);
+        const std::lock_guard lock(locks.startMutex);
         for (int i = 1; i < threadRecordCount; ++i) {
             threadRecords[i].stopFlag.exchange(stopFlag);
             threadRecords[i].startFlag = true;
         }
     }
-    startCondition.notify_all();
+    locks.startCondition.notify_all();
 }
 
 void wakeWorkers() {
@@ -208,14 +221,15 @@ void wakeWorkers() {
 }
 
 void barrierWait() {
-    std::unique_lock lock(barrierMutex);
-    if (barrierCount < 1) return;
-    if (--barrierCount == 0) {
-        barrierCondition.notify_all();
+    std::unique_lock lock(locks.barrierMutex);
+    if (locks.barrierCount < 1) return;
+    if (--locks.barrierCount == 0) {
+        locks.barrierCondition.notify_all();
         return;
     }
-    const int generation = barrierGeneration;
-    barrierCondition.wait(lock, [&] { return barrierCount == 0 || barrierGeneration != generation; });
+    const int generation = locks.barrierGeneration;
+    locks.barrierCondition.wait(
+        lock, [&] { return locks.barrierCount == 0 || locks.barrierGeneration != generation; });
 }
 
 void finishSearch() {
@@ -242,7 +256,7 @@ void stopWorkers() {
 }
 
 void stopAllThreads() {
-    const std::lock_guard lock(recordsMutex);
+    const std::lock_guard lock(locks.recordsMutex);
     for (int i = 0; i < threadRecordCount; ++i) threadRecords[i].stopFlag.exchange(1);
 }
 

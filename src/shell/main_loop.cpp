@@ -19,13 +19,17 @@
 
 namespace {
 
-std::list<std::string> inputQueue;  // oldest first
-std::mutex inputQueueMutex;
-Relaxed<int> inputCount = 0;  // lines in the queue; written under the mutex
+// What the two threads share. It outlives the process's end, where the input thread may still use it.
+struct InputState {
+    std::list<std::string> inputQueue;  // oldest first
+    std::mutex inputQueueMutex;
+    Relaxed<int> inputCount = 0;  // lines in the queue; written under the mutex
 
-bool inputSignalled = false;
-std::mutex inputMutex;
-std::condition_variable inputCondition;
+    bool inputSignalled = false;
+    std::mutex inputMutex;
+    std::condition_variable inputCondition;
+};
+InputState& input = *new InputState;
 
 std::thread* inputThread = nullptr;  // lives on where the process ends without joining it
 int stopPipe[2] = {-1, -1};          // written to end the input thread
@@ -95,43 +99,43 @@ void inputThreadMain() {
 
 void pushInputLine(const std::string& line) {
     {
-        const std::lock_guard lock(inputQueueMutex);
-        inputQueue.push_back(line);
-        inputCount.add(1);
+        const std::lock_guard lock(input.inputQueueMutex);
+        input.inputQueue.push_back(line);
+        input.inputCount.add(1);
     }
     logPrintf("uci inp: %s\n", line.c_str());
 }
 
 std::string popInputLine() {
-    const std::lock_guard lock(inputQueueMutex);
-    if (inputQueue.empty()) return {};
-    std::string line = std::move(inputQueue.front());
-    inputQueue.pop_front();
-    inputCount.add(-1);
+    const std::lock_guard lock(input.inputQueueMutex);
+    if (input.inputQueue.empty()) return {};
+    std::string line = std::move(input.inputQueue.front());
+    input.inputQueue.pop_front();
+    input.inputCount.add(-1);
     return line;
 }
 
 bool nextInputLineBegins(const char* text) {
-    const std::lock_guard lock(inputQueueMutex);
-    return !inputQueue.empty() && inputQueue.front().compare(0, std::strlen(text), text) == 0;
+    const std::lock_guard lock(input.inputQueueMutex);
+    return !input.inputQueue.empty() && input.inputQueue.front().compare(0, std::strlen(text), text) == 0;
 }
 
-bool isInputWaiting() { return inputCount > 0; }
+bool isInputWaiting() { return input.inputCount > 0; }
 
 void signalInput() {
     {
-        const std::lock_guard lock(inputMutex);
-        inputSignalled = true;
+        const std::lock_guard lock(input.inputMutex);
+        input.inputSignalled = true;
     }
-    inputCondition.notify_one();
+    input.inputCondition.notify_one();
     if (searchControl.quitRequested) ThreadPool::stopAllThreads();
 }
 
 void waitForInput() {
     constexpr std::chrono::milliseconds LongestWait(5);
-    std::unique_lock lock(inputMutex);
-    inputCondition.wait_for(lock, LongestWait, [] { return inputSignalled; });
-    inputSignalled = false;
+    std::unique_lock lock(input.inputMutex);
+    input.inputCondition.wait_for(lock, LongestWait, [] { return input.inputSignalled; });
+    input.inputSignalled = false;
 }
 
 void stopInputThread() {
@@ -144,10 +148,10 @@ void stopInputThread() {
 }
 
 static void waitForCommand() {
-    std::unique_lock lock(inputMutex);
-    inputCondition.wait(lock,
-                        [] { return inputSignalled || isInputWaiting() || searchControl.quitRequested; });
-    inputSignalled = false;
+    std::unique_lock lock(input.inputMutex);
+    input.inputCondition.wait(
+        lock, [] { return input.inputSignalled || isInputWaiting() || searchControl.quitRequested; });
+    input.inputSignalled = false;
 }
 
 void mainLoop() {
