@@ -1,8 +1,293 @@
-// Knights, bishops, rooks and queens, with the maps that later stages read.
+// Knights, bishops, rooks and queens: mobility, lines, files, and the maps that later stages read.
+#include "board/sliders.h"
+#include "eval/mobility_tables.h"
 #include "eval/terms.h"
 
-void prepareMaps(const Position&, EvalInfo& info) { info.score[White] = info.score[Black] = Score{}; }
-void evaluatePieces(const Position&, EvalInfo&) {}
-void uniteAttacks(const Position&, EvalInfo&) {}
-void evaluateQueenDefence(const Position&, EvalInfo&) {}
-void evaluateWing(const Position&, EvalInfo&) {}
+namespace {
+
+constexpr int FirstUnits = 6;  // attack units that a side starts with
+constexpr int NoQueenUnits = -7;
+
+// A king's zone: the squares around a centre that is one step away from the edge of the board.
+constexpr Bitboard makeKingZone(int king) {
+    const int file = fileOf(king) == 0 ? 1 : fileOf(king) == 7 ? 6 : fileOf(king);
+    const int rank = rankOf(king) == 0 ? 1 : rankOf(king) == 7 ? 6 : rankOf(king);
+    const int centre = makeSquare(file, rank);
+    const Bitboard around = kingAttacks[std::size_t(centre)];
+    return centre == king ? around : around | bit(centre);
+}
+constexpr SquareTable makeKingZones() {
+    SquareTable zones{};
+    for (int king = 0; king < 64; ++king) zones[std::size_t(king)] = makeKingZone(king);
+    return zones;
+}
+constexpr SquareTable KingZone = makeKingZones();
+
+Bitboard lineBetween(int a, int b) { return between[std::size_t(a)][std::size_t(b)]; }
+
+// ---- Preparations ----
+
+// Men of either colour that stand alone between the king and a slider of the other side.
+template <Colour us>
+Bitboard pinnedMen(const Position& pos, int king) {
+    const Bitboard* enemy = pos.pieces[opponent(us)];
+    const std::size_t at = std::size_t(king);
+    const Bitboard sliders =
+        (bishopRays[at] & (enemy[Bishop] | enemy[Queen])) | (rookRays[at] & (enemy[Rook] | enemy[Queen]));
+    Bitboard pinned = 0;
+    forEachSquare(sliders, [&](int slider) {
+        const Bitboard gap = lineBetween(slider, king) & pos.occupied;
+        if (gap && !severalBits(gap)) pinned |= gap;
+    });
+    return pinned;
+}
+
+template <Colour us>
+void prepareOwnMaps(const Position& pos, EvalInfo& info) {
+    const Bitboard* own = pos.pieces[us];
+    info.king[us] = pos.kingSquare(us);
+    info.kingAttacks[us] = kingAttacks[std::size_t(info.king[us])];
+    info.kingZone[us] = KingZone[std::size_t(info.king[us])];
+    info.pawnAttacks[us] = pawnAttacks<us>(own[Pawn]);
+    info.neverAttacked[us] = ~fillAhead<us>(info.pawnAttacks[us]);
+    info.pinned[us] = pinnedMen<us>(pos, info.king[us]);
+    Bitboard knights = 0;
+    forEachSquare(own[Knight], [&](int square) { knights |= knightAttacks[std::size_t(square)]; });
+    info.knightAttacks[us] = knights;
+    info.bishopAttacks[us] = info.rookAttacks[us] = info.queenAttacks[us] = 0;
+}
+
+// Own pawns that hold their place: defended by a pawn, or hardly moved.
+template <Colour us>
+Bitboard settledPawns(const Position& pos, const EvalInfo& info) {
+    const Bitboard home = relativeRankMask(us, 1) | relativeRankMask(us, 2);
+    return pos.pieces[us][Pawn] & (info.pawnAttacks[us] | home);
+}
+
+template <Colour us>
+void prepareSharedMaps(const Position& pos, EvalInfo& info) {
+    constexpr Colour them = opponent(us);
+    const Bitboard enemies = pos.pieces[them][AllPieces];
+    info.avoid[us] = settledPawns<us>(pos, info) | pos.pieces[us][King] | (info.pawnAttacks[them] & ~enemies);
+    info.knightFear[us] = info.knightAttacks[them] & ~enemies;
+    info.units[us] = FirstUnits - info.pawns->shelterUnits[them];
+    info.score[us] = -at(OpenFileUnits, info.pawns->openFiles);
+}
+
+// A rook that its own king keeps in the corner. Intended: only the king's wing is looked at.
+template <Colour us>
+void shutInRook(const Position& pos, EvalInfo& info) {
+    constexpr int flip = us == White ? 0 : 56;
+    constexpr Bitboard kingSquares = bit(F1 ^ flip) | bit(G1 ^ flip);
+    constexpr Bitboard corner = bit(G1 ^ flip) | bit(H1 ^ flip) | bit(G2 ^ flip) | bit(H2 ^ flip);
+    if ((pos.pieces[us][King] & kingSquares) && (pos.pieces[us][Rook] & corner))
+        info.score[us] += pair(-282, -101);
+}
+
+// ---- The pieces ----
+
+// A pinned slider keeps only the squares between its king and itself.
+template <Colour us>
+Bitboard pinnedReach(const EvalInfo& info, int square, Bitboard reach) {
+    return info.pinned[us] & bit(square) ? reach & lineBetween(info.king[us], square) : reach;
+}
+
+template <Colour us>
+void addZoneUnits(EvalInfo& info, Bitboard attacks, int units) {
+    if (attacks & info.kingZone[opponent(us)]) info.units[us] += units;
+}
+
+// Pressure through the one man that stands between a slider and a more valuable target.
+template <Colour us>
+Score linePressure(const Position& pos, int square, Bitboard targets, const Score (&own)[7],
+                   const Score (&enemy)[7]) {
+    Score sum;
+    forEachSquare(targets, [&](int target) {
+        const Bitboard gap = lineBetween(square, target) & pos.occupied;
+        if (!gap || severalBits(gap)) return;
+        const int code = pos.board[lowestSquare(gap)];
+        sum += colourOfCode(code) == us ? own[typeOfCode(code)] : enemy[typeOfCode(code)];
+    });
+    return sum;
+}
+
+template <Colour us>
+void evaluateKnights(const Position& pos, EvalInfo& info) {
+    constexpr Colour them = opponent(us);
+    forEachSquare(pos.pieces[us][Knight], [&](int square) {
+        const std::size_t at = std::size_t(square);
+        const Bitboard attacks = knightAttacks[at];
+        const Bitboard reach = attacks & ~info.avoid[us];
+        const Bitboard forward = us == White ? ranksAbove[at] : ranksBelow[at];
+        // Forward moves count twice: a knight that can only go back is nearly out of play. A pinned one has
+        // none.
+        const int count = info.pinned[us] & bit(square) ? 0 : popcount(reach) + popcount(reach & forward);
+        info.score[us] += KnightPawnSpan[info.pawns->span[them]] +
+                          KnightKingDistance[squareDistance(square, info.king[us])] + KnightMobility[count];
+        addZoneUnits<us>(info, attacks, 2);
+    });
+}
+
+// Own pawns on a bishop's square colour are in its way, the more if no enemy bishop can attack them there.
+template <Colour us>
+Score bishopAndPawns(const Position& pos, int square) {
+    constexpr Colour them = opponent(us);
+    const Bitboard colour = bit(square) & DarkSquares ? DarkSquares : LightSquares;
+    const int same = popcount(pos.pieces[us][Pawn] & colour);
+    const int other = popcount(pos.pieces[us][Pawn] & ~colour);
+    const bool pairOfBishops = severalBits(pos.pieces[us][Bishop]);
+    const int times = pairOfBishops && !(pos.pieces[them][Bishop] & colour) ? 2 : 1;
+    return at(SameColourPawns, same) * times + at(OtherColourPawns, other);
+}
+
+// An enemy knight three ranks away on the bishop's file can hardly move in its own half.
+template <Colour us>
+bool dominatesKnight(const Position& pos, int square) {
+    constexpr Bitboard theirHalf = us == White ? 0xffffffff00000000ULL : 0x00000000ffffffffULL;
+    const Bitboard threeAway = bit(square) << 24 | bit(square) >> 24;
+    return threeAway & pos.pieces[opponent(us)][Knight] & theirHalf;
+}
+
+template <Colour us>
+void evaluateBishops(const Position& pos, EvalInfo& info) {
+    const Bitboard* own = pos.pieces[us];
+    const Bitboard* enemy = pos.pieces[opponent(us)];
+    const Bitboard pawns = own[Pawn] | enemy[Pawn];
+    forEachSquare(own[Bishop], [&](int square) {
+        const Bitboard attacks = bishopAttacksOf(square, pos.occupied & ~own[Queen]);
+        const Bitboard reach = pinnedReach<us>(info, square, attacks & ~info.avoid[us]);
+        const Bitboard targets = bishopRays[std::size_t(square)] & (enemy[Rook] | enemy[Queen]);
+        Score sum = BishopKingDistance[squareDistance(square, info.king[us])];
+        sum += linePressure<us>(pos, square, targets, BishopLineOwn, BishopLineEnemy);
+        sum += BishopPawnMobility[popcount(bishopAttacksOf(square, pawns))];
+        sum += BishopMobility[popcount(reach)] + bishopAndPawns<us>(pos, square);
+        if (dominatesKnight<us>(pos, square)) sum += pair(20, 19);
+        info.score[us] += sum;
+        info.bishopAttacks[us] |= attacks;
+        addZoneUnits<us>(info, attacks, 1);
+    });
+}
+
+// A rook on a file without own pawns; an enemy pawn there matters more if another one defends it.
+template <Colour us>
+Score rookFile(const Position& pos, const EvalInfo& info, int square) {
+    constexpr Colour them = opponent(us);
+    const Bitboard file = fileMask[std::size_t(fileOf(square))];
+    if (pos.pieces[us][Pawn] & file) return {};
+    const Bitboard enemyPawns = pos.pieces[them][Pawn] & file;
+    if (!enemyPawns) return pair(185, 157);
+    return enemyPawns & info.pawnAttacks[them] ? pair(20, 44) : pair(112, 94);
+}
+
+template <Colour us>
+void evaluateRooks(const Position& pos, EvalInfo& info) {
+    constexpr Colour them = opponent(us);
+    const Bitboard* own = pos.pieces[us];
+    const int enemyKing = info.king[them];
+    forEachSquare(own[Rook], [&](int square) {
+        const Bitboard attacks = rookAttacksOf(square, pos.occupied & ~(own[Queen] | own[Rook]));
+        const Bitboard reach =
+            pinnedReach<us>(info, square, attacks & ~(info.avoid[us] | info.knightFear[us]));
+        const Bitboard targets = rookRays[std::size_t(square)] & pos.pieces[them][Queen];
+        Score sum = at(OpenFileUnits, info.pawns->openFiles);
+        sum += linePressure<us>(pos, square, targets, RookLineOwn, RookLineEnemy);
+        if (relativeRank(us, square) == 6 && relativeRank(us, enemyKing) == 7) sum += pair(64, 163);
+        sum += rookFile<us>(pos, info, square) + RookMobility[popcount(reach)];
+        info.score[us] += sum;
+        info.rookAttacks[us] |= attacks;
+        addZoneUnits<us>(info, attacks, 1);
+        if (fileOf(square) == fileOf(enemyKing) && !(lineBetween(square, enemyKing) & own[Pawn]))
+            info.units[us] += 2;
+    });
+}
+
+template <Colour us>
+void evaluateQueens(const Position& pos, EvalInfo& info) {
+    constexpr Colour them = opponent(us);
+    const Bitboard* own = pos.pieces[us];
+    if (!own[Queen]) {
+        info.units[us] += NoQueenUnits;
+        return;
+    }
+    const Bitboard attackedByLess =
+        info.knightAttacks[them] | info.pawnAttacks[them] | info.bishopAttacks[them] | info.rookAttacks[them];
+    const Bitboard barred = attackedByLess | own[King] | settledPawns<us>(pos, info);
+    forEachSquare(own[Queen], [&](int square) {
+        const Bitboard attacks = queenAttacksOf(square, pos.occupied);
+        const Bitboard reach = pinnedReach<us>(info, square, attacks & ~barred);
+        const int mobility = QueenMobilityValues[popcount(reach)];
+        info.score[us] += at(OpenFileUnits, info.pawns->openFiles) + pair(mobility, mobility);
+        info.queenAttacks[us] |= attacks;
+        addZoneUnits<us>(info, attacks, 1);
+    });
+}
+
+// Pawns that the enemy queen alone defends.
+template <Colour us>
+void queenDefence(const Position& pos, EvalInfo& info) {
+    constexpr Colour them = opponent(us);
+    const Bitboard others = info.noQueenAttacks[them] | info.kingAttacks[them];
+    const Bitboard pawns = pos.pieces[them][Pawn] & info.allAttacks[us] & info.queenAttacks[them] & ~others;
+    info.score[us] += at(QueenOnlyDefence, popcount(pawns));
+}
+
+// Pieces and pawns on the wing where both kings stand.
+template <Colour us>
+void wingPieces(const Position& pos, EvalInfo& info, Bitboard wing, Bitboard bishopSquares) {
+    constexpr Score Share = pair(35, 0);
+    const Bitboard* own = pos.pieces[us];
+    if (own[Bishop] & bishopSquares) info.score[us] += Share;
+    const Bitboard attackers = (own[Queen] | own[Knight]) & wing;
+    if (attackers) info.score[us] += Share;
+    if (severalBits(attackers)) info.score[us] += Share;
+    info.score[us] += pair(8 * popcount(own[Pawn] & wing), 0);
+}
+
+}  // namespace
+
+void prepareMaps(const Position& pos, EvalInfo& info) {
+    prepareOwnMaps<White>(pos, info);
+    prepareOwnMaps<Black>(pos, info);
+    prepareSharedMaps<White>(pos, info);
+    prepareSharedMaps<Black>(pos, info);
+    shutInRook<White>(pos, info);
+    shutInRook<Black>(pos, info);
+}
+
+template <Colour us>
+static void evaluateLesserPieces(const Position& pos, EvalInfo& info) {
+    evaluateKnights<us>(pos, info);
+    evaluateBishops<us>(pos, info);
+    evaluateRooks<us>(pos, info);
+}
+
+void evaluatePieces(const Position& pos, EvalInfo& info) {
+    evaluateLesserPieces<White>(pos, info);
+    evaluateLesserPieces<Black>(pos, info);
+    evaluateQueens<White>(pos, info);
+    evaluateQueens<Black>(pos, info);
+}
+
+void uniteAttacks(const Position&, EvalInfo& info) {
+    for (const Colour us : {White, Black}) {
+        info.minorAttacks[us] = info.knightAttacks[us] | info.bishopAttacks[us];
+        info.noQueenAttacks[us] = info.minorAttacks[us] | info.pawnAttacks[us] | info.rookAttacks[us];
+        info.attacks[us] = info.noQueenAttacks[us] | info.queenAttacks[us];
+        info.allAttacks[us] = info.attacks[us] | info.kingAttacks[us];
+    }
+}
+
+void evaluateQueenDefence(const Position& pos, EvalInfo& info) {
+    queenDefence<White>(pos, info);
+    queenDefence<Black>(pos, info);
+}
+
+void evaluateWing(const Position& pos, EvalInfo& info) {
+    constexpr Bitboard WestFiles = 0x0f0f0f0f0f0f0f0fULL;
+    if (info.pawns->kingWing == 0) return;
+    const bool east = info.pawns->kingWing == 1;
+    const Bitboard wing = east ? ~WestFiles : WestFiles;
+    // The bishop that looks at the other side's castled king.
+    wingPieces<White>(pos, info, wing, east ? DarkSquares : LightSquares);
+    wingPieces<Black>(pos, info, wing, east ? LightSquares : DarkSquares);
+}

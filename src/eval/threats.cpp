@@ -1,4 +1,68 @@
-// Threats against pieces.
+// Attacks on men that are worth more, or are not defended well enough, and pawn pushes that would make some.
+#include "eval/mobility_tables.h"
 #include "eval/terms.h"
 
-void evaluateThreats(const Position&, EvalInfo&) {}
+namespace {
+
+// The sum over a set of enemy men of what each type is worth.
+Score byType(const Position& pos, Bitboard men, const Score (&values)[7]) {
+    Score sum;
+    forEachSquare(men, [&](int square) { sum += values[typeOfCode(pos.board[square])]; });
+    return sum;
+}
+
+// Pieces attacked by pawns, of which those count whose attacker can't simply be taken.
+template <Colour us>
+Score pawnThreats(const Position& pos, const EvalInfo& info) {
+    constexpr Colour them = opponent(us);
+    const Bitboard hit = pos.pieces[them][AllPieces] & ~pos.pieces[them][Pawn] & info.pawnAttacks[us];
+    if (!hit) return {};
+    const Bitboard safePawns = pos.pieces[us][Pawn] & (info.allAttacks[us] | ~info.allAttacks[them]);
+    const Bitboard safeHit = hit & pawnAttacks<us>(safePawns);
+    const Score unsafe = hit != safeHit ? pair(262, 236) : Score{};
+    return unsafe + byType(pos, safeHit, PawnThreat);
+}
+
+// Men attacked by pieces: those without a pawn's defence, and pieces even with one.
+template <Colour us>
+Score pieceThreats(const Position& pos, const EvalInfo& info) {
+    constexpr Colour them = opponent(us);
+    const Bitboard* enemy = pos.pieces[them];
+    const Bitboard unprotected = enemy[AllPieces] & ~info.pawnAttacks[them];
+    // Intended: a king in check is weak like any other man.
+    const Bitboard weak = unprotected & info.allAttacks[us];
+    const Bitboard shielded = enemy[AllPieces] & ~enemy[Pawn] & info.pawnAttacks[them];
+    if (!(weak | shielded)) return {};
+    Score sum = byType(pos, (weak | shielded) & info.minorAttacks[us], MinorThreat);
+    sum += byType(pos, (weak | enemy[Queen]) & info.rookAttacks[us], RookThreat);
+    sum += at(HangingPieces, popcount(weak & ~info.allAttacks[them]));
+    if (const Bitboard kingHit = unprotected & info.kingAttacks[us])
+        sum += severalBits(kingHit) ? pair(34, 518) : pair(11, 232);
+    return sum;
+}
+
+// Men that a pawn would attack after a safe push.
+template <Colour us>
+Score pushThreats(const Position& pos, const EvalInfo& info) {
+    constexpr Colour them = opponent(us);
+    const Bitboard free = ~pos.occupied;
+    const Bitboard movers = pos.pieces[us][Pawn] & ~relativeRankMask(us, 6);
+    const Bitboard once = pawnPushes<us>(movers) & free;
+    const Bitboard twice = pawnPushes<us>(once & relativeRankMask(us, 2)) & free;
+    const Bitboard safe = ~info.pawnAttacks[them] & (info.allAttacks[us] | ~info.allAttacks[them]);
+    const Bitboard attacked = pawnAttacks<us>((once | twice) & safe);
+    const Bitboard victims = pos.pieces[them][AllPieces] & attacked & ~info.pawnAttacks[us];
+    return at(PushThreat, popcount(victims));
+}
+
+}  // namespace
+
+template <Colour us>
+static void threatsOf(const Position& pos, EvalInfo& info) {
+    info.score[us] += pawnThreats<us>(pos, info) + pieceThreats<us>(pos, info) + pushThreats<us>(pos, info);
+}
+
+void evaluateThreats(const Position& pos, EvalInfo& info) {
+    threatsOf<White>(pos, info);
+    threatsOf<Black>(pos, info);
+}
