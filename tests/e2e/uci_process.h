@@ -33,6 +33,7 @@ class UciProcess {
 
     // Waits for the end and returns the exit status, or minus the signal.
     int exitStatus(double seconds = Patience);
+    // All that it has written to standard error.
     std::string standardError();
 
     std::vector<std::string> passed;
@@ -43,7 +44,7 @@ class UciProcess {
 
     pid_t child = -1;
     int input = -1, output = -1, errors = -1;
-    std::string pending;
+    std::string pending, errorText;
     int status = 0;
     bool ended = false;
 };
