@@ -88,10 +88,11 @@ TEST_F(Tables, WonEndingsEndInMate) {
         std::string moves, report;
         int plies = 0;
         for (; plies < 300; ++plies) {
-            report = search(start + (plies ? " moves" + moves : ""), "nodes 2000");
+            report = search(start + moves, "nodes 2000");
             if (best == "0000") break;
             EXPECT_TRUE(plies % 2 || scoreOf(report).find("mate") == 0) << start << moves;
-            moves += " " + best;
+            if (moves.empty()) moves = " moves";
+            moves.append(" ").append(best);
         }
         EXPECT_EQ(plies % 2, 1) << "the loser must be to move: " << start << moves;
     }

@@ -84,7 +84,7 @@ TEST_F(TbRoot, LimitsWinsByTheClock) {
     int success;
     const int dtz = tbProbeDtz(pos, &success);
     ASSERT_GT(dtz, 1);
-    for (const int spare : {0, 2, 6, 40}) {  // plies beyond the fastest win
+    for (const int spare : {0, 1, 2, 5, 6, 40}) {  // plies beyond the fastest win
         const int clock = 99 - dtz - spare;
         const int count = probeDtz(fen, clock);
         int expected = 0;
