@@ -79,7 +79,7 @@ TEST_F(TbRoot, ScoresByResultAndClock) {
 }
 
 TEST_F(TbRoot, LimitsWinsByTheClock) {
-    const std::string fen = "8/8/8/8/8/3k4/4r3/2K5 b - -";
+    const std::string fen = "8/8/8/8/4k3/8/1K6/3r4 b - -";
     Position pos = positionOf(fen);
     int success;
     const int dtz = tbProbeDtz(pos, &success);
