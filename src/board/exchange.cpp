@@ -6,7 +6,6 @@
 #include "board/sliders.h"
 
 #include <algorithm>
-#include <climits>
 
 namespace {
 
@@ -100,9 +99,9 @@ bool endsBelowZero(const Position& pos, Move move, const ExchangeValues& values,
     }
 }
 
-// The balance of the exchange for the mover, each side stopping where it is best off. The last capture that
-// is played is the first whose gain passes `enough`, which only the taking of a king can do.
-int balanceOf(const Position& pos, Move move, const ExchangeValues& values, int enough) {
+// The balance of the exchange for the mover, each side stopping where it is best off. Nothing follows the
+// taking of a king.
+int balanceOf(const Position& pos, Move move, const ExchangeValues& values) {
     constexpr int MostCaptures = 32;
     int gains[MostCaptures];
     gains[0] = values.of[typeOn(pos, toOf(move))];
@@ -110,7 +109,7 @@ int balanceOf(const Position& pos, Move move, const ExchangeValues& values, int 
     Exchange exchange(pos, move);
     int captures = 1;
     for (bool answering = true; captures < MostCaptures; answering = !answering) {
-        if (gains[captures - 1] > enough) break;
+        if (gains[captures - 1] > values.kingLine) break;
         const int square = answering ? exchange.takeAnswer(onTo <= values.kingLine) : exchange.takeReply();
         if (square == NoSquare) break;
         gains[captures] = onTo - gains[captures - 1];
@@ -161,7 +160,7 @@ int seeScore(const Position& pos, Move move, int threshold) {
     const int certain = captured - seeValueExact.of[typeOn(pos, fromOf(move))];
     if (certain >= threshold) return certain;
     if (captured < threshold) return captured;
-    return balanceOf(pos, move, seeValueExact, INT_MAX);
+    return balanceOf(pos, move, seeValueExact);
 }
 
 int seeThreat(const Position& pos, Move move) {
@@ -169,8 +168,7 @@ int seeThreat(const Position& pos, Move move) {
     const int captured = seeValueThreat.of[typeOn(pos, toOf(move))];
     const int mover = seeValueThreat.of[typeOn(pos, fromOf(move))];
     if (captured > mover) return captured - mover;
-    constexpr int Enough = 100;
-    return captured == 0 ? 0 : balanceOf(pos, move, seeValueThreat, Enough);
+    return captured == 0 ? 0 : balanceOf(pos, move, seeValueThreat);
 }
 
 bool seeFromSquareSafe(const Position& pos, Move move) {
