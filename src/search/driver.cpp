@@ -21,8 +21,7 @@
 
 namespace {
 
-constexpr int LastIteration = 1001;      // no search deepens farther, whatever its limit
-constexpr int RootExtensionCredit = -8;  // half plies
+constexpr int LastIteration = 1001;  // no search deepens farther, whatever its limit
 
 // What one search answers.
 struct Answer {

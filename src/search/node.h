@@ -10,6 +10,7 @@
 #include "endgame/tb_probe.h"
 #include "eval/evaluate.h"
 #include "search/limits.h"
+#include "search/search.h"
 #include "search/search_thread.h"
 #include "search/thread_pool.h"
 #include "search/time_manager.h"
@@ -17,9 +18,7 @@
 
 #include <algorithm>
 
-inline constexpr int OnePly = 2;  // half plies
-inline constexpr int RootExtensionCredit =
-    -8;  // where the running sum of a line's extensions starts, in half plies
+inline constexpr int OnePly = 2;                     // half plies
 inline constexpr int FirstFullDepth = 2;             // below it a node belongs to the quiescence search
 inline constexpr Move FirstUnderPromotion = 0x5000;  // clean moves from here up promote to less than a queen
 inline constexpr Move QuietFlagMask = 0x6000;        // set in castling, en passant and promotions

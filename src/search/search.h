@@ -5,6 +5,9 @@
 
 #include "board/position.h"
 
+// Half plies of extension that every line from the root has to its credit.
+inline constexpr int RootExtensionCredit = -8;
+
 // One `go`: prepares the tables, makes the root list, wakes the workers, deepens, and prints the answer.
 // `depthLimit` in plies, the times in seconds; `searchMoves` the listed moves, each followed by a blank;
 // `infinite` waits for a stop at the end.
