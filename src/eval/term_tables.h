@@ -103,7 +103,7 @@ inline constexpr Score PasserFile[8] = {pair(0, 60),  pair(0, 20),  pair(0, -20)
 constexpr std::array<std::uint8_t, 256> makePawnSpan() {
     std::array<std::uint8_t, 256> table{};
     for (unsigned files = 1; files < 256; ++files)
-        table[files] = std::uint8_t(std::bit_width(files) - std::countr_zero(files));
+        table[files] = std::uint8_t(int(std::bit_width(files)) - std::countr_zero(files));
     return table;
 }
 inline constexpr std::array<std::uint8_t, 256> PawnSpan = makePawnSpan();

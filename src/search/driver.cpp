@@ -198,15 +198,6 @@ void logEnd() {
                    Kinds[searchState.rootScoreKind]);
 }
 
-// While pondering, and in a search without end, the answer waits for the user.
-void waitForUser() {
-    while (!isMainStopped() && (searchControl.ponder || searchState.infinite)) {
-        if (searchHost.inputWaiting()) searchHost.processCommand();
-        if (searchControl.quitRequested) return;
-        if (!searchHost.inputWaiting()) searchHost.waitForInput();
-    }
-}
-
 void endSearch() {
     searchControl.searching = false;
     searchHost.searchOver();
@@ -243,6 +234,14 @@ void thinkWithTree(Position& root, double target) {
 }
 
 }  // namespace
+
+void waitForUser() {
+    while (!isMainStopped() && (searchControl.ponder || searchState.infinite)) {
+        if (searchHost.inputWaiting()) searchHost.processCommand();
+        if (searchControl.quitRequested) return;
+        if (!searchHost.inputWaiting()) searchHost.waitForInput();
+    }
+}
 
 void think(Position& root, int depthLimit, double targetSeconds, double maxSeconds, const char* searchMoves,
            int infinite) {

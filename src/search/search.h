@@ -14,6 +14,9 @@ inline constexpr int RootExtensionCredit = -8;
 void think(Position& root, int depthLimit, double targetSeconds, double maxSeconds, const char* searchMoves,
            int infinite);
 
+// While pondering, and in a search without end, waits for the user's word and runs commands meanwhile.
+void waitForUser();
+
 // One iteration with its aspiration windows, on any thread; `depth` in plies.
 void searchIteration(Position& pos, int depth);
 

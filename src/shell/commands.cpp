@@ -15,6 +15,7 @@
 #include "shell/main_loop.h"
 #include "shell/options.h"
 #include "shell/start_up.h"
+#include "tree/node_store.h"
 
 #include <cinttypes>
 #include <cstdlib>
@@ -44,6 +45,7 @@ void shutDown() {
     stopInputThread();
     ThreadPool::stopWorkers();
     transTable.free();
+    MctsTable::free();
     ThreadPool::resize(false);
     endProcess(0);
 }

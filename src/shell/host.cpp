@@ -5,6 +5,7 @@
 #include "shell/log.h"
 #include "shell/main_loop.h"
 #include "shell/reports.h"
+#include "shell/tree_reports.h"
 
 void installSearchHost() {
     searchHost.inputWaiting = isInputWaiting;
@@ -22,4 +23,5 @@ void installSearchHost() {
     searchHost.isLogging = isLogging;
     searchHost.searchOver = runHeldBackActions;
     searchHost.shutDown = shutDown;
+    installTreeReports();
 }

@@ -6,6 +6,7 @@
 #include "search/trans_table.h"
 #include "shell/log.h"
 #include "shell/options.h"
+#include "tree/node_store.h"
 
 #include <algorithm>
 
@@ -67,6 +68,9 @@ void onSyzygyProbeLimit(int men) {
 void onMctsHash(int megabytes) {
     constexpr int Most = 32768;
     settings.mctsHash = std::min(megabytes, Most);
-    if (megabytes >= 1)
+    if (megabytes < 1) return;
+    whenIdle([] {
+        MctsTable::allocate();
         sendLine("info string MCTS Hash table size is now %d meg\n", settings.mctsHash.load());
+    });
 }

@@ -42,7 +42,7 @@ TEST_F(Quiescence, SeesTheRecapture) {
 }
 
 TEST_F(Quiescence, CountsThePromotionThatComesNext) {
-    const std::string fen = "8/P6k/8/8/8/8/6p1/6K1 w - -";
+    const std::string fen = "6k1/P4ppp/8/8/8/8/1r3PPP/6K1 w - -";
     const Result result = search(fen);
     EXPECT_EQ(result.best, "a7a8q");
     EXPECT_GT(result.score, standOf(fen) + 150);

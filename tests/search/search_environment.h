@@ -32,6 +32,7 @@ inline void startSearchTables() {
         initEvalParameters();
         buildSearchTables();
         ThreadPool::threadCount = 1;
+        ThreadPool::tableMemoryInUse = 4;  // the caches are wiped before each test
         ThreadPool::resize(true);
         transTable.resize(16);
         return true;
@@ -71,6 +72,7 @@ class SearchTest : public ::testing::Test {
         transTable.clear();
         thread().resetHistory();
         thread().clearKillers();
+        thread().clearEvalCache();
         thread().nodes = 0;
         thread().stopFlag = 0;
     }

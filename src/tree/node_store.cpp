@@ -1,0 +1,49 @@
+#include "tree/node_store.h"
+
+#include "board/end_process.h"
+#include "board/settings.h"
+#include "search/thread_pool.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace MctsTable {
+
+MctsNode* nodes = nullptr;
+int capacity = 8388608;
+std::atomic<int> nodeCount = 0;
+
+void allocate() {
+    free();
+    const std::size_t megabytes = std::size_t(settings.mctsHash.load());
+    const std::size_t bytes = megabytes << 20;
+    // Zero pages come untouched from the system; the first search pays for those that it uses.
+    nodes = static_cast<MctsNode*>(std::calloc(1, bytes));
+    if (!nodes) {
+        std::fprintf(stderr, "Unable to allocate %zu bytes of memory for %s\n", bytes, "tree nodes");
+        endProcess(1);
+    }
+    capacity = int(megabytes << 14);
+}
+
+void free() {
+    std::free(nodes);
+    nodes = nullptr;
+}
+
+bool isNearlyFull() {
+    constexpr int MarginPerThread = 200;
+    return nodeCount.load(std::memory_order_relaxed) > capacity - MarginPerThread * threadCount;
+}
+
+}  // namespace MctsTable
+
+void MctsNode::beginChild(Move fromParent) {
+    busy.store(0, std::memory_order_relaxed);
+    move = fromParent;
+    visitWeight = 1.0;
+    visits.store(1, std::memory_order_relaxed);
+    firstChild.store(nullptr, std::memory_order_relaxed);
+    valueSum = 0.0;
+    nextSibling.store(nullptr, std::memory_order_relaxed);
+}

@@ -1,0 +1,253 @@
+#include "tree/playout.h"
+
+#include "board/attacks.h"
+#include "board/exchange.h"
+#include "board/legality.h"
+#include "board/make_move.h"
+#include "board/move_picker.h"
+#include "search/search_thread.h"
+#include "search/thread_pool.h"
+#include "search/time_manager.h"
+#include "tree/leaf_search.h"
+#include "tree/tree_values.h"
+
+#include <cmath>
+
+float mctsExplore = 0.4f;
+float mctsVirtualVisit = 0.2f;
+float mctsBusyPenalty = 0.3f;
+int mctsFirstBudget = 70000;
+int mctsSecondBudget = 140000;
+Relaxed<int> mctsSelDepth;
+Relaxed<bool> mctsPruned[MaxListMoves + 1];
+
+namespace {
+
+constexpr double DrawValue = 0.5;
+constexpr std::uint64_t LeafVisits = 3;  // visits after which a node is expanded
+constexpr PlayoutResult NothingCredited{};
+
+// Every thread leaves the tree on thread 0's flag.
+bool isSearchStopped() { return ThreadPool::threadRecords[0].stopFlag & 1; }
+
+bool isUnderPromotion(Move move) { return (move & FlagMask) > FirstPromotion; }
+
+// The value of a node without a legal move.
+double terminalValue(const Position& pos, int ply) {
+    return pos.inCheck ? scoreToValue(MateScore - ply) : DrawValue;
+}
+
+// A node that this thread may expand; the others see it busy.
+bool beginExpansion(MctsNode& node) {
+    std::uint8_t idle = 0;
+    return node.busy.compare_exchange_strong(idle, 1);
+}
+void endExpansion(MctsNode& node) { node.busy.store(0, std::memory_order_release); }
+
+// ---- Visits in flight ----
+
+// A line that a thread is walking looks worse to the others until its value is known.
+void beginDescent(MctsNode& child) { child.visitWeight.add(mctsVirtualVisit); }
+void cancelDescent(MctsNode& child) { child.visitWeight.add(-double(mctsVirtualVisit)); }
+void creditDescent(MctsNode& child, double value) {
+    child.valueSum.add(value);
+    child.visitWeight.add(-(double(mctsVirtualVisit) - 1.0));
+    child.visits.fetch_add(1);
+}
+
+// ---- Expansion ----
+
+struct Expansion {
+    int children = 0;
+    bool stopped = false;
+};
+
+// The first value of a new child, for the side that moves into it.
+float firstValue(const Position& pos, Position& child, Move move, int ply) {
+    return float(scoreToValue(mctsShallowValue(child, ply, seeLosing(pos, move))));
+}
+
+// Makes a node for every legal move, each with the value of a shallow search. The node is held busy. A stop,
+// or a full store, leaves the children made so far; nobody descends into them any more.
+Expansion expand(MctsNode& node, Position& pos, int ply) {
+    constexpr int PickerDepth = 100;
+    MovePicker picker;
+    picker.start(pos, pos.inCheck ? KindEvasions : KindFull, PickerDepth, NoMove);
+    Expansion result;
+    std::atomic<MctsNode*>* link = &node.firstChild;
+    double total = 0.0;
+    Position child;
+    while (const Move move = nextMove(&picker)) {
+        if (!makeMove(&pos, &child, move)) continue;
+        const bool drawn = isTreeDraw(pos, child, ply);
+        const int index = MctsTable::nodeCount.fetch_add(1) + 1;
+        if (index >= MctsTable::capacity) {
+            result.stopped = true;
+            return result;
+        }
+        MctsNode& made = MctsTable::nodes[index];
+        made.beginChild(move);
+        link->store(&made, std::memory_order_release);
+        link = &made.nextSibling;
+        float value = float(DrawValue);
+        if (!drawn) {
+            value = firstValue(pos, child, move, ply);
+            if (isSearchStopped()) {
+                result.stopped = true;
+                return result;
+            }
+        }
+        ++result.children;
+        made.valueSum = double(value);
+        made.prior = value * value;
+        total += double(made.prior.load());
+    }
+    // The squared first values are the whole policy: a move that looks winning draws nearly all of the
+    // exploration.
+    if (total > 0.0)
+        for (MctsNode* made = node.child(); made; made = made->sibling())
+            made->prior = float(double(made->prior.load()) / total);
+    return result;
+}
+
+// ---- Selection ----
+
+struct Selection {
+    MctsNode* child = nullptr;
+    int number = 1;  // running, from 1; shrinks the budgets of later siblings
+};
+
+bool isPruned(int number) { return number <= MaxListMoves && mctsPruned[number]; }
+
+// Whether a move is tried sooner than its visits say: a capture among the first children, or any check.
+bool hasBonus(const Position& pos, Move move, int number) {
+    constexpr int LastFavoured = 5;
+    if (number <= LastFavoured && !pos.inCheck && pos.board[toOf(move)] != NoPiece) return true;
+    return givesCheckQuick(pos, move);
+}
+
+Selection selectChild(const MctsNode& node, const Position& pos, int ply) {
+    constexpr double UnderPromotionPenalty = -0.1;
+    const double spread = std::sqrt(double(node.visitCount() + 1));
+    Selection selection;
+    double best = -1.0;
+    int number = 0;
+    for (MctsNode* child = node.child(); child; child = child->sibling()) {
+        const Move move = child->move;
+        double mean = 0.0, divisor = 1.0;
+        const auto measure = [&] {
+            const double weight = child->visitWeight;
+            mean = child->valueSum / weight;
+            divisor = weight + 1.0;
+            if (ply > 0 && child->visitCount() == 1) divisor += 1.0;
+            if (hasBonus(pos, move, number)) divisor -= 1.0;
+            if (child->isBusy()) mean -= double(mctsBusyPenalty);
+        };
+        measure();
+        // Intended: the flag makes the running number move on and measures the same child again. It shifts
+        // the budget of later children and removes none from the comparison.
+        while (ply == 0 && isPruned(number)) {
+            ++number;
+            measure();
+        }
+        ++number;
+        double score = mean + (double(mctsExplore) * spread * double(child->prior.load())) / divisor;
+        if (isUnderPromotion(move)) score += UnderPromotionPenalty;
+        if (score > best) {
+            best = score;
+            selection = {child, number};
+        }
+    }
+    return selection;
+}
+
+// ---- Leaf and descent ----
+
+// Gives a child its second or third value. False if the child is past that, and must be descended into.
+bool visitLeaf(const Position& pos, const Selection& selection, int ply, PlayoutResult& result) {
+    MctsNode& child = *selection.child;
+    if (child.move == NoMove) return false;
+    Position made;
+    if (!makeMove(&pos, &made, child.move)) return false;
+    if (isTreeDraw(pos, made, ply)) {
+        // Intended: the visits stay, so that the node is met again in the same state.
+        child.valueSum = double(child.visitCount()) * DrawValue;
+        result = {DrawValue, true};
+        return true;
+    }
+    const std::uint64_t visitsBefore = child.visits.fetch_add(1);
+    float value;
+    if (visitsBefore == 1 || visitsBefore == 2) {
+        child.visitWeight.add(1.0);
+        const int budget = visitsBefore == 1 ? mctsFirstBudget : mctsSecondBudget;
+        value = float(scoreToValue(leafBudgetSearch(made, ply, selection.number, budget)));
+    } else if (visitsBefore == LeafVisits && !child.child() && !child.isBusy()) {
+        // Another thread has been here in between. Intended: it is the parent whose check is looked at.
+        child.visitWeight.add(1.0);
+        value = float(terminalValue(pos, ply));
+    } else {
+        child.visits.fetch_sub(1);
+        return false;
+    }
+    // The deeper result replaces all that was known of the node.
+    child.valueSum = double(float(child.visitCount()) * value);
+    result = {1.0 - double(value), true};
+    return true;
+}
+
+PlayoutResult descend(const Position& pos, MctsNode& child, int ply) {
+    Position made;
+    if (!makeMove(&pos, &made, child.move)) return NothingCredited;
+    beginDescent(child);
+    const PlayoutResult below =
+        isTreeDraw(pos, made, ply) ? PlayoutResult{DrawValue, true} : mctsPlayout(&child, made, ply + 1);
+    if (isSearchStopped() || !below.credited) {
+        cancelDescent(child);
+        return NothingCredited;
+    }
+    creditDescent(child, below.value);
+    return {1.0 - below.value, true};
+}
+
+// Another thread is giving this child its children.
+void waitWhileBusy(const MctsNode& child, const Position& pos) {
+    while (child.isBusy() && !isSearchStopped()) {
+        if (pos.threadIndex == 0) periodicCheck();
+        __builtin_ia32_pause();
+    }
+}
+
+}  // namespace
+
+bool isTreeDraw(const Position& pos, Position& child, int ply) {
+    child.inCheck = isInCheck(child);
+    const int clock = child.halfmoveClock;
+    if (clock > 99) return drawnByClock(child);
+    return ply > 1 ? repeatedOnce(&pos, child.key, clock) : repeatedTwice(&pos, child.key, clock);
+}
+
+PlayoutResult mctsPlayout(MctsNode* node, Position& pos, int ply) {
+    if (ply > mctsSelDepth) mctsSelDepth = ply;
+    if (!beginExpansion(*node)) return NothingCredited;
+    bool justExpanded = false;
+    if (!node->child() && node->visitCount() >= LeafVisits) {
+        const Expansion expansion = expand(*node, pos, ply);
+        if (expansion.stopped || expansion.children == 0) {
+            endExpansion(*node);
+            if (expansion.stopped) return NothingCredited;
+            return {terminalValue(pos, ply), true};
+        }
+        justExpanded = true;
+    }
+    endExpansion(*node);
+
+    const Selection selection = selectChild(*node, pos, ply);
+    if (!selection.child) return {node->mean(), true};
+    waitWhileBusy(*selection.child, pos);
+    const std::uint64_t visits = selection.child->visitCount();
+    if (visits == 1 || visits == 2 || justExpanded) {
+        PlayoutResult result;
+        if (visitLeaf(pos, selection, ply, result)) return result;
+    }
+    return descend(pos, *selection.child, ply);
+}

@@ -1,0 +1,15 @@
+// The tree's 0 to 1 scale, where 1 is a win for the side that moved into a node, and its two bridges to
+// centipawns.
+#pragma once
+
+#include <cmath>
+
+// Intended: a short literal and not pi itself; it is part of every value.
+inline constexpr double TreePi = 3.14159;
+inline constexpr double TreeScoreScale =
+    90.0;  // centipawns at which a value is three quarters of the way to a win
+
+inline double scoreToValue(int score) { return std::atan(score / TreeScoreScale) / TreePi + 0.5; }
+
+// Truncates, so that a score does not always come back whole.
+inline int valueToScore(double value) { return int(std::tan((value - 0.5) * TreePi) * TreeScoreScale); }
