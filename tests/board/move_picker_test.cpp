@@ -59,11 +59,11 @@ static std::vector<std::uint32_t> stagesOf(const std::vector<Picked>& picked) {
     return stages;
 }
 
-// Random histories, so that orders come from keys and ties still happen.
+// Random histories, so that orders come from keys and ties still happen, also ties by rounding alone.
 class Picker : public ::testing::Test {
    protected:
     Picker() {
-        const auto level = [&] { return 4000 + 2000 * int(random() % 5); };
+        const auto level = [&] { return 4000 + 2000 * int(random() % 3) + 4 * int(random() % 3); };
         for (auto& mover : boardArrays.captureHistory)
             for (auto& target : mover)
                 for (std::int32_t& counter : target) counter = level();
@@ -175,6 +175,28 @@ TEST_F(Picker, OrdersAndPutsOff) {
     EXPECT_GT(losingQuiets, 1000);
 }
 
+TEST_F(Picker, OrdersChecksByHistory) {
+    int checks = 0;
+    int losing = 0;
+    walkRandomGames(6, 120, [&](const Position& pos) {
+        std::vector<Move> words = generated([&](Move* list) { return genQuietChecks(pos, list); });
+        for (Move& word : words) word |= Move(quietStat(pos, word) / 4) << 16;
+        std::vector<Move> expected = inOrder(words);
+        checks += int(expected.size());
+        losing += int(std::erase_if(expected, [&](Move move) { return seeLosing(pos, move); }));
+        for (const int depth : {6, 7})
+            ASSERT_EQ(movesOf(pick(pos, {.kind = 2, .depth = depth}), StageQuietChecks), expected);
+        const auto quiescence = pickQuiescence(pos, {.kind = KindQuiescenceChecks, .depth = 0});
+        ASSERT_EQ(movesOf(quiescence, StageQuiescenceChecks), expected);
+        // Those of the queen come as they are generated, losing ones too.
+        const auto queen = generated([&](Move* list) { return genQueenChecks(pos, list); });
+        const auto queenOnly = pickQuiescence(pos, {.kind = KindQuiescenceQueenChecks, .depth = 0});
+        ASSERT_EQ(movesOf(queenOnly, StageQueenChecks), queen);
+    });
+    EXPECT_GT(checks, 2000);
+    EXPECT_GT(losing, 500);
+}
+
 TEST_F(Picker, OrdersEvasionsByKind) {
     int promotions = 0;
     const auto judge = [&](const Position& pos) {
@@ -206,8 +228,8 @@ TEST_F(Picker, OrdersEvasionsByKind) {
 }
 
 // A white queen that may take a defended pawn or a free knight, or give check on three squares, one of them
-// attacked; and a pawn near promotion.
-static const char* const RichFen = "4k3/3p4/P1p2p2/8/3Q3n/8/8/R3K3 w - -";
+// attacked; two pawns near promotion, one of which would be lost by its step.
+static const char* const RichFen = "4k3/3p3p/P1p2p2/6P1/3Q3n/8/8/R3K3 w - -";
 
 struct StageRow {
     const char* name;
