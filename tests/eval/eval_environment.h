@@ -1,0 +1,78 @@
+// What tests of the evaluation stand on: every table filled once in start-up's order, and small caches of
+// their own.
+#pragma once
+
+#include "board/fen.h"
+#include "board/thread_hooks.h"
+#include "eval/caches.h"
+#include "eval/evaluate.h"
+#include "eval/king_pawn_bitbase.h"
+#include "eval/material.h"
+#include "eval/parameters.h"
+#include "support/board_environment.h"
+
+#include <cstring>
+
+class EvalTest : public ::testing::Test {
+   protected:
+    EvalTest() {
+        static const bool started = [] {
+            initKingPawnBitbase();
+            initMaterialTable();
+            return true;
+        }();
+        (void)started;
+        settings.threads = 1;
+        contemptPair[White] = contemptPair[Black] = Score{};
+        contemptValue[White] = contemptValue[Black] = 0;
+        evalNoise = 0;
+        kingSafetyJitter = 0;
+        treeSearchActive = false;
+        initEvalParameters();
+        prefetchBases.evalMask = Entries - 1;
+        prefetchBases.pawnMask = Entries - 1;
+        forgetCaches();
+    }
+
+    static void forgetCaches() {
+        std::memset(static_cast<void*>(caches.eval), 0, sizeof caches.eval);
+        std::memset(static_cast<void*>(caches.pawn), 0, sizeof caches.pawn);
+        std::memset(static_cast<void*>(caches.mat), 0, sizeof caches.mat);
+    }
+
+    // A root with the test's caches.
+    static Position rootOf(const std::string& fen) { return withCaches(positionOf(fen)); }
+    static Position withCaches(Position pos) {
+        pos.evalCache = caches.eval;
+        pos.pawnHash = caches.pawn;
+        pos.matHash = caches.mat;
+        pos.psqPair = computePsqPair(pos);
+        pos.phase = std::uint16_t(computePhase(pos));
+        pos.psqBlend = 0;
+        return pos;
+    }
+    static int scoreOf(Position pos) { return evaluate(pos, -OpenEvalBound, OpenEvalBound); }
+    static int scoreOf(const std::string& fen) {
+        forgetCaches();
+        return scoreOf(rootOf(fen));
+    }
+    // Material in blended units, and its scale.
+    static int materialOf(const std::string& fen, float* scale = nullptr) {
+        forgetCaches();
+        float found = 0;
+        const int material = evaluateMaterial(rootOf(fen), found);
+        if (scale) *scale = found;
+        return material;
+    }
+
+    static constexpr std::size_t Entries = 1024;
+    struct Caches {
+        EvalCacheEntry eval[Entries];
+        PawnEntry pawn[Entries];
+        MatCacheEntry mat[MatCacheEntries];
+    };
+    static inline Caches caches;
+
+   private:
+    SettingsGuard settingsGuard;
+};

@@ -1,0 +1,159 @@
+// Parameter tables and material against numbers worked out by hand.
+#include "board/zobrist.h"
+#include "eval/eval_environment.h"
+#include "eval/material_patterns.h"
+#include "eval/term_tables.h"
+
+#include <set>
+
+using Tables = EvalTest;
+
+static std::vector<int> endgameLane(const Score (&row)[9]) {
+    std::vector<int> lane;
+    for (const Score value : row) lane.push_back(egOf(value));
+    return lane;
+}
+
+TEST_F(Tables, DistancesFollowTheirRule) {
+    using Row = std::vector<int>;
+    EXPECT_EQ(endgameLane(PasserOwnKing[2]), (Row{390, 270, 157, 64, 18, -23, -55, -86, -87}));
+    EXPECT_EQ(endgameLane(PasserOwnKing[3]), (Row{390, 270, 109, -49, -127, -191, -226, -259, -263}));
+    EXPECT_EQ(endgameLane(PasserOwnKing[5]), (Row{390, 270, -60, -445, -637, -779, -826, -867, -878}));
+    EXPECT_EQ(endgameLane(PasserEnemyKing[2]), (Row{-390, -270, -118, 25, 97, 156, 190, 223, 226}));
+    EXPECT_EQ(endgameLane(PasserEnemyKing[5]), (Row{-390, -270, 439, 1334, 1782, 2100, 2173, 2232, 2261}));
+    EXPECT_EQ(endgameLane(CandidateOwnKing[5]), (Row{253, 175, -39, -289, -414, -506, -536, -563, -570}));
+    EXPECT_EQ(endgameLane(PawnEndOwnKing[6]), (Row{0, 0, -154, -363, -467, -539, -550, -557, -564}));
+    EXPECT_EQ(endgameLane(PawnEndEnemyKing[6]), (Row{0, 0, 194, 455, 585, 675, 689, 698, 707}));
+}
+
+TEST_F(Tables, PieceSquaresAreMirroredAndBalanced) {
+    struct Row {
+        int type, square, mg, eg;
+    };
+    for (const Row& row :
+         {Row{Pawn, A2, -116, -3}, Row{Pawn, E2, 48, -21}, Row{Pawn, E4, 96, -10}, Row{Pawn, D7, 160, 3},
+          Row{Pawn, H7, -88, 21}, Row{Knight, A1, -330, -150}, Row{Knight, A8, -1210, -400},
+          Row{Rook, D7, 91, 32}, Row{Queen, D4, 45, 81}, Row{King, G1, 0, -880}, Row{King, E1, -400, -704}}) {
+        const Score value = PieceSquare[boardCode(White, row.type)][row.square];
+        EXPECT_EQ(mgOf(value), row.mg);
+        EXPECT_EQ(egOf(value), row.eg);
+        EXPECT_EQ(PieceSquare[boardCode(Black, row.type)][row.square ^ 56], -value);
+    }
+    EXPECT_EQ(computePsqPair(rootOf("")), Score{});
+    EXPECT_EQ(PieceSquare[boardCode(White, Pawn)][E8], Score{});
+}
+
+TEST_F(Tables, ScalesAndPricesFollowThePhase) {
+    EXPECT_FLOAT_EQ(MaterialPhaseScale[24], 1.0f);
+    EXPECT_FLOAT_EQ(MaterialPhaseScale[96], 1.15f);
+    const int late[7] = {75, 180, 465, 541, 636, 1425, 10000};
+    const int early[7] = {75, 178, 552, 621, 770, 1644, 10000};
+    for (int type = 0; type < 7; ++type) {
+        EXPECT_EQ(PhasePieceValue[0][type], late[type]);
+        EXPECT_EQ(PhasePieceValue[96][type], early[type]);
+    }
+}
+
+TEST_F(Tables, StyleFollowsOptionsAndThreads) {
+    struct Row {
+        int threads, mg, eg;
+    };
+    for (const Row& row : {Row{1, 160, 185}, Row{2, 166, 192}, Row{4, 172, 199}, Row{8, 179, 207}}) {
+        settings.threads = row.threads;
+        initEvalParameters();
+        EXPECT_EQ(dynamismMg, row.mg);
+        EXPECT_EQ(dynamismEg, row.eg);
+    }
+    EXPECT_EQ(KingDanger[0], Score{});
+    EXPECT_EQ(mgOf(KingDanger[20]), 72 * 248 / 10);
+    EXPECT_EQ(mgOf(KingDanger[128]), 72 * 1476 / 10);
+    EXPECT_EQ(KingDanger[255], KingDanger[128]);
+    EXPECT_EQ(egOf(KingDanger[50]), 0);
+    kingSafetyJitter = 20;
+    std::set<std::uint64_t> seen;
+    for (int i = 0; i < 40; ++i) {
+        buildKingSafetyTable(72);
+        seen.insert(KingDanger[60].word);
+        EXPECT_NEAR(mgOf(KingDanger[60]), 72 * 1111 / 10, 19 * 1111 / 10 + 1);
+    }
+    EXPECT_GT(seen.size(), 5u);
+}
+
+TEST_F(Tables, SpansCountFiles) {
+    EXPECT_EQ(PawnSpan[0], 0);
+    EXPECT_EQ(PawnSpan[8], 1);
+    EXPECT_EQ(PawnSpan[0x81], 8);
+    EXPECT_EQ(PawnSpan[0x14], 3);
+}
+
+// ---- Material ----
+
+TEST_F(Tables, KnownSetsHaveKeysAndSlotsOfTheirOwn) {
+    std::set<Key> keys, slots;
+    for (const MaterialRow& row : materialRows) {
+        for (const bool swapped : {false, true}) {
+            Key key = 0;
+            for (const char* letter = row.pattern; *letter; ++letter) {
+                static const std::string Letters = "PNBRQpnbrq";
+                const char plain = *letter == 'C' ? 'B' : *letter == 'c' ? 'b' : *letter;
+                const std::size_t at = Letters.find(plain);
+                if (at == std::string::npos) continue;
+                const int colour = int(at / 5) ^ (swapped ? 1 : 0);
+                key += matValue[colour][at % 5 + 1][*letter == 'C' || *letter == 'c'];
+            }
+            keys.insert(key);
+            slots.insert(key & 0xffff);
+        }
+    }
+    EXPECT_EQ(keys.size(), 244u);
+    EXPECT_EQ(slots.size(), 244u);
+}
+
+TEST_F(Tables, KnownSetsSpeakForBothColours) {
+    float scale = 0;
+    EXPECT_EQ(materialOf("4k3/8/8/8/8/8/8/R3K3 w - -", &scale), 7000 * 96);
+    EXPECT_EQ(scale, 1.0f);
+    EXPECT_EQ(materialOf("r3k3/8/8/8/8/8/8/4K3 w - -"), -7000 * 96);
+    EXPECT_EQ(materialOf("r3k3/8/8/8/8/8/8/R3K3 w - -", &scale), 0);
+    EXPECT_EQ(scale, 0.05f);
+    EXPECT_EQ(materialOf("3bk3/8/8/8/8/8/8/2B1K3 w - -", &scale), 0);
+    EXPECT_EQ(scale, 0.0f);
+    // A bishop stays on its square colour when colours are exchanged: with two dark bishops too.
+    EXPECT_EQ(materialOf("4k3/8/8/8/8/8/8/2B1K1N1 w - -", &scale),
+              -materialOf("2b1k1n1/8/8/8/8/8/8/4K3 w - -"));
+    EXPECT_EQ(scale, 0.0f);
+    EXPECT_GT(materialOf("4k3/8/8/8/8/8/8/2B1KB2 w - -"), 5000 * 96);
+}
+
+TEST_F(Tables, FormulaGivesTheNumbersOfItsRule) {
+    float scale = 0;
+    EXPECT_EQ(materialOf("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -"), 0);
+    EXPECT_EQ(materialOf("r1bqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -", &scale), 403356);
+    EXPECT_FLOAT_EQ(scale, 1.14375f);
+    EXPECT_EQ(materialOf("4k3/p7/8/8/8/8/PP6/4K3 w - -", &scale), 149760);
+    EXPECT_FLOAT_EQ(scale, 1.3f);
+    EXPECT_EQ(materialOf("4k3/pp6/8/8/8/8/P7/4K3 w - -"), -149760);
+}
+
+TEST_F(Tables, DrawishSetsScaleThePosition) {
+    float scale = 0;
+    // Opposite bishops alone, and with more pieces.
+    materialOf("2b1k3/ppp5/8/8/8/8/PPPP4/2B1K3 w - -", &scale);
+    EXPECT_FLOAT_EQ(scale, 0.64f * 0.82f);
+    const int opposite = materialOf("2b1k2r/ppp5/8/8/8/8/PPPP4/2B1K2R w - -");
+    const int equal = materialOf("1b2k2r/ppp5/8/8/8/8/PPPP4/2B1K2R w - -");
+    EXPECT_LT(opposite, equal * 92 / 100);
+    // Queens alone.
+    materialOf("3qk3/ppp5/8/8/8/8/PPPP4/3QK3 w - -", &scale);
+    EXPECT_FLOAT_EQ(scale, float(0.95 + 36 / 480.0) * 0.9f * 0.82f);
+    // No pawn left for the better side, and hardly a piece more.
+    materialOf("4k3/p7/2n5/8/8/8/8/4KR2 w - -", &scale);
+    EXPECT_LT(scale, 0.4f);
+}
+
+// Intended: a lone black bishop, with no white knight about, is worth thirty to White.
+TEST_F(Tables, SingleBishopsFavourWhite) {
+    const int white = materialOf("4k2r/pppp4/8/8/8/8/PPPP4/2B1K2R w - -");
+    const int black = -materialOf("2b1k2r/pppp4/8/8/8/8/PPPP4/4K2R w - -");
+    EXPECT_GT(white, black);
+}
