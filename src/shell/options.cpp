@@ -55,6 +55,8 @@ template <class... Visitors>
 struct Overloaded : Visitors... {
     using Visitors::operator()...;
 };
+template <class... Visitors>
+Overloaded(Visitors...) -> Overloaded<Visitors...>;
 
 const char* truthText(bool value) { return value ? "true" : "false"; }
 
