@@ -265,6 +265,10 @@ static const EvasionRow EvasionRows[] = {
      "7k/8/8/2PpP3/4K3/8/8/8 w - d6",
      {makeWord(C5, D6, EnPassant), makeWord(E5, D6, EnPassant), makeWord(E4, D3), makeWord(E4, E3),
       makeWord(E4, F3), makeWord(E4, D4), makeWord(E4, F4), makeWord(E4, D5), makeWord(E4, F5)}},
+    // No game gets here: the double step can't have opened the line that the capture closes.
+    {"TakingInPassingComesBetween",
+     "1b5k/8/8/2Pp4/8/8/7K/8 w - d6",
+     {makeWord(C5, D6, EnPassant), makeWord(H2, G1), makeWord(H2, H1), makeWord(H2, G2), makeWord(H2, H3)}},
     {"NoStepBackAlongTheLine", "7k/8/8/8/8/8/4q3/rK6 w - -", {makeWord(B1, A1)}},
 };
 INSTANTIATE_TEST_SUITE_P(Generators, Evasions, ::testing::ValuesIn(EvasionRows),
@@ -297,6 +301,28 @@ TEST(MoveKeys, OfCapturesGoByVictimAndLearning) {
     ASSERT_EQ(taken.size(), 3u);
     EXPECT_EQ(taken[0], withKey(makeWord(B2, C1, QueenPromotion), learnt[9][C1][3] + 2340 + 7439));
     EXPECT_EQ(taken.back(), withKey(makeWord(C3, C1), learnt[12][C1][3] + 2340));
+}
+
+TEST(MoveKeys, OfCapturesInGames) {
+    fillCounters();
+    constexpr int Values[] = {0, 600, 2210, 2340, 3900, 7439, 9939};
+    int victims[7] = {};
+    int knightPromotions = 0;
+    walkRandomGames(2, 120, [&](const Position& pos) {
+        for (const Move move : listOf([&](Move* list) { return genCaptures(pos, list); })) {
+            const int victim = pos.board[toOf(move)];
+            int key = boardArrays.captureHistory[pos.board[fromOf(move)]][toOf(move)][victim];
+            key += Values[victim & 7];
+            if (flagOf(move) == EnPassant) key += Values[Pawn];
+            if (flagOf(move) == QueenPromotion) key += Values[Queen];
+            if (flagOf(move) == KnightPromotion) key += Values[Knight];
+            knightPromotions += flagOf(move) == KnightPromotion;
+            ++victims[victim & 7];
+            ASSERT_EQ(sortKeyOf(move) >> 16, key) << std::hex << move;
+        }
+    });
+    for (const PieceType type : {Pawn, Knight, Bishop, Rook, Queen}) EXPECT_GT(victims[type], 100);
+    EXPECT_GT(knightPromotions, 0);
 }
 
 TEST(MoveKeys, OfQuietMovesAreAQuarterOfTheirHistory) {

@@ -3,6 +3,7 @@
 
 #include "board/move_text.h"
 #include "support/board_environment.h"
+#include "support/slow_chess.h"
 
 #include <cstdio>
 #include <fstream>
@@ -71,6 +72,7 @@ class SlowPerft : public ::testing::TestWithParam<PerftRow> {};
 
 constexpr std::uint64_t QuickLeaves = 100'000;
 constexpr std::uint64_t SlowLeaves = 20'000'000;
+constexpr std::uint64_t PlainLeaves = 10'000;
 
 TEST_P(Perft, CountsTheLine) { checkRow(GetParam()); }
 TEST_P(SlowPerft, CountsTheLine) { checkRow(GetParam()); }
@@ -81,6 +83,16 @@ INSTANTIATE_TEST_SUITE_P(Collections, SlowPerft, ::testing::ValuesIn(perftRows(Q
                          nameOf);
 
 TEST(PerftRows, AreRead) { EXPECT_EQ(perftRows(1, QuickLeaves).size(), 84u); }
+
+// Other tests judge the generators by the plain rules, which are judged here. They read the record of a root
+// and then play on by themselves, so they also keep rights and en passant without make.
+TEST(PlainRules, CountTheLinesToo) {
+    for (const PerftRow& row : perftRows(1, PlainLeaves)) {
+        const SettingsGuard guard;
+        settings.chess960 = row.chess960;
+        EXPECT_EQ(slowPerft(slowBoardOf(positionOf(row.fen)), row.depth), row.leaves) << row.fen;
+    }
+}
 
 TEST(PerftCommand, CountsOnePlyForAnyDepthBelowTwo) {
     const Position start = positionOf("");
