@@ -175,7 +175,7 @@ TEST_F(NodeSearch, AMateShowsItsWholeLine) {
 }
 
 TEST_F(NodeSearch, PruningOptionsSaveNodes) {
-    const auto nodesFor = [this](bool lmr, bool nullMove) {
+    const auto nodesFor = [](bool lmr, bool nullMove) {
         forgetEverything();
         searchState.useLmr = lmr;
         searchState.nullMovePruning = nullMove;

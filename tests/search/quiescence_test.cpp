@@ -99,7 +99,7 @@ TEST_F(Quiescence, AHopelessScoreReturnsTheBoundItself) {
 
 // A pawn's price can't reach the window, but the opponent's last pawn is worth the try.
 TEST_F(Quiescence, NeverPassesOverTheLastPawn) {
-    const auto triesFor = [this](const std::string& fen) {
+    const auto triesFor = [](const std::string& fen) {
         forgetEverything();
         const int alpha = standOf(fen) + 500;
         search(fen, -2, alpha, alpha + 1);
