@@ -37,16 +37,15 @@ const std::vector<Step>& stepsOf(char kind) {
 }
 bool slides(char kind) { return kind == 'b' || kind == 'r' || kind == 'q'; }
 
-// Every square that a piece other than a pawn reaches, whatever stands there.
-std::vector<int> reachOf(const SlowBoard& board, int from, char kind) {
-    std::vector<int> reach;
+// Visits every square that a piece other than a pawn reaches, whatever stands there.
+template <class Visit>
+void forEachReached(const SlowBoard& board, int from, char kind, Visit visit) {
     for (const Step step : stepsOf(kind)) {
         for (int to = stepped(from, step); to >= 0; to = stepped(to, step)) {
-            reach.push_back(to);
+            visit(to);
             if (!slides(kind) || !isEmpty(board.at[to])) break;
         }
     }
-    return reach;
 }
 
 int kingOf(const SlowBoard& board, bool white) {
@@ -119,14 +118,15 @@ SlowBoard slowBoardOf(const Position& pos) {
 }
 
 bool slowIsAttacked(const SlowBoard& board, int square, bool byWhite) {
+    bool attacked = false;
     for (const char kind : {'n', 'b', 'r', 'q', 'k'})
-        for (const int from : reachOf(board, square, kind))
-            if (board.at[from] == letterOf(kind, byWhite)) return true;
+        forEachReached(board, square, kind,
+                       [&](int from) { attacked = attacked || board.at[from] == letterOf(kind, byWhite); });
     for (const int side : {-1, 1}) {
         const int from = stepped(square, {side, byWhite ? -1 : 1});
-        if (from >= 0 && board.at[from] == letterOf('p', byWhite)) return true;
+        attacked = attacked || (from >= 0 && board.at[from] == letterOf('p', byWhite));
     }
-    return false;
+    return attacked;
 }
 
 bool slowInCheck(const SlowBoard& board, bool white) {
@@ -167,8 +167,9 @@ std::vector<SlowMove> slowMoves(const SlowBoard& board) {
         if (kind == 'p') {
             addPawnMoves(board, from, moves);
         } else {
-            for (const int to : reachOf(board, from, kind))
+            forEachReached(board, from, kind, [&](int to) {
                 if (!isOf(board.at[to], white)) moves.push_back({from, to});
+            });
         }
     }
     addCastling(board, moves);
