@@ -16,8 +16,10 @@ class TreeSearch : public ::testing::TestWithParam<int> {
 
 TEST_P(TreeSearch, FindsMatesAndReportsInItsOwnForm) {
     engine.send("position fen r1b1kb1r/pppp1ppp/5q2/4n3/3KP3/2N3PN/PPP4P/R1BQ1B1R b kq - 0 1");
-    engine.send("go movetime 2600");
-    engine.expect("info depth \\d+ seldepth \\d+ time \\d+ score cp -?\\d+ nodes \\d+ nps -?\\d+ pv( \\S+)+");
+    engine.send("go infinite");
+    engine.expect(
+        "info depth \\d+ seldepth \\d+ time \\d+ score cp -?\\d+ nodes \\d+ nps -?\\d+ pv f8c5( \\S+)+", 100);
+    engine.send("stop");
     engine.expect("info nodes \\d+");
     const std::string last = engine.expect(
         "info depth \\d+ seldepth \\d+ time \\d+ nodes \\d+ nps -?\\d+ score cp \\d+ tbhits 0 hashfull \\d+ "
