@@ -47,8 +47,7 @@ int shelterValue(const Position& pos, int kingSquare, bool ahead) {
     const Bitboard storming = enemies & files & ~pawnPushes<us>(bit(kingSquare));
     forEachSquare(storming, [&](int square) {
         const int rank = relativeRank(them, square);
-        const Bitboard rankBelow = rankMask(rankOf(square) - pawnStep(us) / 8);
-        const Bitboard below = relativeRank(us, square) == 0 ? 0 : fillAhead<them>(rankBelow);
+        const Bitboard below = fillAhead<them>(pawnPushes<them>(rankMask(rankOf(square))));
         if (!(own & below))
             value += StormOpen[rank];
         else if (own & pawnPushes<them>(bit(square)))

@@ -1,4 +1,4 @@
-// The frame of the evaluation: caches, early exits, the clock, noise, and symmetry.
+// The frame of the evaluation: caches, the clock, symmetry, and the options that reach the score.
 #include "eval/eval_environment.h"
 
 #include <algorithm>
@@ -29,27 +29,6 @@ TEST_F(Frame, BareKingsAreWorthTheContemptAlone) {
     EXPECT_EQ(scoreOf("4k3/8/8/8/8/8/8/4K3 b - -"), -4);
 }
 
-TEST_F(Frame, AFarEstimateLeavesEarlyAndStaysOutOfTheCache) {
-    Position pos = rootOf(Middlegame);
-    const int exact = scoreOf(pos);
-    forgetCaches();
-    pos.psqBlend = 96000;  // an advantage of a hundred centipawns for White on the line so far
-    const int estimate = evaluate(pos, -10, 10);
-    EXPECT_GT(estimate, 10);
-    EXPECT_NE(estimate, exact);
-    EXPECT_EQ(caches.eval[pos.key & (Entries - 1)].key, 0u);
-    EXPECT_EQ(evaluate(pos, -1000, 1000), exact) << "inside the window the score is exact";
-    forgetCaches();
-    // A pawn on its seventh rank, and a phase of six or less, forbid estimates.
-    Position seventh = rootOf("r1bq1rk1/pP2bppp/2n1pn2/3p4/8/1P3NP1/PB1PPPBP/RN1Q1RK1 w - -");
-    seventh.psqBlend = 960000;
-    EXPECT_EQ(evaluate(seventh, -10, 10), scoreOf(seventh));
-    Position late = rootOf("4k3/pppp4/2n5/8/8/2N5/PPPP4/4K3 w - -");
-    late.psqBlend = 960000;
-    EXPECT_EQ(late.phase, 6);
-    EXPECT_EQ(evaluate(late, -10, 10), scoreOf(late));
-}
-
 TEST_F(Frame, ScoresShrinkWithTheClockAlsoFromTheCache) {
     Position pos = rootOf("4k3/pp6/8/8/8/8/PP3PPP/R3K3 w - -");
     const int full = scoreOf(pos);
@@ -61,21 +40,6 @@ TEST_F(Frame, ScoresShrinkWithTheClockAlsoFromTheCache) {
     settings.progressThreshold = 99;
     pos.halfmoveClock = 60;
     EXPECT_EQ(scoreOf(pos), full);
-}
-
-TEST_F(Frame, NoiseIsKeyedAndBounded) {
-    const int plain = scoreOf(Middlegame);
-    noiseKey = 0x123456789abcdefULL;
-    evalNoise = 200;
-    const int noisy = scoreOf(Middlegame);
-    EXPECT_EQ(scoreOf(Middlegame), noisy);
-    EXPECT_LE(std::abs(noisy - plain), 110);
-    int different = 0;
-    for (int i = 0; i < 8; ++i) {
-        noiseKey = noiseKey * 77 + 5;
-        different += scoreOf(Middlegame) != noisy;
-    }
-    EXPECT_GT(different, 4);
 }
 
 // The same position with colours exchanged.

@@ -4,6 +4,7 @@
 #include "eval/material_patterns.h"
 #include "eval/term_tables.h"
 
+#include <cmath>
 #include <set>
 
 using Tables = EvalTest;
@@ -41,6 +42,34 @@ TEST_F(Tables, PieceSquaresAreMirroredAndBalanced) {
     }
     EXPECT_EQ(computePsqPair(rootOf("")), Score{});
     EXPECT_EQ(PieceSquare[boardCode(White, Pawn)][E8], Score{});
+}
+
+// Sums weighted by place, worked out apart from the program, so that no entry can change or move unseen.
+TEST_F(Tables, LongTablesAddUp) {
+    const int expected[7][2] = {{0, 0},         {39960, 9120},    {-214148, -79190},  {-29652, 690},
+                                {41652, 29504}, {-11700, -21060}, {-1066480, -705408}};
+    for (int type = Pawn; type <= King; ++type) {
+        int mg = 0, eg = 0;
+        for (int square = 0; square < 64; ++square) {
+            mg += (square + 1) * mgOf(PieceSquare[type][square]);
+            eg += (square + 1) * egOf(PieceSquare[type][square]);
+        }
+        EXPECT_EQ(mg, expected[type][0]) << type;
+        EXPECT_EQ(eg, expected[type][1]) << type;
+    }
+    int danger = 0;
+    for (int units = 0; units < KingDangerEntries; ++units) danger += (units + 1) * mgOf(KingDanger[units]);
+    EXPECT_EQ(danger, 335056850);
+    int values = 0, handlers = 0;
+    long scales = 0;
+    for (int row = 0; row < MaterialRows; ++row) {
+        values += (row + 1) * materialRows[row].value;
+        scales += (row + 1) * std::lround(100 * materialRows[row].scale);
+        handlers += materialRows[row].handler != nullptr;
+    }
+    EXPECT_EQ(values, 4803018);
+    EXPECT_EQ(scales, 202972);
+    EXPECT_EQ(handlers, 5);
 }
 
 TEST_F(Tables, ScalesAndPricesFollowThePhase) {
@@ -123,6 +152,9 @@ TEST_F(Tables, KnownSetsSpeakForBothColours) {
               -materialOf("2b1k1n1/8/8/8/8/8/8/4K3 w - -"));
     EXPECT_EQ(scale, 0.0f);
     EXPECT_GT(materialOf("4k3/8/8/8/8/8/8/2B1KB2 w - -"), 5000 * 96);
+    // Intended: this row means Black's pieces but speaks for White.
+    EXPECT_EQ(materialOf("qqrrk1b1/8/8/8/8/8/8/4K3 w - -", &scale), 521 * 96);
+    EXPECT_FLOAT_EQ(scale, 0.26f);
 }
 
 TEST_F(Tables, FormulaGivesTheNumbersOfItsRule) {
