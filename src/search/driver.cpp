@@ -124,11 +124,19 @@ void beginIteration(SearchThread& thread, int depth) {
     thread.iterationScore[depth] = -NoScore;
 }
 
-// The book may answer at once, unless the user wants a search without end.
+bool isRootMove(Move move) {
+    const RootMove* list = ThreadPool::threadRecords[0].rootMoves;
+    while (list->move != NoMove && cleanMove(list->move) != move) ++list;
+    return list->move != NoMove;
+}
+
+// The book may answer at once, unless the user wants a search without end. A move that the root list lacks is
+// not asked for, or tables know better.
 Move askBook(Position& root) {
     if (searchState.infinite || searchControl.benchMode) return NoMove;
     const Move move = bookProbe(root);
-    if (move) searchHost.reportBookMove(move);
+    if (move == NoMove || !isRootMove(move)) return NoMove;
+    searchHost.reportBookMove(move);
     return move;
 }
 

@@ -238,8 +238,11 @@ void finishSearch() {
     for (int i = 1; i < threadRecordCount; ++i) threadRecords[i].stopFlag.exchange(0);
 }
 
+// They come and go together.
+static bool hasWorkers() { return threadRecordCount > 1 && threadRecords[1].hasWorker; }
+
 void stopWorkers() {
-    if (!threadRecords) return;
+    if (!hasWorkers()) return;
     armBarrier();
     leaveBarrier();  // for the caller, who waits for the workers by joining them
     poolQuit.exchange(1);

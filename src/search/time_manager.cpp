@@ -52,14 +52,15 @@ double easyShare(const IterationFacts& facts) {
 }
 
 void updateEasyStop(const IterationFacts& facts) {
+    const double share = easyShare(facts);
     if (!(ThreadPool::threadRecords[0].stopFlag & 1)) {
         const double start = searchState.searchStart;
-        const double wanted = easyShare(facts) * searchState.iterationTarget;
+        const double wanted = share * searchState.iterationTarget;
         // Intended: a duration is compared with a time of the clock, so the cap never acts.
         const double cap = start + timeLimits.maximum;
         timeLimits.easyStop = wanted > cap ? cap : start + wanted;
     }
-    searchHost.log("easy: %12.2f\n", timeLimits.easyStop);
+    searchHost.log("easy: %12.2f\n", share);
 }
 
 void testIterationEnd(int depth, int score) {
@@ -75,9 +76,9 @@ void testIterationEnd(int depth, int score) {
 
 static void stopMainThread() { ThreadPool::threadRecords[0].stopFlag.exchange(1); }
 
+// A quit may have come without a line: at the end of input, also of input that ended before this search began.
 static void runWaitingCommand() {
-    if (!searchHost.inputWaiting()) return;
-    searchHost.processCommand();
+    if (searchHost.inputWaiting()) searchHost.processCommand();
     if (searchControl.quitRequested) ThreadPool::stopAllThreads();
 }
 
@@ -103,7 +104,8 @@ static void reportEveryTwoSeconds(double now) {
 bool periodicCheck() {
     constexpr unsigned CallsBetweenChecks = 4096;
     static unsigned calls = 0;
-    if (searchControl.nodes != NoNodeLimit && ThreadPool::totalNodes() >= searchControl.nodes) {
+    const bool nodesLimited = searchControl.nodes != NoNodeLimit && !searchControl.ponder;
+    if (nodesLimited && ThreadPool::totalNodes() >= searchControl.nodes) {
         stopMainThread();
         return true;
     }

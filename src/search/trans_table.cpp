@@ -184,10 +184,14 @@ bool TransTable::resize(int megabytes) {
     return true;
 }
 
-// May run during a search, so it stores word by word as any writer does.
+// May run during a search, so it stores word by word as any writer does. What is zero is only read: pages that no
+// search has written stay untouched.
 void TransTable::clear() {
     std::uint64_t* words = reinterpret_cast<std::uint64_t*>(buckets);
-    for (std::uint64_t i = 0; i < byteSize() / sizeof *words; ++i)
-        std::atomic_ref(words[i]).store(0, std::memory_order_relaxed);
+    const std::uint64_t count = byteSize() / sizeof *words;
+    for (std::uint64_t i = 0; i < count; ++i) {
+        const std::atomic_ref word(words[i]);
+        if (word.load(std::memory_order_relaxed) != 0) word.store(0, std::memory_order_relaxed);
+    }
     generation = 0;
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "board/move.h"
+#include "board/relaxed.h"
 #include "board/thread_hooks.h"
 #include "board/types.h"
 
@@ -122,7 +123,7 @@ class TransTable {
 
     TransBucket* buckets = nullptr;  // aligned to a cache line
     std::uint64_t bucketMask = 0;
-    std::uint32_t generation = 0;  // 0 to 255
+    Relaxed<std::uint32_t> generation = 0;  // 0 to 255; the table may be cleared while workers search
     void* allocation = nullptr;
     int allocatedMegabytes = 0;
     Key lastRootKey = 0;

@@ -1,8 +1,11 @@
 // Whole searches from the root, with reports recorded instead of printed; the pool under many kinds of use.
+#include "endgame/book.h"
+#include "endgame/polyglot_keys.h"
 #include "search/search_environment.h"
 #include "support/allocation_count.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <sstream>
@@ -120,6 +123,73 @@ TEST_F(Driver, QuitLeavesWithoutAnAnswer) {
     EXPECT_EQ(endings, 1);
     EXPECT_EQ(said.answers, 0);
     searchControl.quitRequested = false;
+}
+
+TEST_F(Driver, ReportsTheEndInItsOrder) {
+    static std::string ends;
+    ends.clear();
+    searchHost.reportDepthEnd = [](int depth) { ends += std::to_string(depth); };
+    searchHost.reportSearchEnd = [] { ends += 's'; };
+    searchHost.reportBestMove = [](Move, Move) { ends += 'b'; };
+    searchHost.searchOver = [] { ends += searchControl.searching ? '-' : 'o'; };
+    search("", 3);
+    EXPECT_EQ(ends, "3sbo");
+    ends.clear();
+    searchControl.benchMode = true;
+    search("", 3);
+    EXPECT_EQ(ends, "o");
+}
+
+// A quit that comes while the answer is held back ends the wait, and the interpreter then ends the process.
+TEST_F(Driver, AQuitEndsTheWaitForTheUser) {
+    static int waits;
+    waits = 0;
+    searchHost.waitForInput = [] { searchControl.quitRequested = ++waits == 3; };
+    searchControl.ponder = true;
+    search("", 3);
+    EXPECT_EQ(waits, 3);
+    EXPECT_FALSE(searchControl.searching);
+    searchControl.quitRequested = false;
+    searchControl.ponder = false;
+}
+
+// Writes a book that knows one move of the start position, as the format has it, and opens it.
+static void openBookOf(const std::string& path, unsigned move) {
+    Position start;
+    setFen(&start, "");
+    std::ofstream file(path, std::ios::binary);
+    const auto put = [&](std::uint64_t value, int bytes) {
+        for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) file.put(char(value >> shift));
+    };
+    put(bookKey(start), 8);
+    put(move, 2);
+    put(1, 2);
+    put(0, 4);
+    put(~std::uint64_t{0}, 8);  // no group may be the last
+    put(0, 8);
+    file.close();
+    settings.bookFile = path;
+    openBook();
+}
+
+TEST_F(Driver, TheBookAnswersOnlyWhatIsAskedFor) {
+    constexpr unsigned A2A4 = 1 << 9 | 3 << 3;  // ranks and files from 0
+    const std::string path = ::testing::TempDir() + "tarvok-driver-book";
+    openBookOf(path, A2A4);
+    search("", 4);
+    EXPECT_EQ(moveText(said.best), "a2a4");
+    EXPECT_EQ(said.ponder, NoMove);
+    EXPECT_EQ(said.lastDepth, 0) << "nothing is searched";
+    search("", 4, "h2h3 a2a4 ");
+    EXPECT_EQ(moveText(said.best), "a2a4");
+    search("", 4, "h2h3 b2b3 ");
+    EXPECT_NE(moveText(said.best), "a2a4");
+    EXPECT_EQ(said.lastDepth, 4);
+    settings.ownBook = 0;
+    search("", 4, "h2h3 ");
+    EXPECT_EQ(moveText(said.best), "h2h3");
+    closeBook();
+    std::filesystem::remove(path);
 }
 
 TEST_F(Driver, AllocatesNothingWhileItSearches) {

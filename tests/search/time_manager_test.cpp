@@ -128,6 +128,23 @@ TEST_F(Polling, TheSoftLimitStopsOnlyTheFirstMoveThatHolds) {
     searchState.failLowSeen = false;
 }
 
+TEST_F(Polling, AHitAfterTheLastIterationsEndStopsAtOnce) {
+    searchState.stopAfterIteration = true;
+    searchControl.ponder = true;
+    EXPECT_FALSE(stoppedByPoll());
+    searchControl.ponder = false;
+    EXPECT_TRUE(stoppedByPoll());
+    searchState.stopAfterIteration = false;
+}
+
+// The end of input leaves no line behind, and may have come before the search cleared its flag.
+TEST_F(Polling, AQuitStopsEvenWithoutALine) {
+    searchHost.inputWaiting = [] { return false; };
+    searchControl.quitRequested = true;
+    EXPECT_TRUE(stoppedByPoll());
+    searchControl.quitRequested = false;
+}
+
 TEST_F(Polling, RunsCommandsOnceInManyCalls) {
     static int commands;
     commands = 0;
@@ -144,4 +161,9 @@ TEST_F(Polling, NodesAreLimitedAtOnce) {
     thread().nodes = std::uint64_t{10};
     EXPECT_TRUE(periodicCheck());
     EXPECT_TRUE(thread().stopFlag & 1);
+    thread().stopFlag = 0;
+    searchControl.ponder = true;
+    EXPECT_FALSE(periodicCheck()) << "pondering passes every limit";
+    searchControl.ponder = false;
+    EXPECT_TRUE(periodicCheck());
 }

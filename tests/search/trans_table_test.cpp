@@ -1,11 +1,9 @@
-// The transposition table: what a store keeps, what it replaces, and the file.
+// The transposition table: what a store keeps, what it replaces, and its sizes.
 #include "search/trans_table.h"
 
 #include "search/limits.h"
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 class TransTableTest : public ::testing::Test {
@@ -197,6 +195,17 @@ TEST_F(TransTableTest, SizesAreThoseOfTheFile) {
     EXPECT_FALSE(table.resize(95)) << "the same size only clears";
 }
 
+TEST_F(TransTableTest, ClearingEmptiesAndStartsTheAgesAgain) {
+    for (int i = 0; i < 3; ++i) nextSearch();
+    for (std::uint32_t check : {1u, 2u, 3u, 4u}) store(check, 10);
+    table.markBusy(keyOf(4), true);
+    table.clear();
+    for (std::uint32_t check : {1u, 2u, 3u, 4u}) EXPECT_FALSE(holds(check));
+    store(4, 6);
+    EXPECT_EQ(at(4).generation(), 0);
+    EXPECT_FALSE(at(4).busy());
+}
+
 TEST_F(TransTableTest, OccupancyCountsThisSearch) {
     nextSearch();
     EXPECT_EQ(table.occupancy(), 0);
@@ -204,27 +213,4 @@ TEST_F(TransTableTest, OccupancyCountsThisSearch) {
     EXPECT_EQ(table.occupancy(), 500);
     nextSearch();
     EXPECT_EQ(table.occupancy(), 0);
-}
-
-TEST_F(TransTableTest, FileHoldsTheImageAndForgetsAQuarterOfTheAges) {
-    const std::string path = ::testing::TempDir() + "tarvok-hash-test";
-    nextSearch();
-    const Key low = Key(5) << 32 | 3, high = Key(6) << 32 | 16000;
-    table.store(low, 12, 34, ExactBound, 0x321, 2);
-    table.store(high, 12, 34, ExactBound, 0x321, 2);
-    table.saveToFile(path.c_str());
-    EXPECT_EQ(std::filesystem::file_size(path), table.byteSize());
-    table.clear();
-    table.loadFromFile(path.c_str());
-    TransData data;
-    ASSERT_TRUE(table.probe(low, data));
-    EXPECT_EQ(data.score(), 34);
-    EXPECT_EQ(data.generation(), 0);
-    ASSERT_TRUE(table.probe(high, data));
-    EXPECT_EQ(data.generation(), 1) << "entries past the first quarter keep their age";
-    // A file of another size changes no entry.
-    std::filesystem::resize_file(path, 100);
-    table.loadFromFile(path.c_str());
-    EXPECT_TRUE(table.probe(low, data));
-    std::filesystem::remove(path);
 }
