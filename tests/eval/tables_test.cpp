@@ -1,10 +1,7 @@
-// Parameter tables and material against numbers worked out by hand.
-#include "board/zobrist.h"
+// Parameter tables against numbers worked out by hand.
 #include "eval/eval_environment.h"
-#include "eval/material_patterns.h"
 #include "eval/term_tables.h"
 
-#include <cmath>
 #include <set>
 
 using Tables = EvalTest;
@@ -60,16 +57,6 @@ TEST_F(Tables, LongTablesAddUp) {
     int danger = 0;
     for (int units = 0; units < KingDangerEntries; ++units) danger += (units + 1) * mgOf(KingDanger[units]);
     EXPECT_EQ(danger, 335056850);
-    int values = 0, handlers = 0;
-    long scales = 0;
-    for (int row = 0; row < MaterialRows; ++row) {
-        values += (row + 1) * materialRows[row].value;
-        scales += (row + 1) * std::lround(100 * materialRows[row].scale);
-        handlers += materialRows[row].handler != nullptr;
-    }
-    EXPECT_EQ(values, 4803018);
-    EXPECT_EQ(scales, 202972);
-    EXPECT_EQ(handlers, 5);
 }
 
 TEST_F(Tables, ScalesAndPricesFollowThePhase) {
@@ -113,79 +100,4 @@ TEST_F(Tables, SpansCountFiles) {
     EXPECT_EQ(PawnSpan[8], 1);
     EXPECT_EQ(PawnSpan[0x81], 8);
     EXPECT_EQ(PawnSpan[0x14], 3);
-}
-
-// ---- Material ----
-
-TEST_F(Tables, KnownSetsHaveKeysAndSlotsOfTheirOwn) {
-    std::set<Key> keys, slots;
-    for (const MaterialRow& row : materialRows) {
-        for (const bool swapped : {false, true}) {
-            Key key = 0;
-            for (const char* letter = row.pattern; *letter; ++letter) {
-                static const std::string Letters = "PNBRQpnbrq";
-                const char plain = *letter == 'C' ? 'B' : *letter == 'c' ? 'b' : *letter;
-                const std::size_t at = Letters.find(plain);
-                if (at == std::string::npos) continue;
-                const int colour = int(at / 5) ^ (swapped ? 1 : 0);
-                key += matValue[colour][at % 5 + 1][*letter == 'C' || *letter == 'c'];
-            }
-            keys.insert(key);
-            slots.insert(key & 0xffff);
-        }
-    }
-    EXPECT_EQ(keys.size(), 244u);
-    EXPECT_EQ(slots.size(), 244u);
-}
-
-TEST_F(Tables, KnownSetsSpeakForBothColours) {
-    float scale = 0;
-    EXPECT_EQ(materialOf("4k3/8/8/8/8/8/8/R3K3 w - -", &scale), 7000 * 96);
-    EXPECT_EQ(scale, 1.0f);
-    EXPECT_EQ(materialOf("r3k3/8/8/8/8/8/8/4K3 w - -"), -7000 * 96);
-    EXPECT_EQ(materialOf("r3k3/8/8/8/8/8/8/R3K3 w - -", &scale), 0);
-    EXPECT_EQ(scale, 0.05f);
-    EXPECT_EQ(materialOf("3bk3/8/8/8/8/8/8/2B1K3 w - -", &scale), 0);
-    EXPECT_EQ(scale, 0.0f);
-    // A bishop stays on its square colour when colours are exchanged: with two dark bishops too.
-    EXPECT_EQ(materialOf("4k3/8/8/8/8/8/8/2B1K1N1 w - -", &scale),
-              -materialOf("2b1k1n1/8/8/8/8/8/8/4K3 w - -"));
-    EXPECT_EQ(scale, 0.0f);
-    EXPECT_GT(materialOf("4k3/8/8/8/8/8/8/2B1KB2 w - -"), 5000 * 96);
-    // Intended: this row means Black's pieces but speaks for White.
-    EXPECT_EQ(materialOf("qqrrk1b1/8/8/8/8/8/8/4K3 w - -", &scale), 521 * 96);
-    EXPECT_FLOAT_EQ(scale, 0.26f);
-}
-
-TEST_F(Tables, FormulaGivesTheNumbersOfItsRule) {
-    float scale = 0;
-    EXPECT_EQ(materialOf("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -"), 0);
-    EXPECT_EQ(materialOf("r1bqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -", &scale), 403356);
-    EXPECT_FLOAT_EQ(scale, 1.14375f);
-    EXPECT_EQ(materialOf("4k3/p7/8/8/8/8/PP6/4K3 w - -", &scale), 149760);
-    EXPECT_FLOAT_EQ(scale, 1.3f);
-    EXPECT_EQ(materialOf("4k3/pp6/8/8/8/8/P7/4K3 w - -"), -149760);
-}
-
-TEST_F(Tables, DrawishSetsScaleThePosition) {
-    float scale = 0;
-    // Opposite bishops alone, and with more pieces.
-    materialOf("2b1k3/ppp5/8/8/8/8/PPPP4/2B1K3 w - -", &scale);
-    EXPECT_FLOAT_EQ(scale, 0.64f * 0.82f);
-    const int opposite = materialOf("2b1k2r/ppp5/8/8/8/8/PPPP4/2B1K2R w - -");
-    const int equal = materialOf("1b2k2r/ppp5/8/8/8/8/PPPP4/2B1K2R w - -");
-    EXPECT_LT(opposite, equal * 92 / 100);
-    // Queens alone.
-    materialOf("3qk3/ppp5/8/8/8/8/PPPP4/3QK3 w - -", &scale);
-    EXPECT_FLOAT_EQ(scale, float(0.95 + 36 / 480.0) * 0.9f * 0.82f);
-    // No pawn left for the better side, and hardly a piece more.
-    materialOf("4k3/p7/2n5/8/8/8/8/4KR2 w - -", &scale);
-    EXPECT_LT(scale, 0.4f);
-}
-
-// Intended: a lone black bishop, with no white knight about, is worth thirty to White.
-TEST_F(Tables, SingleBishopsFavourWhite) {
-    const int white = materialOf("4k2r/pppp4/8/8/8/8/PPPP4/2B1K2R w - -");
-    const int black = -materialOf("2b1k2r/pppp4/8/8/8/8/PPPP4/4K2R w - -");
-    EXPECT_GT(white, black);
 }
