@@ -76,7 +76,8 @@ void testIterationEnd(int depth, int score) {
 
 static void stopMainThread() { ThreadPool::threadRecords[0].stopFlag.exchange(1); }
 
-// A quit may have come without a line: at the end of input, also of input that ended before this search began.
+// A quit may have come without a line: at the end of input, also of input that ended before this search
+// began.
 static void runWaitingCommand() {
     if (searchHost.inputWaiting()) searchHost.processCommand();
     if (searchControl.quitRequested) ThreadPool::stopAllThreads();

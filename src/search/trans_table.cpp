@@ -184,8 +184,8 @@ bool TransTable::resize(int megabytes) {
     return true;
 }
 
-// May run during a search, so it stores word by word as any writer does. What is zero is only read: pages that no
-// search has written stay untouched.
+// May run during a search, so it stores word by word as any writer does. What is zero is only read: pages
+// that no search has written stay untouched.
 void TransTable::clear() {
     std::uint64_t* words = reinterpret_cast<std::uint64_t*>(buckets);
     const std::uint64_t count = byteSize() / sizeof *words;

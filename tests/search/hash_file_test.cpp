@@ -1,4 +1,5 @@
-// The transposition table as a file: its exact bytes, what is said of each failure, and what loading does to ages.
+// The transposition table as a file: its exact bytes, what is said of each failure, and what loading does to
+// ages.
 #include "search/search_environment.h"
 
 #include <filesystem>
