@@ -1,5 +1,5 @@
-// The cost of a probe and of a store in the shared table: in a table that the processor's caches hold, and in one
-// that they don't, with and without the prefetch that a make would have done some nodes before.
+// The cost of a probe and of a store in the shared table: in a table that the processor's caches hold, and in
+// one that they don't, with and without the prefetch that a make would have done some nodes before.
 #include "search/trans_table.h"
 
 #include <algorithm>
