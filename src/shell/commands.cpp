@@ -117,7 +117,7 @@ static Bitboard passedPawnsOf(const Position& pos) {
 }
 
 static void attacksCommand() {
-    const Position& pos = currentPosition();
+    const Position& pos = game[gameIndex];
     printAttacksOf(pos, White);
     printAttacksOf(pos, Black);
     sendLine("%" PRIu64 " %" PRIu64 " \n", passedPawnsOf<White>(pos), passedPawnsOf<Black>(pos));
@@ -167,12 +167,13 @@ static void runCommand(const std::string& line) {
     } else if (word == "ponderhit") {
         searchControl.ponder = false;
     } else if (word == "attacks") {
-        whenIdle(attacksCommand);
+        attacksCommand();
     } else if (word == "position") {
         whenIdle([tokens] { positionCommand(tokens); });
     } else if (word == "quit") {
         searchControl.quitRequested = true;
     } else if (word == "perft") {
+        // It would count into the nodes of a search that runs, and takes the prefetches off its tables.
         whenIdle([tokens] { perftCommand(tokens); });
     } else if (word == "go") {
         goCommand(tokens);

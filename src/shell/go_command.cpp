@@ -116,7 +116,7 @@ void thinkWithoutLimits(Position& pos, const SearchLimits& limits) {
     const bool neutral = limits.infinite && !settings.whiteContempt;
     if (neutral) settings.contempt = 0;
     think(pos, depth, NoTimeLimit, NoTimeLimit, limits.searchMoves.c_str(), limits.infinite);
-    // An option that was set during the search stays.
+    // A value that was set during the search stays; only a 0 can't be told from the one above.
     if (neutral && settings.contempt == 0) settings.contempt = contempt;
 }
 

@@ -67,10 +67,11 @@ void onSyzygyProbeLimit(int men) {
 
 void onMctsHash(int megabytes) {
     constexpr int Most = 32768;
-    settings.mctsHash = std::min(megabytes, Most);
-    if (megabytes < 1) return;
-    whenIdle([] {
-        MctsTable::allocate();
-        sendLine("info string MCTS Hash table size is now %d meg\n", settings.mctsHash.load());
+    const int size = std::min(megabytes, Most);
+    settings.mctsHash = size;
+    if (size < 1) return;  // the store stays as it is
+    whenIdle([size] {
+        MctsTable::allocate(size);
+        sendLine("info string MCTS Hash table size is now %d meg\n", size);
     });
 }

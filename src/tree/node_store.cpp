@@ -1,7 +1,6 @@
 #include "tree/node_store.h"
 
 #include "board/end_process.h"
-#include "board/settings.h"
 #include "search/thread_pool.h"
 
 #include <cstdio>
@@ -13,17 +12,16 @@ MctsNode* nodes = nullptr;
 int capacity = 8388608;
 std::atomic<int> nodeCount = 0;
 
-void allocate() {
+void allocate(int megabytes) {
     free();
-    const std::size_t megabytes = std::size_t(settings.mctsHash.load());
-    const std::size_t bytes = megabytes << 20;
+    const std::size_t bytes = std::size_t(megabytes) << 20;
     // Zero pages come untouched from the system; the first search pays for those that it uses.
     nodes = static_cast<MctsNode*>(std::calloc(1, bytes));
     if (!nodes) {
         std::fprintf(stderr, "Unable to allocate %zu bytes of memory for %s\n", bytes, "tree nodes");
         endProcess(1);
     }
-    capacity = int(megabytes << 14);
+    capacity = megabytes << 14;
 }
 
 void free() {

@@ -42,8 +42,8 @@ extern MctsNode* nodes;             // element 0 is the root
 extern int capacity;                // records that fit
 extern std::atomic<int> nodeCount;  // next free index in root preparation, then the last index given out
 
-// Replaces the array by one of `settings.mctsHash` megabytes. The memory is not touched.
-void allocate();
+// Replaces the array by one of that many megabytes. The memory is not touched.
+void allocate(int megabytes);
 void free();
 
 // Whether the search must end because few records are left; the margin covers what all threads may still

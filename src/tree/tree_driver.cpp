@@ -210,7 +210,7 @@ void mctsWorkerLoop(Position& rootCopy) {
 }
 
 void installTreeSearch() {
-    MctsTable::allocate();
+    MctsTable::allocate(settings.mctsHash);
     searchHost.runTree = mctsDriver;
     searchHost.treeWorker = mctsWorkerLoop;
 }

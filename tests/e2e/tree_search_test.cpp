@@ -60,3 +60,21 @@ TEST_P(TreeSearch, TurnedOffLeavesTheOtherSearchAsItWas) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Counts, TreeSearch, ::testing::Values(1, 4));
+
+// A size that is set during a search is that of its own line, whatever the next line says.
+TEST(TreeStore, SizesSetDuringASearchWaitForItsEnd) {
+    UciProcess engine;
+    engine.sync();
+    engine.send("go infinite");
+    engine.expect("info depth 6 .*");
+    engine.send("setoption name MCTS Hash value 256");
+    engine.send("setoption name MCTS Hash value 0");
+    engine.send("stop");
+    engine.expect("bestmove .*");
+    engine.expect("info string MCTS Hash table size is now 256 meg");
+    engine.send("setoption name Use MCTS value true");
+    engine.send("go movetime 300");
+    engine.expect("bestmove [a-h][1-8].*");
+    engine.send("quit");
+    EXPECT_EQ(engine.exitStatus(), 0);
+}
