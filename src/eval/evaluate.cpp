@@ -11,6 +11,8 @@
 #include "eval/pawns.h"
 #include "eval/terms.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 namespace {

@@ -4,6 +4,8 @@
 #include "eval/parameters.h"
 #include "eval/terms.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr Score SafeCheck = pair(0, 84);

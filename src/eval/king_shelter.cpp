@@ -5,6 +5,9 @@
 #include "board/geometry.h"
 #include "eval/caches.h"
 
+#include <algorithm>
+#include <cstdint>
+
 namespace {
 
 // By the rank of a pawn as its own side sees it, 0 to 7.

@@ -4,6 +4,8 @@
 #include "eval/term_tables.h"
 #include "eval/terms.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr Score RookBehind = pair(62, 274);

@@ -8,6 +8,7 @@
 #include "eval/parameters.h"
 #include "eval/term_tables.h"
 
+#include <bit>
 #include <cstdlib>
 
 namespace {

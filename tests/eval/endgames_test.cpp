@@ -4,9 +4,23 @@
 #include "eval/eval_environment.h"
 #include "eval/king_pawn_bitbase.h"
 
+#include <algorithm>
 #include <array>
+#include <random>
 
 using Endgames = EvalTest;
+
+static int apart(int a, int b) { return std::max(std::abs(a % 8 - b % 8), std::abs(a / 8 - b / 8)); }
+static int steps(int a, int b) { return std::abs(a % 8 - b % 8) + std::abs(a / 8 - b / 8); }
+
+// A board with these men on these squares.
+static std::string boardOf(const std::string& men, const std::vector<int>& squares) {
+    std::string board(64, '1');
+    for (std::size_t i = 0; i < men.size(); ++i) board[std::size_t(squares[i])] = men[i];
+    std::string text;
+    for (int rank = 7; rank >= 0; --rank) text += board.substr(std::size_t(8 * rank), 8) + (rank ? "/" : "");
+    return text;
+}
 
 // King and pawn against king by plain iteration over all placings, the pawn moving down the board on files a
 // to d.
@@ -40,7 +54,6 @@ class PlainPawnEnding {
     static int weakOf(int index) { return index / 2 % 64; }
     static bool strongMoves(int index) { return index & 1; }
 
-    static int apart(int a, int b) { return std::max(std::abs(a % 8 - b % 8), std::abs(a / 8 - b / 8)); }
     static bool pawnHits(int pawn, int square) {
         return square / 8 == pawn / 8 - 1 && std::abs(square % 8 - pawn % 8) == 1;
     }
@@ -156,6 +169,109 @@ INSTANTIATE_TEST_SUITE_P(
         JudgedRow{"3k4/8/7r/3P4/4K3/8/R7/8 w - -", 50, 0.158f},
         JudgedRow{"8/r7/8/4k3/3p4/7R/8/3K4 w - -", -50, -0.158f},
         JudgedRow{"3k4/8/8/3P4/4K3/7r/R7/8 w - -", 300, 0.387f}));
+
+// A value in material units, White having the pieces, and a scale.
+struct Judgement {
+    int value;
+    float scale;
+};
+
+// The judges once more, for White's pieces on squares in the order of the letters.
+static Judgement judgeKBN(const std::vector<int>& at) {  // KBNk
+    const bool light = (at[1] % 8 + at[1] / 8) % 2;
+    const int corner =
+        light ? std::min(steps(at[3], 56), steps(at[3], 7)) : std::min(steps(at[3], 0), steps(at[3], 63));
+    return {5000 - 40 * apart(at[3], at[2]) - 80 * apart(at[0], at[3]) - 200 * corner, 0};
+}
+static Judgement judgeKNP(const std::vector<int>& at) {  // KNPk
+    const int rank = at[2] / 8, file = at[2] % 8, goal = 56 + file;
+    if (rank == 6 && file % 7 == 0 && apart(at[3], goal) < 2) return {50 - 5 * apart(at[0], goal), 0};
+    const int race = 50 * (apart(at[3], at[2]) - apart(at[0], at[2]));
+    return {race - 100 * (7 - rank) - 30 * apart(at[1], at[2]) + 4200, 0};
+}
+static Judgement judgeKRP(const std::vector<int>& at) {  // KRPkr
+    const int pawn = at[2], king = at[3], rookRank = at[4] / 8;
+    if (king < 48 || king % 8 != pawn % 8) return {500, 0.5f};
+    if (rookRank < 2 && pawn >= 40) return {50, 0.158f};
+    if (rookRank == 5 && pawn < 40) return {50, 0.158f};
+    return {300, 0.387f};
+}
+
+struct JudgeRow {
+    const char* men;
+    Judgement (*judge)(const std::vector<int>&);
+};
+
+TEST_F(Endgames, JudgesHoldWhereverTheMenStand) {
+    std::mt19937 random(5);
+    for (const JudgeRow& row : {JudgeRow{"KBNk", judgeKBN}, {"KNPk", judgeKNP}, {"KRPkr", judgeKRP}}) {
+        const std::string men = row.men;
+        std::string swapped = men;
+        for (char& letter : swapped) letter = char(letter ^ 32);
+        const std::size_t pawn = men.find('P');
+        std::vector<int> all(64), squares(men.size()), flipped(men.size());
+        for (int i = 0; i < 64; ++i) all[std::size_t(i)] = i;
+        for (int number = 0; number < 4000; ++number) {
+            std::shuffle(all.begin(), all.end(), random);
+            std::copy_n(all.begin(), men.size(), squares.begin());
+            if (pawn != std::string::npos && (squares[pawn] < 8 || squares[pawn] > 55)) continue;
+            for (std::size_t i = 0; i < men.size(); ++i) flipped[i] = squares[i] ^ 56;
+            const Judgement expected = row.judge(squares);
+            float scale = -1;
+            const std::string white = boardOf(men, squares), black = boardOf(swapped, flipped);
+            ASSERT_EQ(materialOf(white + " w - -", &scale), expected.value * 96) << white;
+            ASSERT_FLOAT_EQ(scale, expected.scale) << white;
+            ASSERT_EQ(materialOf(black + " w - -", &scale), -expected.value * 96) << black;
+            // Intended: with Black's pawn and a rook on the sixth rank the scale turns over.
+            const bool turned = men == "KRPkr" && expected.value == 50 && squares[2] < 40;
+            ASSERT_FLOAT_EQ(scale, turned ? -expected.scale : expected.scale) << black;
+        }
+    }
+}
+
+TEST_F(Endgames, PawnEndingsAreJudgedOnEveryFileForBothColours) {
+    const PlainPawnEnding plain;
+    std::mt19937 random(6);
+    int wins = 0, draws = 0;
+    while (wins + draws < 10000) {
+        const int king = int(random() % 64), pawn = int(random() % 48) + 8, weak = int(random() % 64);
+        const bool strongMoves = random() % 2;
+        // As Black's pawn stands, and the plain ending on files a to d.
+        const int mirror = pawn % 8 > 3 ? 7 : 0;
+        if (!PlainPawnEnding::isLegalPlacing(king ^ mirror, pawn ^ mirror, weak ^ mirror, strongMoves))
+            continue;
+        const bool won = plain.isWon(king ^ mirror, pawn ^ mirror, weak ^ mirror, strongMoves);
+        const int expected = won ? 6500 + 160 * (7 - pawn / 8) : 30;
+        const std::string black = boardOf("kpK", {king, pawn, weak}) + (strongMoves ? " b - -" : " w - -");
+        const std::string white =
+            boardOf("KPk", {king ^ 56, pawn ^ 56, weak ^ 56}) + (strongMoves ? " w - -" : " b - -");
+        ASSERT_EQ(materialOf(black), -expected * 96) << black;
+        ASSERT_EQ(materialOf(white), expected * 96) << white;
+        ++(won ? wins : draws);
+    }
+    EXPECT_GT(wins, 2000);
+    EXPECT_GT(draws, 1000);
+}
+
+// The corner is the promotion square and what lies beside it; the cut leaves thirty.
+TEST_F(Endgames, TheCornerIsFourSquares) {
+    struct Row {
+        const char* men;
+        int bishop, pawn, corner, sign;
+    };
+    for (const Row& row : {Row{"KBPk", C1, A4, A8, 1}, Row{"KBPk", F1, H4, H8, 1},
+                           Row{"kbpK", C1, H5, H1, -1}, Row{"kbpK", F1, A5, A1, -1}}) {
+        for (int king = 0; king < 64; ++king) {
+            if (king == row.bishop || king == row.pawn || king == D4) continue;
+            const std::string fen = boardOf(row.men, {D4, row.bishop, row.pawn, king}) + " w - -";
+            const bool cut = apart(king, row.corner) < 2;
+            for (const int value : {-900, -31, -30, 0, 30, 31, 900})
+                EXPECT_EQ(wrongBishop(rootOf(fen), value),
+                          cut && row.sign * value > 30 ? row.sign * 30 : value)
+                    << fen << ' ' << value;
+        }
+    }
+}
 
 // Cornered, the weak side holds: what is left is thirty tenths for the bishop and as much for the move.
 TEST_F(Endgames, TheWrongBishopCanNotHelpARooksPawn) {

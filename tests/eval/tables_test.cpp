@@ -8,7 +8,10 @@ using Tables = EvalTest;
 
 static std::vector<int> endgameLane(const Score (&row)[9]) {
     std::vector<int> lane;
-    for (const Score value : row) lane.push_back(egOf(value));
+    for (const Score value : row) {
+        EXPECT_EQ(mgOf(value), 0);
+        lane.push_back(egOf(value));
+    }
     return lane;
 }
 
