@@ -5,8 +5,6 @@
 
 using Frame = EvalTest;
 
-static const char* const Middlegame = "r1bq1rk1/pp2bppp/2n1pn2/2pp4/2P5/1P3NP1/PB1PPPBP/RN1Q1RK1 w - -";
-
 TEST_F(Frame, CachedEqualsUncached) {
     int compared = 0;
     walkRandomGames(2, 60, [&](const Position& game) {

@@ -196,7 +196,7 @@ TEST_F(MaterialTest, FormulaHoldsForEverySet) {
     int compared = 0;
     for (int number = 0; number < 20000; ++number) {
         // Thin sets more often than full ones, and often the same pieces on both sides.
-        const unsigned fullness = number % 4 + 1;
+        const unsigned fullness = unsigned(number) % 4 + 1;
         const auto some = [&](char letter, unsigned most) {
             return std::string(random() % ((most * fullness + 3) / 4 + 1), letter);
         };

@@ -78,7 +78,7 @@ TEST_F(HashFile, IsTheImageOfTheBuckets) {
 
 TEST_F(HashFile, LoadsBackWithAQuarterOfTheAgesForgotten) {
     // A table of 16,384 buckets: the first 16,384 entries are those of the first 4,096.
-    for (const Key bucket : {0, 4095, 4096, 16383}) fillBucket(bucket);
+    for (const Key bucket : {0u, 4095u, 4096u, 16383u}) fillBucket(bucket);
     save(path);
     table.clear();
     EXPECT_EQ(load(path), "info string Loading Hash from " + path + "\ninfo string Hash Loaded\n");
@@ -110,7 +110,7 @@ TEST_F(HashFile, FailedLoadsKeepTheTableButForgetTheAges) {
         }
         table.clear();
         table.newSearch(lastRoot++);
-        for (const Key bucket : {7, 9000}) fillBucket(bucket);
+        for (const Key bucket : {7u, 9000u}) fillBucket(bucket);
         EXPECT_EQ(load(path), row.lines);
         expectGenerations(7, 0);
         expectGenerations(9000, 1);
