@@ -1,0 +1,174 @@
+// The whole evaluation against the plain one, exactly, on games, on every known set of material and on sets
+// drawn at random; and its symmetries over the same positions.
+#include "eval/eval_environment.h"
+#include "eval/material_patterns.h"
+#include "eval/slow_eval_of.h"
+
+#include <algorithm>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+namespace {
+
+// Men as letters, B and b on light squares, C and c on dark ones, on free squares drawn at random.
+std::string placedAtRandom(const std::string& men, std::mt19937& random) {
+    std::string board(64, '1');
+    for (const char man : men) {
+        const char type = char(man & ~32);
+        for (;;) {
+            const unsigned square = unsigned(random() % 64);
+            const bool dark = (square % 8 + square / 8) % 2 == 0;
+            if (board[square] != '1' || (type == 'P' && (square < 8 || square > 55))) continue;
+            if ((type == 'B' && dark) || (type == 'C' && !dark)) continue;
+            board[square] = type == 'C' ? char(man - 1) : man;
+            break;
+        }
+    }
+    std::string fen;
+    for (unsigned rank = 8; rank-- > 0;) fen += board.substr(8 * rank, 8) + (rank ? "/" : "");
+    return fen + (random() % 2 ? " w - -" : " b - -");
+}
+
+// Both colours' sets of each known pattern.
+std::vector<std::string> knownSets(std::mt19937& random, int each) {
+    std::vector<std::string> fens;
+    for (const MaterialRow& row : materialRows) {
+        for (int number = 0; number < each; ++number) {
+            std::string men = row.pattern;
+            if (number % 2)
+                for (char& man : men) man = char(man ^ 32);
+            men.erase(std::remove_if(men.begin(), men.end(), [](char man) { return (man & ~32) == 'K'; }),
+                      men.end());
+            fens.push_back(placedAtRandom("Kk" + men, random));
+        }
+    }
+    return fens;
+}
+
+// From thin to full boards, mostly unbalanced. No side has more men than a game can bring.
+std::vector<std::string> drawnSets(std::mt19937& random, int count) {
+    std::vector<std::string> fens;
+    for (int number = 0; number < count; ++number) {
+        std::string men = "Kk";
+        for (const char* letters : {"PNBRQ", "pnbrq"}) {
+            const unsigned fullness = unsigned(number) % 4 + 1;
+            const unsigned most[] = {2 * fullness, 2, 2, 2, 1};
+            for (unsigned type = 0; type < 5; ++type) {
+                const std::size_t some = random() % (most[type] + 1);
+                // Any square's colour will do for a bishop.
+                for (std::size_t man = 0; man < some; ++man)
+                    men += type == 2 && random() % 2 ? char(letters[type] + 1) : letters[type];
+            }
+        }
+        fens.push_back(placedAtRandom(men, random));
+    }
+    return fens;
+}
+
+// Files from h to a, without castling rights.
+std::string mirroredFiles(const std::string& fen) {
+    std::istringstream words(fen);
+    std::string board, side, result, rank;
+    words >> board >> side;
+    std::istringstream ranks(board);
+    while (std::getline(ranks, rank, '/')) {
+        std::reverse(rank.begin(), rank.end());
+        result += (result.empty() ? "" : "/") + rank;
+    }
+    return result + " " + side + " - -";
+}
+
+}  // namespace
+
+class SlowEval : public EvalTest {
+   protected:
+    // Both evaluations, with the plain one's terms if they differ.
+    void compare(const Position& game) {
+        Position pos = withCaches(game);
+        forgetCaches();
+        const int score = scoreOf(pos);
+        forgetCaches();
+        pos.psqBlend = 0;
+        evaluate(pos, -OpenEvalBound, OpenEvalBound);
+        const slow::Given given = givenFor(pos);
+        const slow::Judgement judgement = slow::judge(slowEvalBoardOf(pos), given);
+        ++compared;
+        if (score == judgement.score && pos.psqBlend == judgement.psqBlend) return;
+        if (++failed > 3) return;
+        std::ostringstream terms;
+        printTerms(terms, judgement, given);
+        ADD_FAILURE() << writeFen(pos) << "\nscore " << score << ", blended " << pos.psqBlend << '\n'
+                      << terms.str();
+    }
+    // Odd numbers, so that each truncation shows.
+    static void setOddStyle() {
+        contemptPair[White] = pair(-173, 41);
+        contemptPair[Black] = pair(173, -41);
+        contemptValue[White] = -17;
+        settings.contempt = 3;
+        settings.dynamism = 137;
+        settings.progressThreshold = 41;
+        initEvalParameters();
+    }
+
+    int compared = 0;
+    int failed = 0;
+};
+
+TEST_F(SlowEval, AgreesInGames) {
+    walkRandomGames(3, 120, [&](const Position& game) { compare(game); });
+    EXPECT_EQ(failed, 0);
+    EXPECT_GT(compared, 3000);
+}
+
+TEST_F(SlowEval, AgreesOnKnownMaterial) {
+    setOddStyle();
+    std::mt19937 random(3);
+    for (const std::string& fen : knownSets(random, 24)) compare(positionOf(fen));
+    EXPECT_EQ(failed, 0);
+    EXPECT_EQ(compared, 24 * MaterialRows);
+}
+
+TEST_F(SlowEval, AgreesOnDrawnMaterial) {
+    std::mt19937 random(4);
+    for (const std::string& fen : drawnSets(random, 3000)) {
+        Position pos = positionOf(fen);
+        pos.halfmoveClock = std::uint16_t(random() % 120);
+        compare(pos);
+    }
+    EXPECT_EQ(failed, 0);
+    EXPECT_EQ(compared, 3000);
+}
+
+// Rules that favour a wing: the mean file of the pawns is rounded towards the a-file, a rook is shut in on
+// the king's side alone, and of two bishops the lowest counts in the corner of a rook's pawn. Material, which
+// asks for the colours of the bishops' squares, is left to its own tests.
+static bool favoursAWing(const slow::EvalBoard& board) {
+    int files = 0;
+    slow::Squares pawns = slow::joined(menOf(board, 0, "P"), menOf(board, 1, "P"));
+    for (const int pawn : pawns) files += pawn % 8;
+    if (!pawns.empty() && std::size_t(files) % pawns.size()) return true;
+    for (const int colour : {0, 1}) {
+        const int king = kingOf(board, colour);
+        if (slow::relativeRank(king, colour) == 0 && !menOf(board, colour, "R").empty()) return true;
+        if (menOf(board, colour, "B").size() > 1) return true;
+    }
+    return false;
+}
+
+TEST_F(SlowEval, WingsAreAlike) {
+    std::mt19937 random(5);
+    std::vector<std::string> fens = knownSets(random, 8);
+    for (const std::string& fen : drawnSets(random, 2000)) fens.push_back(fen);
+    for (const std::string& fen : fens) {
+        if (favoursAWing(slowEvalBoardOf(positionOf(fen)))) continue;
+        float scale = 0, mirroredScale = 0;
+        if (materialOf(fen, &scale) != materialOf(mirroredFiles(fen), &mirroredScale)) continue;
+        if (scale != mirroredScale) continue;
+        ++compared;
+        const int score = scoreOf(fen);
+        EXPECT_EQ(scoreOf(mirroredFiles(fen)), score) << fen;
+    }
+    EXPECT_GT(compared, 500);
+}
