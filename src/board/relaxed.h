@@ -24,7 +24,8 @@ class Relaxed {
     T load() const { return value.load(std::memory_order_relaxed); }
     void store(T next) { value.store(next, std::memory_order_relaxed); }
 
-    // For a word with one writer: a load, an addition and a store, never a locked add.
+    // A load, an addition and a store, never a locked add: for a word with one writer, or where lost
+    // additions do no harm.
     void add(T amount) { store(T(load() + amount)); }
 
     // A full exchange, for flags whose change must be seen by everybody at once.

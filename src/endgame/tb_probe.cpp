@@ -21,7 +21,8 @@ namespace {
 constexpr int NoWdl = -3;  // below every result
 constexpr int NoDistance = 0x7fffffff;
 
-// Only the generators of castling and evasions look at a child's check flag, and neither is used here.
+// The child's check flag is left unset: only castling and evasions ask for it, and positions with castling
+// rights aren't probed.
 bool makeChild(const Position& pos, Position& child, Move move) {
     return makeMove(&pos, &child, cleanMove(move));
 }

@@ -9,5 +9,6 @@
 int tbRootProbeDtz(Position& pos, RootMove* list, int* score);
 int tbRootProbeWdl(Position& pos, RootMove* list, int* score);
 
-// Whether a position of the game stands twice since the last move that zeroed the counter.
+// Whether a position of the game has come back, as far as a walk finds it that ends at the first zeroing move
+// which it meets.
 bool positionHasRepeated(const Position& pos);

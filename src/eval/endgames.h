@@ -9,7 +9,7 @@ int knightPawnEnding(const Position& pos, float& scale);      // knight and pawn
 int rookPawnEnding(const Position& pos, float& scale);        // rook and pawn against rook
 int kingPawnEnding(const Position& pos, float& scale);        // pawn against the bare king
 
-// A score of a position where the only bishop can't control its rook's pawn's promotion square and the enemy
-// king holds the corner is cut to 30. `value` in tenths of result units, White's view, and so is what comes
-// back.
+// A score of a position where the bishop can't control its rook's pawn's promotion square and the enemy king
+// holds the corner is cut to 30. Intended: of two bishops only the one on the lowest square is looked at.
+// `value` in tenths of result units, White's view, and so is what comes back.
 int wrongBishop(const Position& pos, int value);

@@ -75,8 +75,8 @@ Counts countsOf(const Position& pos, Colour us) {
             popcount(own[Queen])};
 }
 
-// One side's material units: pieces lose worth with the number of their own kind and of pawns, and gain by
-// enemy pawns.
+// One side's material units: knights gain by own pawns and bishops by own knights; rooks and queens lose with
+// the number of their own kind.
 int sideValue(const Counts& own, const Counts& enemy) {
     const auto [p, n, b, r, q] = own;
     int value = 1200 * p + (4420 + 25 * p) * n + (4680 + 5 * n) * b +
@@ -135,12 +135,14 @@ float pawnScale(const Position& pos, const Counts& white, const Counts& black, i
     return pawns > 5 ? 1.0f : FewPawnScale[pawns];
 }
 
-// A huge lead is worth less with many pieces on the board.
+// A huge lead is worth less with many pieces on the board. Wide, since boards that somebody sets up may hold
+// sixty knights.
 int softened(int value, int phase) {
     constexpr int LargeLead = 72000;  // blended units
-    if (value > LargeLead) return value - (value - LargeLead) * phase / 384;
-    if (value < -LargeLead) return value - (value + LargeLead) * phase / 384;
-    return value;
+    const std::int64_t excess = value > LargeLead    ? value - LargeLead
+                                : value < -LargeLead ? value + LargeLead
+                                                     : 0;
+    return value - int(excess * phase / 384);
 }
 
 int materialByFormula(const Position& pos, float& scale) {

@@ -11,7 +11,7 @@ bool treeSearchActive = false;
 Relaxed<Score> contemptPair[2];
 Relaxed<int> contemptValue[2];
 int evalNoise = 0;
-std::uint64_t noiseKey = 0;
+Relaxed<std::uint64_t> noiseKey = 0;
 int dynamismMg = 160;
 int dynamismEg = 185;
 float MaterialPhaseScale[97];

@@ -33,7 +33,7 @@ extern Relaxed<int> contemptValue[2];   // centipawns
 
 // Keyed noise: its width in centipawns, 0 for none, and its seed.
 extern int evalNoise;
-extern std::uint64_t noiseKey;
+extern Relaxed<std::uint64_t> noiseKey;
 
 // Multipliers of the piece sum's lanes, in 128ths.
 extern int dynamismMg;

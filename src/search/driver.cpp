@@ -107,7 +107,7 @@ void publishRoot(Position& root, const char* searchMoves, double target) {
     transTable.newSearch(root.key);
     ThreadPool::searchRootPosition = root;
     std::memcpy(ThreadPool::searchRootMoves, thread.rootMoves, sizeof thread.rootMoves);
-    thread.nodes = 0;
+    ThreadPool::clearNodes();
     searchState.bestMoveChanges = 0;
 }
 
@@ -230,10 +230,12 @@ void finishSearch(const Answer& answer) {
 void thinkWithTree(Position& root, double target) {
     constexpr int FirstSearchDepth = 22;  // half plies
     if (const Move bookMove = askBook(root)) {
+        waitForUser();
         searchHost.reportBestMove(bookMove, NoMove);
         endSearch();
         return;
     }
+    searchHost.dropTree();
     timeLimits.hardLimit = searchState.searchStart + target;
     Move pv[PvLength];
     searchFullWindow(root, -MateScore, MateScore, FirstSearchDepth, 0, pv, true);

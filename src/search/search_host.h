@@ -32,8 +32,9 @@ struct SearchHost {
     // A quit was read: ends the process with status 0. Returns only in tests.
     void (*shutDown)() = [] {};
 
-    // The tree search, null while there is none: its whole run on thread 0, to the answer; its loop on a
-    // worker, with the worker's own root; and its two-second report.
+    // The tree search, null while there is none: the end of the last search's tree; the whole run on thread
+    // 0, to the answer; the loop on a worker, with the worker's own root; and the two-second report.
+    void (*dropTree)() = [] {};
     void (*runTree)(Position& root, bool infinite, double seconds) = nullptr;
     void (*treeWorker)(Position& root) = [](Position&) {};
     void (*reportTree)() = [] {};

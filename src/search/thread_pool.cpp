@@ -54,7 +54,6 @@ static void leaveBarrier() {
 static void copyRoot(SearchThread& thread, Position& root, int index) {
     root = searchRootPosition;
     attachRoot(root, index);
-    thread.nodes = 0;
     std::memcpy(thread.rootMoves, searchRootMoves, sizeof thread.rootMoves);
     thread.clearKillers();
 }
@@ -244,15 +243,15 @@ static bool hasWorkers() { return threadRecordCount > 1 && threadRecords[1].hasW
 void stopWorkers() {
     if (!hasWorkers()) return;
     armBarrier();
-    leaveBarrier();  // for the caller, who waits for the workers by joining them
     poolQuit.exchange(1);
     searchDepthNow = 0;  // before the flags, so that nobody starts on an old root
     startWorkers(1);
-    barrierWait();
+    // The barrier isn't waited at: a worker that has just left the last search's may go without passing it.
     for (int i = 1; i < threadRecordCount; ++i) {
         if (!threadRecords[i].hasWorker) continue;
         pthread_join(threadRecords[i].worker, nullptr);
         threadRecords[i].hasWorker = false;
+        threadRecords[i].startFlag = false;
         threadRecords[i].stopFlag.exchange(0);
     }
     poolQuit.exchange(0);
@@ -267,6 +266,10 @@ std::uint64_t totalNodes() {
     std::uint64_t sum = 0;
     for (int i = 0; i < threadRecordCount; ++i) sum += threadRecords[i].nodes;
     return sum;
+}
+
+void clearNodes() {
+    for (int i = 0; i < threadRecordCount; ++i) threadRecords[i].nodes = 0;
 }
 
 void attachRoot(Position& root, int threadIndex) {

@@ -38,6 +38,8 @@ void stopAllThreads();
 
 // Nodes of the current search; a worker's share may be a moment old.
 std::uint64_t totalNodes();
+// For the next search, while the workers are idle: node limits count from the first node on.
+void clearNodes();
 
 // Points a root record at the tables of a thread, with no continuation behind it.
 void attachRoot(Position& root, int threadIndex);

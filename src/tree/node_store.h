@@ -18,7 +18,7 @@
 struct MctsNode {
     Relaxed<double> valueSum;            // of the values credited, each 0 to 1
     Relaxed<float> prior;                // square of the first value, normalised over the siblings
-    std::atomic<MctsNode*> firstChild;   // null: not expanded; written last, when the child is complete
+    std::atomic<MctsNode*> firstChild;   // null: not expanded; linked before the child has a value
     std::atomic<MctsNode*> nextSibling;  // null: last child
     Relaxed<Move> move;                  // from the parent; 0 in the root
     Relaxed<double> visitWeight;         // completed visits, and 0.2 for each descent in flight
@@ -46,8 +46,8 @@ extern std::atomic<int> nodeCount;  // next free index in root preparation, then
 void allocate(int megabytes);
 void free();
 
-// Whether the search must end because few records are left; the margin covers what all threads may still
-// take.
+// Whether the search must end because few records are left. An expansion may take more than its thread's
+// share of the margin, so it tests the capacity itself.
 bool isNearlyFull();
 
 }  // namespace MctsTable

@@ -68,7 +68,7 @@ float firstValue(const Position& pos, Position& child, Move move, int ply) {
 }
 
 // Makes a node for every legal move, each with the value of a shallow search. The node is held busy. A stop,
-// or a full store, leaves the children made so far; nobody descends into them any more.
+// or a full store, leaves the children made so far, their priors as they are: the search is about to end.
 Expansion expand(MctsNode& node, Position& pos, int ply) {
     constexpr int PickerDepth = 100;
     MovePicker picker;

@@ -68,20 +68,22 @@ std::uint64_t reachableVisits(double now, double start, double allotted) {
 // Stops the search when the leader can't be caught any more, and marks the moves that can't catch it.
 void testLeader(double now, double start, double allotted) {
     const int count = searchState.rootMoveCount;
+    // Read once: workers go on counting, and a follower that overtakes must not make a difference wrap.
+    std::uint64_t visits[MaxListMoves];
+    for (int i = 0; i < count; ++i) visits[i] = rootChild(i).visitCount();
     int leader = -1, second = -1;
-    const auto visitsOf = [](int index) { return rootChild(index).visitCount(); };
     for (int i = 0; i < count; ++i)
-        if (visitsOf(i) > (leader < 0 ? 0 : visitsOf(leader))) leader = i;
+        if (visits[i] > (leader < 0 ? 0 : visits[leader])) leader = i;
     if (leader < 0) return;
     for (int i = 0; i < count; ++i)
-        if (i != leader && visitsOf(i) > (second < 0 ? 0 : visitsOf(second))) second = i;
+        if (i != leader && visits[i] > (second < 0 ? 0 : visits[second])) second = i;
     const std::uint64_t reachable = reachableVisits(now, start, allotted);
-    if (second >= 0 && !searchControl.ponder && visitsOf(leader) - visitsOf(second) > reachable) {
+    if (second >= 0 && !searchControl.ponder && visits[leader] - visits[second] > reachable) {
         stopMain();
         return;
     }
     for (int i = 0; i < count; ++i)
-        if (visitsOf(leader) - visitsOf(i) > reachable) mctsPruned[i] = true;
+        if (visits[leader] - visits[i] > reachable) mctsPruned[i] = true;
 }
 
 void creditRoot(double value) {
@@ -168,12 +170,18 @@ void prepareTree(Position& root, double seconds) {
         else
             nodes[index - 1].nextSibling.store(&made);
         nodes[0].visitWeight.add(1.0);
-        nodes[0].valueSum.add(1.0 - value);
+        nodes[0].valueSum = nodes[0].valueSum + 1.0 - value;
         nodeCount.store(index + 1);
     }
     if (total > 0.0)
         for (MctsNode* made = nodes[0].child(); made; made = made->sibling())
             made->prior = float(double(made->prior.load()) / total);
+}
+
+// The two-second report may come before this search's tree is begun.
+static void dropTree() {
+    nodes[0].beginChild(NoMove);
+    nodeCount.store(0);
 }
 
 void mctsDriver(Position& root, bool infinite, double seconds) {
@@ -211,6 +219,7 @@ void mctsWorkerLoop(Position& rootCopy) {
 
 void installTreeSearch() {
     MctsTable::allocate(settings.mctsHash);
+    searchHost.dropTree = dropTree;
     searchHost.runTree = mctsDriver;
     searchHost.treeWorker = mctsWorkerLoop;
 }

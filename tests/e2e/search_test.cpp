@@ -67,6 +67,17 @@ TEST(Go, MovetimeEndsOnTime) {
     EXPECT_LT(seconds, 1.5);
 }
 
+TEST(Go, NodesOfTheLastSearchDontCount) {
+    UciProcess engine;
+    engine.send("setoption name Threads value 4");
+    // Many enough that thread 0 gets its turn on a busy machine.
+    for (const int limit : {600000, 400000, 400000}) {
+        engine.send("go nodes " + std::to_string(limit));
+        engine.expect("bestmove .*");
+        EXPECT_FALSE(linesMatching(engine.passed, "info depth [2-9] time .* pv .*").empty()) << limit;
+    }
+}
+
 TEST(Go, NodesStopNearTheirNumber) {
     for (const int limit : {1, 100, 1000, 50000}) {
         UciProcess engine;
