@@ -1,11 +1,19 @@
 // The command line of play_match.
+import { Sprt } from './statistics.mjs';
+
+const DefaultGames = 100;
+const DefaultTestGames = 50_000; // a test should end by its verdict
 
 export const Usage = `usage: scripts/play_match.sh --engine COMMAND [--name NAME] [--option NAME=VALUE]... \\
                               --engine COMMAND [--name NAME] [--option NAME=VALUE]... [setting]...
   --engine COMMAND       program and arguments, separated by blanks; --name and --option belong to the engine
                          before them
   --option NAME=VALUE    a UCI option; in front of the first engine it is given to both
-  --games N              default 100; each opening is played twice, with colours exchanged
+  --games N              default ${DefaultGames}, with --sprt ${DefaultTestGames}; each opening is played twice, with
+                         colours exchanged
+  --sprt ELO0,ELO1[,ALPHA,BETA]
+                         stop as soon as the results speak for ELO0 (H0) or ELO1 (H1): a sequential probability
+                         ratio test on pairs of games; ALPHA and BETA, the two chances of error, default 0.05
   --concurrency N        games at a time, default 2
   --tc BASE+INCREMENT    the clock in seconds, default 1+0.01
   --movetime MS | --nodes N | --depth N
@@ -16,10 +24,15 @@ export const Usage = `usage: scripts/play_match.sh --engine COMMAND [--name NAME
   --chess960             Chess960: UCI_Chess960 is set and castling is written as king takes rook
   --resign MOVES,CP      a game is won when both engines agree on CP for MOVES moves; off by default
   --draw MOVES,CP,FROM   drawn when both agree on at most CP for MOVES moves, from move FROM on; off by default
+  --report N             show the running score after every N games, default 10
+  --picture FILE.svg     draw Elo with its error band by game, and the test; drawn anew with each running score
   --restart              fresh processes for each game
   --pgn FILE             default match.pgn, which is written anew
   --log FILE             default match.log: starts, standard error and ends of the engines
-Exit status: 0, or 1 if an engine lost on time, made an illegal move or crashed, 2 for a wrong command line.`;
+Exit status: 0 when all games were played or the test accepted H1;
+  1 if an engine lost on time, made an illegal move, crashed or did not start, whatever the test says;
+  2 for a wrong command line; 3 if the test accepted H0; 4 if the games ran out before its verdict;
+  130 when stopped by Ctrl-C, 143 by SIGTERM. Either stop still prints the summary and draws the picture.`;
 
 export class UsageError extends Error {}
 
@@ -37,6 +50,17 @@ function numbers(text, what, names) {
   return Object.fromEntries(names.map((name, i) => [name, number(fields[i], what)]));
 }
 
+function sequentialTest(text) {
+  const fields = text.split(',');
+  if (fields.length !== 2 && fields.length !== 4) throw new UsageError('--sprt takes ELO0,ELO1[,ALPHA,BETA]');
+  const [elo0, elo1, alpha = 0.05, beta = 0.05] =
+    fields.map((field) => number(field, '--sprt', { integer: false, min: -Infinity }));
+  const possible = (chance) => chance > 0 && chance < 0.5;
+  if (elo0 >= elo1) throw new UsageError('--sprt: ELO0 is less than ELO1');
+  if (!possible(alpha) || !possible(beta)) throw new UsageError('--sprt: ALPHA and BETA are between 0 and 0.5');
+  return new Sprt({ elo0, elo1, alpha, beta });
+}
+
 function clock(text) {
   const [base, increment = '0', ...rest] = text.split('+');
   if (rest.length) throw new UsageError('--tc takes BASE+INCREMENT');
@@ -48,8 +72,8 @@ export function parseCommandLine(words) {
   const common = [];
   const engines = [];
   const settings = {
-    games: 100, concurrency: 2, control: clock('1+0.01'), timeControl: '1+0.01', marginMs: 0, openings: undefined,
-    seed: undefined, chess960: false, adjudication: {}, restart: false, pgn: 'match.pgn', log: 'match.log',
+    games: undefined, sprt: undefined, report: 10, picture: undefined, concurrency: 2, control: clock('1+0.01'),
+    timeControl: '1+0.01', marginMs: 0, openings: undefined, seed: undefined, chess960: false, adjudication: {}, restart: false, pgn: 'match.pgn', log: 'match.log',
   };
   const rows = {
     '--engine': (text) => {
@@ -67,6 +91,9 @@ export function parseCommandLine(words) {
       (engines.at(-1)?.options ?? common).push([text.slice(0, at), text.slice(at + 1)]);
     },
     '--games': (text) => (settings.games = number(text, '--games', { min: 1 })),
+    '--sprt': (text) => (settings.sprt = sequentialTest(text)),
+    '--report': (text) => (settings.report = number(text, '--report', { min: 1 })),
+    '--picture': (text) => (settings.picture = text),
     '--concurrency': (text) => (settings.concurrency = number(text, '--concurrency', { min: 1 })),
     '--tc': (text) => Object.assign(settings, { control: clock(text), timeControl: text }),
     '--margin': (text) => (settings.marginMs = number(text, '--margin', { integer: false })),
@@ -103,5 +130,6 @@ export function parseCommandLine(words) {
     engines[0].name += ' (1)';
     engines[1].name += ' (2)';
   }
+  settings.games ??= settings.sprt ? DefaultTestGames : DefaultGames;
   return { ...settings, engines };
 }

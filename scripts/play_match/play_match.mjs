@@ -1,13 +1,16 @@
 // Plays a match between two UCI engines, several games at a time, and says how it ended.
-import { appendFileSync, readFileSync, writeFileSync } from 'node:fs';
+import { appendFileSync, readFileSync, renameSync, writeFileSync } from 'node:fs';
+import { constants } from 'node:os';
 import { parseCommandLine, Usage, UsageError } from './command_line.mjs';
 import { playGame } from './game.mjs';
 import { gameToPgn } from './pgn.mjs';
+import { drawScore } from './picture.mjs';
 import { randomFrom, shuffle } from './random.mjs';
 import { Referee } from './referee.mjs';
-import { Score } from './statistics.mjs';
+import { Score } from './score.mjs';
 import { UciEngine } from './uci_engine.mjs';
 
+const Status = { played: 0, H1: 0, fault: 1, usage: 2, H0: 3, undecided: 4 };
 const Points = { '1-0': 1, '1/2-1/2': 0.5, '0-1': 0 };
 
 function readOpenings({ openings, chess960, seed }) {
@@ -26,18 +29,32 @@ class Match {
   constructor(settings) {
     this.settings = settings;
     this.openings = readOpenings(settings);
-    this.score = new Score(settings.engines.map((engine) => engine.name));
+    this.score = new Score(settings.engines.map((engine) => engine.name), settings.games, settings.sprt);
     this.next = 0; // number of the next game; games 2k and 2k + 1 make a pair
     this.running = new Set();
     this.stopped = false;
     writeFileSync(settings.pgn, '');
     writeFileSync(settings.log, '');
+    this.#draw();
   }
 
+  // Returns when the games are played or the test is decided.
   async play() {
-    const seats = Math.min(this.settings.concurrency, this.settings.games);
+    const { games, concurrency, timeControl } = this.settings;
+    console.log(`${this.score.title}: ${games} games${this.settings.sprt ? ' at most' : ''},` +
+      ` ${timeControl}, ${concurrency} at a time, ${this.openings.length} openings`);
+    if (games > 2 * this.openings.length) {
+      console.log('there are fewer openings than pairs of games: they come again, and the bounds may be too narrow');
+    }
+    this.begin = performance.now();
+    const seats = Math.min(concurrency, games);
     await Promise.all(Array.from({ length: seats }, () => this.#seat()));
-    return this.score;
+  }
+
+  // The last words of the match, however it ends.
+  conclude() {
+    this.#draw();
+    console.log(this.score.summary());
   }
 
   stop() {
@@ -69,6 +86,7 @@ class Match {
     const whiteIndex = number % 2;
     for (const i of [0, 1]) {
       if (!engines[i]?.alive) engines[i] = await this.#start(i, number);
+      if (this.stopped) return;
     }
     const players = { white: engines[whiteIndex], black: engines[1 - whiteIndex] };
     const game = await playGame(players, this.openings[pair % this.openings.length], this.settings);
@@ -85,7 +103,20 @@ class Match {
     appendFileSync(pgn, gameToPgn(game, { ...names, round: String(number + 1), timeControl, chess960 }));
     console.log(`game ${number + 1}: ${names.white} - ${names.black} ${game.result}, ${game.reason}` +
       ` (${game.moves.length} plies)`);
-    if (this.score.games % 20 === 0 && this.score.games < this.settings.games) console.log(this.score.line());
+    if (this.score.verdict) {
+      this.stop(); // games that are still running count for nothing: the verdict stands
+    } else if (this.score.games % this.settings.report === 0 && this.score.games < this.settings.games) {
+      console.log(this.score.running(performance.now() - this.begin));
+      this.#draw();
+    }
+  }
+
+  // Moved into place in one step, so that a viewer never finds half a picture.
+  #draw() {
+    const { picture } = this.settings;
+    if (!picture) return;
+    writeFileSync(`${picture}.new`, drawScore(this.score));
+    renameSync(`${picture}.new`, picture);
   }
 
   // An engine that cannot even be started ends the match: nothing would be measured.
@@ -101,6 +132,7 @@ class Match {
     try {
       await engine.start();
     } catch (failure) {
+      if (this.stopped) return engine; // it was killed on its way
       throw new Error(`${spec.name} does not start: ${failure.message}`);
     }
     return engine;
@@ -117,13 +149,19 @@ async function main() {
   for (const signal of ['SIGINT', 'SIGTERM']) {
     process.on(signal, () => {
       match.stop();
-      console.log(`stopped\n${match.score.summary()}`);
-      process.exit(1);
+      console.log(`stopped by ${signal}`);
+      match.conclude();
+      process.exit(128 + constants.signals[signal]);
     });
   }
-  const score = await match.play();
-  console.log(score.summary());
-  return score.anyFault ? 1 : 0;
+  try {
+    await match.play();
+  } finally {
+    match.conclude();
+  }
+  const { anyFault, sprt, verdict } = match.score;
+  if (anyFault) return Status.fault;
+  return sprt ? Status[verdict ?? 'undecided'] : Status.played;
 }
 
 try {
@@ -131,8 +169,8 @@ try {
 } catch (error) {
   if (!(error instanceof UsageError)) {
     console.error(error.message);
-    process.exit(1);
+    process.exit(Status.fault);
   }
   console.error(`${error.message}\n\n${Usage}`);
-  process.exit(2);
+  process.exit(Status.usage);
 }

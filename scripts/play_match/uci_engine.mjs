@@ -26,7 +26,8 @@ export class UciEngine {
   async start() {
     this.alive = true;
     this.ended = new Promise((resolve) => (this.noteEnd = resolve));
-    this.child = spawn(this.spec.command, this.spec.args, { stdio: ['pipe', 'pipe', 'pipe'] });
+    // Detached: Ctrl-C in the terminal is for the match alone, and does not look like a crash of the engine.
+    this.child = spawn(this.spec.command, this.spec.args, { stdio: ['pipe', 'pipe', 'pipe'], detached: true });
     this.child.stdout.setEncoding('utf8').on('data', (text) => this.#read(text));
     this.child.stderr.setEncoding('utf8').on('data', (text) => this.log(`stderr: ${text.trimEnd()}`));
     this.child.stdin.on('error', () => {}); // a dead engine is noticed by its end
@@ -80,7 +81,7 @@ export class UciEngine {
   }
 
   kill() {
-    if (!this.alive) return;
+    if (!this.alive || this.child.killed) return;
     this.log('killed');
     this.child.kill('SIGKILL');
   }

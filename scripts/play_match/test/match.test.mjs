@@ -1,5 +1,5 @@
 import assert from 'node:assert/strict';
-import { spawnSync } from 'node:child_process';
+import { spawn, spawnSync } from 'node:child_process';
 import { mkdtempSync, readFileSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
@@ -7,7 +7,6 @@ import { test } from 'node:test';
 import { fileURLToPath } from 'node:url';
 import { parsePgn, startingPosition } from 'chessops/pgn';
 import { parseSan } from 'chessops/san';
-import { eloFromPairs } from '../statistics.mjs';
 
 const here = fileURLToPath(new URL('.', import.meta.url));
 const fake = (habit, move = 1) => `${process.execPath} ${join(here, 'fake_engine.mjs')} ${habit} ${move}`;
@@ -18,13 +17,14 @@ function match(habit, move, ...settings) {
   const run = spawnSync(process.execPath, [
     join(here, '..', 'play_match.mjs'), '--engine', fake('good'), '--name', 'good',
     '--engine', fake(habit, move), '--name', 'other', '--games', '4', '--tc', '0.3+0.3',
-    '--pgn', join(folder, 'pgn'), '--log', join(folder, 'log'), ...settings,
+    '--pgn', join(folder, 'pgn'), '--log', join(folder, 'log'), '--picture', join(folder, 'svg'), ...settings,
   ], { encoding: 'utf8' });
   const result = {
     status: run.status,
     output: run.stdout + run.stderr,
     pgn: readFileSync(join(folder, 'pgn'), 'utf8'),
     log: readFileSync(join(folder, 'log'), 'utf8'),
+    picture: readFileSync(join(folder, 'svg'), 'utf8'),
   };
   rmSync(folder, { recursive: true });
   return result;
@@ -68,18 +68,51 @@ test('a clean match is written as games that can be replayed', () => {
   }
 });
 
+test('a test ends the match at its verdict, and the exit status tells it', () => {
+  // All games end alike, so that pairs are even: that speaks for the lower of two positive differences, and for the
+  // upper of two negative ones.
+  const long = ['--games', '400', '--nodes', '1', '--report', '2'];
+  const lower = match('good', 1, ...long, '--sprt', '200,400');
+  assert.equal(lower.status, 3, lower.output);
+  assert.match(lower.output, /verdict: H0 accepted/);
+  const games = parsePgn(lower.pgn).length;
+  assert.ok(games < 400 && games % 2 === 0);
+  assert.match(lower.output, /2 of 400 games in 0:00:\d\d, at most .* to go; time losses 0 and 0/);
+  assert.match(lower.picture, /<svg[^]*H1 accepted[^]*<\/svg>/);
+
+  const upper = match('good', 1, ...long, '--sprt', '-400,-200');
+  assert.equal(upper.status, 0, upper.output);
+  assert.match(upper.output, /verdict: H1 accepted/);
+
+  const undecided = match('good', 1, '--nodes', '1', '--sprt', '0,5');
+  assert.equal(undecided.status, 4, undecided.output);
+  assert.match(undecided.output, /verdict: undecided/);
+});
+
+test('Ctrl-C ends the match with a summary and a picture', async () => {
+  const folder = mkdtempSync(join(tmpdir(), 'match-'));
+  const picture = join(folder, 'svg');
+  const words = ['--engine', fake('good'), '--engine', fake('good'), '--games', '10000', '--nodes', '1',
+    '--pgn', join(folder, 'pgn'), '--log', join(folder, 'log'), '--picture', picture];
+  const run = spawn(process.execPath, [join(here, '..', 'play_match.mjs'), ...words]);
+  let output = '';
+  const ended = new Promise((resolve) => run.on('close', resolve));
+  run.stdout.setEncoding('utf8').on('data', (text) => {
+    output += text;
+    if (/game 3:/.test(output)) run.kill('SIGINT');
+  });
+  assert.equal(await ended, 130);
+  const summary = output.slice(output.indexOf('stopped by SIGINT'));
+  assert.match(summary, /against .* of \d+ \(/);
+  assert.match(summary, /time losses 0, illegal moves 0, crashes 0/);
+  assert.match(readFileSync(picture, 'utf8'), /<\/svg>/);
+  rmSync(folder, { recursive: true });
+});
+
 test('wrong command lines are refused', () => {
-  for (const words of [[], ['--games', 'x'], ['--engine', 'a'], ['--margin'], ['--tc', '1+2+3'], ['--what']]) {
+  for (const words of [[], ['--games', 'x'], ['--engine', 'a'], ['--margin'], ['--tc', '1+2+3'], ['--what'],
+    ['--sprt', '0'], ['--sprt', '5,0'], ['--sprt', '0,5,0.05,1']]) {
     const run = spawnSync(process.execPath, [join(here, '..', 'play_match.mjs'), ...words], { encoding: 'utf8' });
     assert.equal(run.status, 2, words.join(' '));
   }
-});
-
-test('Elo comes from pairs of games', () => {
-  assert.equal(eloFromPairs([0.5]), undefined);
-  assert.equal(eloFromPairs([1, 1, 1]), undefined);
-  const even = eloFromPairs([0.25, 0.75, 0.5, 0.5]);
-  assert.ok(Math.abs(even.elo) < 1e-9 && even.low < 0 && Math.abs(even.low + even.high) < 1e-9);
-  // Three quarters of the points are 190.85 Elo.
-  assert.ok(Math.abs(eloFromPairs([0.5, 1, 0.75, 0.75]).elo - 190.85) < 0.01);
 });
