@@ -64,6 +64,22 @@ bool makeToken(const Position& pos, Position& child, const std::string& token) {
     return makeByText(pos, child, token);
 }
 
+// A stale record may come from a game that began elsewhere. Its castling rights hold only as far as the
+// tables of the present start know them, or castling would move what stands on other squares.
+void dropForeignRights(Position& pos) {
+    const std::uint8_t before = pos.castleLost;
+    for (int right = WhiteShort; right <= BlackLong; ++right) {
+        const Colour colour = right < BlackShort ? White : Black;
+        const int king = colour == White ? whiteKingStart : blackKingStart;
+        const bool known = castleKingPath[right] && pos.board[king] == boardCode(colour, King) &&
+                           pos.board[castleRook[right]] == boardCode(colour, Rook);
+        if (!known) pos.castleLost = std::uint8_t(pos.castleLost | 1 << right);
+    }
+    if (pos.castleLost == before) return;
+    pos.key = computeKey(pos);
+    pos.pawnKey = computePawnKey(pos);
+}
+
 // Intended: every token moves the game on. One that makes no move leaves a stale record as the current one.
 void playToken(const std::string& token) {
     if (gameIndex + 1 >= MaxGameRecords) return;
@@ -72,6 +88,8 @@ void playToken(const std::string& token) {
     if (isPlayable(pos) && makeToken(pos, child, token)) {
         child.inCheck = isInCheck(child);
         game[gameIndex + 1] = child;
+    } else {
+        dropForeignRights(game[gameIndex + 1]);
     }
     ++gameIndex;
 }

@@ -290,6 +290,11 @@ TEST(Commands, RefusedMovesAreToldAndPlayGoesOn) {
     engine.send("position startpos moves e2e4 zzzz e7e5");
     engine.send("go depth 1");
     engine.expect("bestmove \\S+.*");
+    // A stale record from a game with other castling rights has only those that the new game's start knows.
+    engine.send("position fen r3k2r/8/8/8/8/8/8/R3K2R w KQkq - moves a1b1");
+    engine.send("position fen 4k2r/8/8/8/8/8/8/R3K2R b k - moves zzzz");
+    engine.send("perft 1");
+    engine.expect("25, MNPS=.*");
 }
 
 TEST(Commands, UnplayablePositionsGetNoMove) {
