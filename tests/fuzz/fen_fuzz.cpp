@@ -1,0 +1,186 @@
+// A FEN of any bytes, and a walk from it. The first byte of an input chooses Chess960 ('c') or not; the FEN
+// goes to the line's end; each byte behind it chooses a move of the walk.
+#include "board/attacks.h"
+#include "board/exchange.h"
+#include "board/fen.h"
+#include "board/legality.h"
+#include "board/make_move.h"
+#include "board/move_picker.h"
+#include "board/movegen.h"
+#include "board/settings.h"
+#include "board/sliders.h"
+#include "endgame/polyglot_keys.h"
+#include "eval/evaluate.h"
+#include "eval/king_pawn_bitbase.h"
+#include "eval/material.h"
+#include "eval/parameters.h"
+#include "fuzz/fuzz_support.h"
+#include "search/search_tables.h"
+#include "search/thread_pool.h"
+#include "search/trans_table.h"
+#include "support/slow_chess.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t LongestWalk = 24;  // plies
+constexpr Move PromotionToRook = Move(RookPromotion) << 12;
+
+using Moves = std::vector<Move>;
+
+Moves sorted(Moves moves) {
+    std::sort(moves.begin(), moves.end());
+    return moves;
+}
+
+// The text that comes back must name the same position, its castling rights apart, and the same text again.
+void checkRoundTrip(const Position& pos) {
+    const auto withoutCastling = [](const std::string& fen) {
+        const std::size_t castling = fen.find(' ', fen.find(' ') + 1);
+        return fen.substr(0, castling) + fen.substr(fen.rfind(' '));
+    };
+    const std::string text = writeFen(pos);
+    Position again;
+    setFen(&again, text.c_str());
+    require(std::equal(pos.board, pos.board + 64, again.board), "the text has the same men");
+    require(again.sideToMove() == pos.sideToMove(), "the text has the same side to move");
+    require(again.epMask == pos.epMask, "the text has the same en-passant square");
+    require(withoutCastling(writeFen(again)) == withoutCastling(text), "the text repeats itself");
+    require(isConsistent(again, false), "the keys of the text are right");
+}
+
+// What a picker hands out, without the moves that make refuses.
+Moves pickedMoves(const Position& pos, std::uint32_t kind, Move hash) {
+    constexpr int Depth = 10;  // half plies
+    MovePicker picker;
+    picker.start(pos, kind, Depth, hash);
+    Moves moves;
+    Position child;
+    while (const Move move = nextMove(&picker))
+        if (makeMove(&pos, &child, move)) moves.push_back(move);
+    return sorted(moves);
+}
+
+void drainQuiescence(const Position& pos, std::uint32_t kind) {
+    MovePicker picker;
+    picker.start(pos, kind, 0, NoMove);
+    Position child;
+    while (const Move move = nextQuiescenceMove(&picker)) makeMove(&pos, &child, move);
+}
+
+void checkPickers(const Position& pos, const Moves& legal) {
+    const Move hash = legal.empty() ? NoMove : legal[legal.size() / 2];
+    if (!pos.inCheck) {
+        require(pickedMoves(pos, KindFull, hash) == legal, "the picker hands out every move once");
+        for (const std::uint32_t kind : {KindQuiescence, KindQuiescenceChecks, KindQuiescenceQueenChecks})
+            drainQuiescence(pos, kind);
+        return;
+    }
+    // Promotions to rook and bishop that interpose are left out.
+    const Moves picked = pickedMoves(pos, KindEvasions, hash);
+    require(std::adjacent_find(picked.begin(), picked.end()) == picked.end(), "no evasion comes twice");
+    for (const Move move : legal)
+        require(std::binary_search(picked.begin(), picked.end(), move) || cleanMove(move) >= PromotionToRook,
+                "every evasion is found");
+    for (const Move move : picked)
+        require(std::binary_search(legal.begin(), legal.end(), move), "every evasion is a move");
+}
+
+void checkMove(const Position& pos, const Position& child, Move move) {
+    require(isConsistent(child, true), "the keys and sums of a child are right");
+    require(isPlayable(child), "a child is playable");
+    require(isValidMove(pos, move), "a generated move is valid");
+    require(givesCheckQuick(pos, move) == (child.inCheck != 0), "checks are seen before the move is made");
+    seeLosing(pos, move);
+    seeBelowMargin(pos, move, 100);
+    seeScore(pos, move, 10);
+    seeThreat(pos, move);
+    seeFromSquareSafe(pos, move);
+}
+
+// Every legal move, made and judged. Nothing for a position with more moves than a list holds: there is no
+// such game, and lists are then cut.
+Moves checkMoves(const Position& pos) {
+    Move list[MaxListMoves];
+    const int count = genAllMoves(pos, list);
+    require(count <= MaxListMoves, "lists are bounded");
+    Moves legal;
+    Position child;
+    for (int i = 0; i < count; ++i) {
+        const Move move = cleanMove(list[i]);
+        if (!makeMove(&pos, &child, move)) continue;
+        child.inCheck = isInCheck(child);
+        checkMove(pos, child, move);
+        legal.push_back(move);
+    }
+    if (count == MaxListMoves) return {};
+    legal = sorted(legal);
+    Moves plain;
+    for (const SlowMove& move : slowMoves(slowBoardOf(pos))) plain.push_back(slowWord(move));
+    require(sorted(plain) == legal, "the moves are those of the rules");
+    if (pos.inCheck) require(hasLegalMove(pos) == !legal.empty(), "a mate is seen");
+    checkPickers(pos, legal);
+    return legal;
+}
+
+void checkEvaluation(Position& pos) {
+    const int score = evaluate(pos, -OpenEvalBound, OpenEvalBound);
+    require(score > -OpenEvalBound && score < OpenEvalBound, "scores are in range");
+    require(evaluate(pos, -OpenEvalBound, OpenEvalBound) == score, "a cached score is the same");
+}
+
+// A walk of legal moves, each position judged on its way.
+void walk(Position root, const std::uint8_t* choices, std::size_t plies) {
+    std::vector<Position> line(plies + 1);
+    line[0] = root;
+    for (std::size_t ply = 0; ply <= plies; ++ply) {
+        checkEvaluation(line[ply]);
+        bookKey(line[ply]);
+        const Moves legal = checkMoves(line[ply]);
+        if (legal.empty() || ply == plies) return;
+        makeMove(&line[ply], &line[ply + 1], legal[choices[ply] % legal.size()]);
+        line[ply + 1].inCheck = isInCheck(line[ply + 1]);
+    }
+}
+
+}  // namespace
+
+int LLVMFuzzerInitialize(int*, char***) {
+    takeOverProcessEnd();
+    initSliders();
+    initKingPawnBitbase();
+    initMaterialTable();
+    initEvalParameters();
+    buildSearchTables();
+    ThreadPool::tableMemoryInUse = 1;
+    ThreadPool::resize(true);
+    transTable.resize(1);
+    return 0;
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0) return 0;
+    settings.chess960 = data[0] == 'c';
+    const std::uint8_t* const end = data + size;
+    const std::uint8_t* const lineEnd = std::find(data + 1, end, '\n');
+    const std::string fen(data + 1, lineEnd);
+    Position pos;
+    try {
+        setFen(&pos, fen.c_str());
+    } catch (const ProcessEnded&) {
+        return 0;
+    }
+    ThreadPool::attachRoot(pos, 0);
+    ThreadPool::threadRecords[0].clearEvalCache();
+    require(isConsistent(pos, false), "the keys of any text are right");
+    checkRoundTrip(pos);
+    setFen(&pos, fen.c_str());  // for the castling tables, which the round trip has changed
+    if (!isPlayable(pos)) return 0;
+    pos.psqPair = computePsqPair(pos);
+    pos.phase = std::uint16_t(computePhase(pos));
+    const std::uint8_t* const choices = lineEnd == end ? end : lineEnd + 1;
+    walk(pos, choices, std::min(LongestWalk, std::size_t(end - choices)));
+    return 0;
+}

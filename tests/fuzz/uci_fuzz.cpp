@@ -1,0 +1,291 @@
+// UCI lines of any bytes, run through the interpreter as the main loop does: between searches, and from
+// inside of them. Every answer is checked against the rules.
+//
+// What would cost time, memory or files is bounded before the interpreter sees it:
+// - `go` gets a limit of nodes in front of its own; a larger one of its own is cut. Where no such limit acts,
+// while
+//   pondering and at the end of a search without one, the search reads the lines that follow and then a
+//   `stop`. So no search waits for the clock or for a person. `perft` stops after two plies.
+// - Lines that name the options of memory, threads or files are written anew from what they say: small
+// tables,
+//   three threads at most, and files in a folder of the fuzzer's own.
+// - `quit` is left out, since the tables are gone after it.
+#include "board/attacks.h"
+#include "board/make_move.h"
+#include "board/movegen.h"
+#include "board/settings.h"
+#include "endgame/book.h"
+#include "fuzz/fuzz_support.h"
+#include "search/limits.h"
+#include "search/search_host.h"
+#include "search/search_tables.h"
+#include "search/thread_pool.h"
+#include "search/trans_table.h"
+#include "shell/commands.h"
+#include "shell/log.h"
+#include "shell/main_loop.h"
+#include "shell/start_up.h"
+#include "support/shared_data.h"
+#include "tree/node_store.h"
+#include "tree/tree_driver.h"
+
+#include <algorithm>
+#include <cctype>
+#include <deque>
+
+namespace {
+
+constexpr std::size_t MostLines = 48;
+constexpr int MostSearches = 6;  // of one input; so many perft commands too
+constexpr std::uint64_t MostNodes = 400;
+constexpr int MostPolls = 8;  // of one search, before it is stopped
+
+const FuzzFolder& folder() {
+    static const FuzzFolder made;
+    return made;
+}
+
+// ---- Bounded lines ----
+
+Tokens splitTokens(const std::string& line) {
+    constexpr const char* Blanks = "\t\n\r ";
+    Tokens tokens;
+    for (std::size_t end = 0, begin; (begin = line.find_first_not_of(Blanks, end)) != std::string::npos;) {
+        end = std::min(line.find_first_of(Blanks, begin), line.size());
+        tokens.push_back(line.substr(begin, end - begin));
+    }
+    return tokens;
+}
+
+std::string boundedGo(const Tokens& tokens) {
+    std::string line = "go nodes " + std::to_string(MostNodes);
+    for (std::size_t i = 1; i < tokens.size(); ++i) {
+        line += ' ' + tokens[i];
+        if (tokens[i] != "nodes" || i + 1 == tokens.size()) continue;
+        const std::uint64_t nodes = std::strtoull(tokens[++i].c_str(), nullptr, 10);
+        line += ' ' + std::to_string(std::min(nodes, MostNodes));
+    }
+    return line;
+}
+
+std::string boundedPerft(const Tokens& tokens) {
+    constexpr long MostPlies = 2;
+    const long plies = tokens.size() > 1 ? std::strtol(tokens[1].c_str(), nullptr, 10) : 0;
+    return "perft " + std::to_string(std::min(plies, MostPlies));
+}
+
+// The number at the end of a line, for an option that must not be large.
+std::string boundedNumber(const std::string& name, const std::string& value, long most) {
+    const long number = std::clamp(std::strtol(value.c_str(), nullptr, 10), -100L, most);
+    return "setoption name " + name + " value " + std::to_string(number);
+}
+
+// One of the files that the folder has, or none of them, by the value's first letter.
+std::string fileOf(const std::string& value) {
+    if (value.empty() || value[0] == '<') return "<empty>";
+    if (value[0] == 'f') return folder().path();
+    return folder().file(value[0] == 'b' ? "book.bin" : value[0] == 'h' ? "hash" : "other");
+}
+
+std::string tablesOf(const std::string& value) {
+    if (value.empty() || value[0] == '<') return "<empty>";
+    const bool real = value[0] == 't' && sharedData();
+    return real ? (*sharedData() / "syzygy").string() : folder().path();
+}
+
+// A `setoption` line whose option must be bounded is written anew; any other is left alone.
+std::string boundedOption(const std::string& line) {
+    std::string lower = line;
+    for (char& c : lower) c = char(std::tolower(static_cast<unsigned char>(c)));
+    const auto names = [&lower](const char* word) { return lower.find(word) != std::string::npos; };
+    const std::size_t mark = line.find("value ");
+    const std::string value = mark == std::string::npos ? "" : line.substr(mark + 6);
+    constexpr long MostMegabytes = 4, MostThreads = 3;
+    if (names("save")) return "setoption name Save Hash to File";
+    if (names("load")) return "setoption name Load Hash from File";
+    if (names("clear")) return "setoption name Clear Hash";
+    if (names("book") && names("file")) return "setoption name Book File value " + fileOf(value);
+    if (names("hash") && names("file")) return "setoption name Hash File Name value " + folder().file("hash");
+    if (names("file")) return "setoption name Log File value " + fileOf(value);
+    if (names("path")) return "setoption name SyzygyPath value " + tablesOf(value);
+    if (names("mcts") && names("hash")) return boundedNumber("MCTS Hash", value, MostMegabytes);
+    if (names("hash")) return boundedNumber("Hash", value, MostMegabytes);
+    if (names("memory")) return boundedNumber("Table Memory", value, MostMegabytes);
+    if (names("threads")) return boundedNumber("Threads", value, MostThreads);
+    return line;
+}
+
+// ---- The lines that are still to come ----
+
+struct Session {
+    std::deque<std::string> lines;
+    int searches = 0, perfts = 0;
+    int polls = 0;    // of the running search
+    int answers = 0;  // of the running command
+};
+Session session;
+
+// The line as it may be run; empty if it may not.
+std::string bounded(const std::string& line) {
+    const Tokens tokens = splitTokens(line.substr(0, line.find_first_of(std::string("\0\n\r\f", 4))));
+    if (tokens.empty()) return line;
+    const std::string& word = tokens[0];
+    if (word == "quit") return {};
+    if (word == "go") return session.searches++ < MostSearches ? boundedGo(tokens) : "";
+    if (word == "perft") return session.perfts++ < MostSearches ? boundedPerft(tokens) : "";
+    if (word == "setoption") return boundedOption(line);
+    return line;
+}
+
+void pushNextLine() {
+    const std::string line = bounded(session.lines.front());
+    session.lines.pop_front();
+    if (!line.empty()) pushInputLine(line);
+}
+
+// What a search asks: it gets a line each time, and in the end a stop.
+bool isLineWaiting() {
+    if (isInputWaiting()) return true;
+    if (++session.polls <= MostPolls && !session.lines.empty())
+        pushNextLine();
+    else
+        pushInputLine("stop");
+    return isInputWaiting();
+}
+
+// ---- Answers ----
+
+bool makeLegal(const Position& pos, Position& child, Move move) {
+    Move list[MaxListMoves];
+    const int count = genAllMoves(pos, list);
+    const bool generated = std::any_of(list, list + count, [=](Move m) { return cleanMove(m) == move; });
+    if (!generated || !makeMove(&pos, &child, move)) return false;
+    child.inCheck = isInCheck(child);
+    return true;
+}
+
+// The position is the one that the search began with: others wait until the end.
+void checkAnswer(Move best, Move ponder) {
+    ++session.answers;
+    const Position& pos = game[gameIndex];
+    Position child, grandchild;
+    if (best == NoMove)
+        require(ponder == NoMove, "no move has no answer");
+    else
+        require(isPlayable(pos) && makeLegal(pos, child, best), "the best move is legal");
+    if (ponder != NoMove) require(makeLegal(child, grandchild, ponder), "the answer to it is legal");
+}
+
+void (*reportBestMove)(Move best, Move ponder);
+void (*reportTreeMove)(Move best, Move ponder);
+
+void installHost() {
+    searchHost.inputWaiting = isLineWaiting;
+    searchHost.waitForInput = [] {};
+    reportBestMove = searchHost.reportBestMove;
+    searchHost.reportBestMove = [](Move best, Move ponder) {
+        checkAnswer(best, ponder);
+        reportBestMove(best, ponder);
+    };
+    reportTreeMove = treeReports.bestMove;
+    treeReports.bestMove = [](Move best, Move ponder) {
+        checkAnswer(best, ponder);
+        reportTreeMove(best, ponder);
+    };
+}
+
+// ---- One input after another ----
+
+void setSmallOptions() {
+    settings = Settings{};
+    settings.hash = 1;
+    settings.tableMemory = 1;
+    settings.mctsHash = 1;
+    settings.hashFileName = folder().file("hash");
+    settings.bookFile = folder().file("book.bin");
+}
+
+// A book with one move of the start position.
+void writeBook() {
+    constexpr char Records[] =
+        "\x46\x3b\x96\x18\x16\x91\xfc\x9c\x03\x1c\x00\x01\x00\x00\x00\x00"
+        "\xff\xff\xff\xff\xff\xff\xff\xff\x00\x00\x00\x00\x00\x00\x00\x00";
+    folder().write("book.bin", std::string(Records, sizeof Records - 1));
+}
+
+void run(const std::string& line) {
+    pushInputLine(line);
+    processCommand();
+}
+
+// Whatever an input did must not be seen by the next.
+void startOver() {
+    session = Session{};
+    setSmallOptions();
+    searchControl.quitRequested = false;
+    searchControl.searching = false;
+    searchControl.ponder = false;
+    searchControl.timeUsed = 0;
+    run("setoption name Log File value <empty>");
+    run("setoption name SyzygyPath value <empty>");
+    run("setoption name Book Moves value 1000");  // stored: the pool and the tables follow the options
+    run("position startpos");
+    openBook();
+    transTable.resize(settings.hash);
+    transTable.clear();
+    MctsTable::allocate(settings.mctsHash);
+    ThreadPool::threadRecords[0].resetHistory();
+    ThreadPool::threadRecords[0].clearKillers();
+    std::srand(1);
+    for (const char* name : {"hash", "other"}) std::remove(folder().file(name).c_str());
+}
+
+void readLines(const std::uint8_t* data, std::size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    for (std::size_t begin = 0; begin < size && session.lines.size() < MostLines;) {
+        const std::size_t end = std::min(text.find('\n', begin), size);
+        session.lines.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+}
+
+// The engine would be gone; here its workers may still search.
+void afterProcessEnd() {
+    ThreadPool::stopAllThreads();
+    ThreadPool::finishSearch();
+    searchControl.searching = false;
+    while (isInputWaiting()) popInputLine();
+    runHeldBackActions();
+}
+
+}  // namespace
+
+int LLVMFuzzerInitialize(int*, char***) {
+    takeOverProcessEnd();
+    setSmallOptions();
+    ThreadPool::tableMemoryInUse = settings.tableMemory;
+    writeBook();
+    startUp();
+    installHost();
+    return 0;
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    startOver();
+    readLines(data, size);
+    try {
+        while (!session.lines.empty()) {
+            const int searches = session.searches;
+            session.polls = session.answers = 0;
+            pushNextLine();
+            while (isInputWaiting()) processCommand();
+            require(!searchControl.searching, "a command returns when its search is over");
+            require((session.searches > searches) == (session.answers > 0) || session.searches > MostSearches,
+                    "a search has an answer");
+            require(session.answers <= 1, "a search has one answer");
+        }
+    } catch (const ProcessEnded&) {
+        afterProcessEnd();
+    }
+    return 0;
+}
