@@ -120,8 +120,7 @@ std::string boundedOption(const std::string& line) {
 struct Session {
     std::deque<std::string> lines;
     int searches = 0, perfts = 0;
-    int polls = 0;    // of the running search
-    int answers = 0;  // of the running command
+    int polls = 0, answers = 0;  // of the running command
 };
 Session session;
 
@@ -221,6 +220,7 @@ void run(const std::string& line) {
 // Whatever an input did must not be seen by the next.
 void startOver() {
     session = Session{};
+    std::fill(std::begin(game), std::end(game), Position{});
     setSmallOptions();
     searchControl.quitRequested = false;
     searchControl.searching = false;
@@ -249,13 +249,18 @@ void readLines(const std::uint8_t* data, std::size_t size) {
     }
 }
 
-// The engine would be gone; here its workers may still search.
+// The engine would be gone. Here its workers may still search, and what waits for the search's end must not
+// wait for that of the next input.
 void afterProcessEnd() {
     ThreadPool::stopAllThreads();
-    ThreadPool::finishSearch();
+    ThreadPool::stopWorkers();
     searchControl.searching = false;
     while (isInputWaiting()) popInputLine();
-    runHeldBackActions();
+    try {
+        runHeldBackActions();
+    } catch (const ProcessEnded&) {
+        // Those behind it are forgotten too.
+    }
 }
 
 }  // namespace
@@ -275,14 +280,15 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     readLines(data, size);
     try {
         while (!session.lines.empty()) {
-            const int searches = session.searches;
-            session.polls = session.answers = 0;
             pushNextLine();
-            while (isInputWaiting()) processCommand();
-            require(!searchControl.searching, "a command returns when its search is over");
-            require((session.searches > searches) == (session.answers > 0) || session.searches > MostSearches,
-                    "a search has an answer");
-            require(session.answers <= 1, "a search has one answer");
+            while (isInputWaiting()) {
+                const bool searches = nextInputLineBegins("go ");
+                session.polls = session.answers = 0;
+                processCommand();
+                require(!searchControl.searching, "a command returns when its search is over");
+                require(session.answers == int(searches),
+                        "a search has one answer, and nothing else has any");
+            }
         }
     } catch (const ProcessEnded&) {
         afterProcessEnd();
