@@ -529,6 +529,8 @@ class Storm:
         """Seconds. Now and then one in which the reports of long searches come."""
         draw = self.random.random()
         longest = 0 if draw < 0.45 else 0.005 if draw < 0.85 else 0.03 if draw < 0.99 else 0.3
+        if self.search and self.search.patient:
+            longest = max(longest, 0.03)  # most events are for searches that can be stopped
         return 2.2 if draw > 0.9995 else self.random.random() * longest
 
     def blow(self):
