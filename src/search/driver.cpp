@@ -96,6 +96,10 @@ void prepareSearch(Position& root, int depthLimit, double target, bool infinite)
     if (settings.threads != threadCount) ThreadPool::restartForOption();
     searchState.searchStart = currentTime();
     searchState.stopAfterIteration = false;
+    if (target >= HugePageTarget) {
+        transTable.useHugePages();
+        ThreadPool::useHugePages();
+    }
     prepareMainThread(root);
     logStart(root);
 }

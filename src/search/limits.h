@@ -8,8 +8,11 @@
 #include <string>
 
 inline constexpr double NoTimeLimit = 31622400.0;  // seconds
-inline constexpr int NoDepthLimit = 99;            // plies; this or more means none
+inline constexpr int NoDepthLimit = 99;            // plies; deeper than any search gets by itself
 inline constexpr std::uint64_t NoNodeLimit = ~std::uint64_t{0};
+// Huge pages make a long search faster, but their first touch takes time that a short one doesn't have.
+inline constexpr double HugePageTarget = 1.0;  // seconds for the move
+inline constexpr int UsualExtendPercent = 500;
 
 struct SearchLimits {
     double time[2] = {0, 0};  // seconds, by colour
@@ -31,13 +34,13 @@ struct SearchControl {
     Relaxed<bool> ponder = false;
     double moveTime = 0;  // seconds; not 0: a fixed time for the move
     std::uint64_t nodes = NoNodeLimit;
-    int extendPercent = 500;  // hard limit as per cent of the target
-    double timeUsed = 0;      // by the searches of this game, seconds
+    int extendPercent = UsualExtendPercent;  // hard limit as per cent of the target
+    double timeUsed = 0;                     // by the searches of this game, seconds
     bool benchMode = false;
 };
 inline SearchControl searchControl;
 
-// Set by the driver before workers wake, or by thread 0 during the search.
+// Set by the driver before workers wake, or by thread 0 during the search; what is Relaxed, by any thread.
 struct SearchState {
     double searchStart = 0;      // seconds since the epoch
     double iterationTarget = 0;  // seconds

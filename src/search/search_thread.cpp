@@ -15,16 +15,14 @@ constexpr std::int32_t HistoryStart = 16000;
 constexpr std::int32_t CaptureHistoryStart = 8000;
 constexpr std::uint16_t ContinuationStart = 16000;
 
-// Zero pages come untouched from the system, so a cache costs memory only where it has been used.
 template <class Entry>
-Entry* allocateTable(std::size_t entries, const char* name) {
+Entry* allocateTable(LargeMemory& memory, std::size_t entries, const char* name) {
     const std::size_t bytes = entries * sizeof(Entry);
-    void* table = std::calloc(1, bytes);
-    if (!table) {
+    if (!memory.allocate(bytes)) {
         std::fprintf(stderr, "Unable to allocate %d bytes of memory for %s\n", int(bytes), name);
         endProcess(-1);
     }
-    return static_cast<Entry*>(table);
+    return static_cast<Entry*>(memory.data());
 }
 
 template <class Table, class Value>
@@ -42,11 +40,11 @@ void SearchThread::init(int index) {
     std::memset(rootMoves, 0, sizeof rootMoves);
     nodes = 0;
     clearKillers();
-    resetHistory();
     evalCache = nullptr;
     pawnHash = nullptr;
     matHash = nullptr;
     hasWorker = false;
+    historyFresh = false;
     startFlag = false;
     stopFlag = std::uint8_t{0};
 
@@ -72,9 +70,11 @@ void SearchThread::clearKillers() {
 
 void SearchThread::allocateCaches(int index) {
     iterationDepth = 0;
-    matHash = allocateTable<MatCacheEntry>(MatCacheEntries, "mat_hash");
-    pawnHash = allocateTable<PawnEntry>(prefetchBases.pawnMask + 1, "pawn_hash");
-    evalCache = allocateTable<EvalCacheEntry>(prefetchBases.evalMask + 1, "eval_cache");
+    if (!historyFresh) resetHistory();
+    historyFresh = true;
+    matHash = allocateTable<MatCacheEntry>(cacheMemory[0], MatCacheEntries, "mat_hash");
+    pawnHash = allocateTable<PawnEntry>(cacheMemory[1], prefetchBases.pawnMask + 1, "pawn_hash");
+    evalCache = allocateTable<EvalCacheEntry>(cacheMemory[2], prefetchBases.evalMask + 1, "eval_cache");
     ThreadHooks& hooks = threadHooks[index];
     hooks.matHash = matHash;
     hooks.pawnHash = pawnHash;
@@ -82,12 +82,14 @@ void SearchThread::allocateCaches(int index) {
 }
 
 void SearchThread::freeCaches() {
-    std::free(matHash);
-    std::free(pawnHash);
-    std::free(evalCache);
+    for (LargeMemory& memory : cacheMemory) memory.free();
     matHash = nullptr;
     pawnHash = nullptr;
     evalCache = nullptr;
+}
+
+void SearchThread::useHugePages() {
+    for (LargeMemory& memory : cacheMemory) memory.useHugePages();
 }
 
 void SearchThread::clearEvalCache() {

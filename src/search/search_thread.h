@@ -2,6 +2,7 @@
 // tables stand in the record, so that one allocation holds them.
 #pragma once
 
+#include "board/large_memory.h"
 #include "board/move.h"
 #include "board/position.h"
 #include "board/relaxed.h"
@@ -34,19 +35,23 @@ struct SearchThread {
     EvalCacheEntry* evalCache;
     PawnEntry* pawnHash;
     MatCacheEntry* matHash;
+    LargeMemory cacheMemory[3];  // behind these
     pthread_t worker;
     bool hasWorker;                  // never for thread 0
+    bool historyFresh;               // whether the histories hold values
     bool startFlag;                  // guarded by the pool's start mutex
     Relaxed<std::uint8_t> stopFlag;  // written by exchange, read at every node
 
-    // Sets every region to its initial value and publishes the record to the board's routines.
+    // Sets every region but the histories to its initial value and publishes the record to the board's
+    // routines.
     void init(int index);
     void resetHistory();  // history, capture history and continuation history
     void clearKillers();  // killers and counter moves
-    // On the thread that will use them, so that it touches the pages first. Ends the process if memory runs
-    // out.
+    // Also gives a new record's histories their values. On the thread that will use all of them, so that it
+    // touches the pages first. Ends the process if memory runs out.
     void allocateCaches(int index);
     void freeCaches();
+    void useHugePages();
     // Forgets every cached evaluation. Only while the thread is idle.
     void clearEvalCache();
 };

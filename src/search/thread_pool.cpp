@@ -43,6 +43,7 @@ struct PoolLocks {
 static PoolLocks& locks = *new PoolLocks;
 
 static bool evalCachesUsed = false;
+static LargeMemory recordMemory;  // behind `threadRecords`
 
 // ---- Workers ----
 
@@ -138,14 +139,16 @@ static void freeRecords() {
         threadRecords[i].freeCaches();
     }
     const std::lock_guard lock(locks.recordsMutex);
-    delete[] threadRecords;
+    recordMemory.free();
     threadRecords = nullptr;
     threadRecordCount = 0;
 }
 
 static void makeRecords() {
-    SearchThread* records = new SearchThread[std::size_t(threadCount)];
-    for (int i = 0; i < threadCount; ++i) records[i].init(i);
+    if (!recordMemory.allocate(std::size_t(threadCount) * sizeof(SearchThread))) throw std::bad_alloc();
+    recordMemory.useHugePages();
+    SearchThread* records = static_cast<SearchThread*>(recordMemory.data());
+    for (int i = 0; i < threadCount; ++i) (new (&records[i]) SearchThread)->init(i);
     const std::lock_guard lock(locks.recordsMutex);
     threadRecords = records;
     threadRecordCount = threadCount;
@@ -254,6 +257,7 @@ void stopWorkers() {
         threadRecords[i].startFlag = false;
         threadRecords[i].stopFlag.exchange(0);
     }
+    locks.barrierCount = 0;
     poolQuit.exchange(0);
 }
 
@@ -275,6 +279,10 @@ void clearNodes() {
 void attachRoot(Position& root, int threadIndex) {
     if (threadIndex == 0) evalCachesUsed = true;
     attachThread(root, threadIndex);
+}
+
+void useHugePages() {
+    for (int i = 0; i < threadRecordCount; ++i) threadRecords[i].useHugePages();
 }
 
 void clearEvalCaches() {

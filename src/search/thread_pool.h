@@ -47,6 +47,8 @@ void attachRoot(Position& root, int threadIndex);
 // Forgets what the threads have cached of evaluations, after the parameters have changed. Only while no
 // search runs.
 void clearEvalCaches();
+// All threads' caches.
+void useHugePages();
 
 }  // namespace ThreadPool
 

@@ -78,8 +78,14 @@ static void stopMainThread() { ThreadPool::threadRecords[0].stopFlag.exchange(1)
 
 // A quit may have come without a line: at the end of input, also of input that ended before this search
 // began.
-static void runWaitingCommand() {
-    if (searchHost.inputWaiting()) searchHost.processCommand();
+// All lines that have come, so that a long queue doesn't delay its end; but what follows a stop is for later.
+static void runWaitingCommands() {
+    const Relaxed<std::uint8_t>& stopFlag = ThreadPool::threadRecords[0].stopFlag;
+    bool goesOn = true;
+    while (goesOn && searchHost.inputWaiting()) {
+        searchHost.processCommand();
+        goesOn = !searchControl.quitRequested && !(stopFlag & 1);
+    }
     if (searchControl.quitRequested) ThreadPool::stopAllThreads();
 }
 
@@ -111,7 +117,7 @@ bool periodicCheck() {
         return true;
     }
     if (++calls % CallsBetweenChecks != 0) return false;
-    runWaitingCommand();
+    runWaitingCommands();
     if ((ThreadPool::threadRecords[0].stopFlag & 1) && !searchControl.ponder) return true;
     const double now = currentTime();
     testDeadlines(now);

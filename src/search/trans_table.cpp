@@ -149,8 +149,7 @@ static void publishBase(const TransBucket* buckets, std::uint64_t mask) {
 }
 
 void TransTable::free() {
-    std::free(allocation);
-    allocation = nullptr;
+    memory.free();
     buckets = nullptr;
     bucketMask = 0;
     allocatedMegabytes = 0;
@@ -158,7 +157,6 @@ void TransTable::free() {
 }
 
 bool TransTable::resize(int megabytes) {
-    constexpr std::size_t CacheLine = 64;
     constexpr std::uint64_t LeastBuckets = 8;
     if (buckets && megabytes == allocatedMegabytes) {
         clear();
@@ -167,16 +165,14 @@ bool TransTable::resize(int megabytes) {
     free();
     if (megabytes <= 0) return false;
     std::uint64_t count = bucketsFor(megabytes);
-    // Zero pages come untouched from the system: the table costs memory only where a search has written.
-    while (!(allocation = std::calloc(1, count * sizeof(TransBucket) + CacheLine - 1))) {
+    while (!memory.allocate(count * sizeof(TransBucket))) {
         if (count < LeastBuckets) {
             std::fputs("Hash table must be bigger than 0\n", stderr);
             endProcess(1);
         }
         count /= 2;
     }
-    const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(allocation);
-    buckets = reinterpret_cast<TransBucket*>((address + CacheLine - 1) & ~(CacheLine - 1));
+    buckets = static_cast<TransBucket*>(memory.data());
     bucketMask = count - 1;
     generation = 0;
     allocatedMegabytes = megabytes;

@@ -3,6 +3,7 @@
 // plays it.
 #pragma once
 
+#include "board/large_memory.h"
 #include "board/move.h"
 #include "board/relaxed.h"
 #include "board/thread_hooks.h"
@@ -100,6 +101,7 @@ class TransTable {
     // is cleared. True if a new table was made.
     bool resize(int megabytes);
     void clear();  // silent
+    void useHugePages() { memory.useHugePages(); }
     void free();
     // Ages the entries, unless the root is that of the last search.
     void newSearch(Key rootKey);
@@ -124,7 +126,7 @@ class TransTable {
     TransBucket* buckets = nullptr;  // aligned to a cache line
     std::uint64_t bucketMask = 0;
     Relaxed<std::uint32_t> generation = 0;  // 0 to 255; the table may be cleared while workers search
-    void* allocation = nullptr;
+    LargeMemory memory;
     int allocatedMegabytes = 0;
     Key lastRootKey = 0;
 };

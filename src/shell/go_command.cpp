@@ -107,6 +107,8 @@ void thinkByClock(Position& pos, const SearchLimits& limits) {
     const double start = currentTime();
     think(pos, NoDepthLimit, budget.soft, budget.hard, limits.searchMoves.c_str(), false);
     timeCarry = std::max(0.0, budget.soft - (currentTime() - start));
+    // The share outlives its search. That of an empty clock would end searches without a clock at once.
+    if (searchControl.extendPercent == 0) searchControl.extendPercent = UsualExtendPercent;
 }
 
 // Analysis takes no side, unless contempt is for White's good anyway.
@@ -120,15 +122,20 @@ void thinkWithoutLimits(Position& pos, const SearchLimits& limits) {
     if (neutral && settings.contempt == 0) settings.contempt = contempt;
 }
 
+// Intended: of several limits only the first counts, in this order.
 void thinkWithin(Position& pos, const SearchLimits& limits) {
-    if (limits.depth > 0 || limits.infinite)
+    const char* searchMoves = limits.searchMoves.c_str();
+    searchControl.nodes = NoNodeLimit;
+    if (limits.depth > 0 || limits.infinite) {
         thinkWithoutLimits(pos, limits);
-    else if (limits.moveTime != 0)
-        think(pos, NoDepthLimit, limits.moveTime, NoTimeLimit, limits.searchMoves.c_str(), false);
-    else if (limits.nodes != NoNodeLimit)
-        think(pos, NoDepthLimit, NoTimeLimit, NoTimeLimit, limits.searchMoves.c_str(), false);
-    else
+    } else if (limits.moveTime != 0) {
+        think(pos, NoDepthLimit, limits.moveTime, NoTimeLimit, searchMoves, false);
+    } else if (limits.nodes != NoNodeLimit) {
+        searchControl.nodes = limits.nodes;
+        think(pos, NoDepthLimit, NoTimeLimit, NoTimeLimit, searchMoves, false);
+    } else {
         thinkByClock(pos, limits);
+    }
 }
 
 }  // namespace
@@ -140,7 +147,6 @@ void goCommand(const Tokens& tokens) {
     if (limits.ponder) ponderCredit = 2;
     searchControl.stopRequested = false;
     searchControl.moveTime = limits.moveTime;
-    searchControl.nodes = limits.nodes;
     searchControl.ponder = limits.ponder;
     Position& pos = currentPosition();
     if (!isPlayable(pos)) {

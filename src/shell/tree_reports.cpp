@@ -72,7 +72,23 @@ void reportTreeMultiPv(int depth, int timeMs, int nodes) {
     }
 }
 
-// Every two seconds. Ends the search when its depth has reached the limit of the `go`.
+// Whether the tree has stopped growing although playouts go on, as it does where everything is drawn: then it
+// gets no deeper. Compares with the last report of the same search.
+bool isExhausted(int nodes) {
+    constexpr std::uint64_t ManyVisits = 10000;
+    static double search = 0;
+    static int lastNodes = 0;
+    static std::uint64_t lastVisits = 0;
+    const std::uint64_t visits = MctsTable::nodes[0].visitCount();
+    const bool exhausted =
+        search == searchState.searchStart && nodes == lastNodes && visits > lastVisits + ManyVisits;
+    search = searchState.searchStart;
+    lastNodes = nodes;
+    lastVisits = visits;
+    return exhausted;
+}
+
+// Every two seconds. Ends the search when its depth has reached the limit of the `go`, or can't reach it.
 void reportTree() {
     constexpr double ReportPi = 3.1415926;  // Intended: a longer literal than everywhere else in the tree
     const MctsNode* best = nullptr;
@@ -86,7 +102,9 @@ void reportTree() {
     const int score = shownScore(int(std::tan((greatest - 0.5) * ReportPi) * TreeScoreScale));
     const int nodes = nodesInTree();
     const int depth = int(double(std::log(float(nodes))) / LogOfDepthBase);
-    if (depth >= searchState.depthLimit) ThreadPool::threadRecords[0].stopFlag.exchange(1);
+    const bool hasDepthLimit = searchState.depthLimit != NoDepthLimit;
+    if (depth >= searchState.depthLimit || (hasDepthLimit && isExhausted(nodes)))
+        ThreadPool::threadRecords[0].stopFlag.exchange(1);
     const double seconds = std::max(currentTime() - searchState.searchStart, 0.001);
     const int milliseconds = int(seconds * 1000.0);
     if (settings.multiPv >= 2) {

@@ -48,7 +48,12 @@ int searchWhole(Position& pos, int depth, int ply) {
 
 }  // namespace
 
+// Intended: `ply` is the parent's. The tree has no limit of depth of its own; the search's tables by ply
+// have.
+static int searchPly(int ply) { return std::min(ply, MaxPly); }
+
 int mctsShallowValue(Position& pos, int ply, bool losing) {
+    ply = searchPly(ply);
     int base = pos.inCheck ? 7 : 6;
     if (losing || isUnderPromotion(pos.lastMove)) base -= 2;
     const int limit = base * 2;
@@ -63,6 +68,7 @@ int mctsShallowValue(Position& pos, int ply, bool losing) {
 }
 
 int leafBudgetSearch(Position& pos, int ply, int number, int budget) {
+    ply = searchPly(ply);
     SearchThread& thread = threadOf(pos);
     for (KillerRow* row : {&thread.killers[ply], &thread.killers[ply + 1]}) row->first = row->second = NoMove;
     const std::uint64_t start = thread.nodes;

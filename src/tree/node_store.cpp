@@ -1,10 +1,10 @@
 #include "tree/node_store.h"
 
 #include "board/end_process.h"
+#include "board/large_memory.h"
 #include "search/thread_pool.h"
 
 #include <cstdio>
-#include <cstdlib>
 
 namespace MctsTable {
 
@@ -12,22 +12,25 @@ MctsNode* nodes = nullptr;
 int capacity = 8388608;
 std::atomic<int> nodeCount = 0;
 
+static LargeMemory memory;
+
 void allocate(int megabytes) {
     free();
     const std::size_t bytes = std::size_t(megabytes) << 20;
-    // Zero pages come untouched from the system; the first search pays for those that it uses.
-    nodes = static_cast<MctsNode*>(std::calloc(1, bytes));
-    if (!nodes) {
+    if (!memory.allocate(bytes)) {
         std::fprintf(stderr, "Unable to allocate %zu bytes of memory for %s\n", bytes, "tree nodes");
         endProcess(1);
     }
+    nodes = static_cast<MctsNode*>(memory.data());
     capacity = megabytes << 14;
 }
 
 void free() {
-    std::free(nodes);
+    memory.free();
     nodes = nullptr;
 }
+
+void useHugePages() { memory.useHugePages(); }
 
 bool isNearlyFull() {
     constexpr int MarginPerThread = 200;

@@ -45,6 +45,7 @@ extern std::atomic<int> nodeCount;  // next free index in root preparation, then
 // Replaces the array by one of that many megabytes. The memory is not touched.
 void allocate(int megabytes);
 void free();
+void useHugePages();
 
 // Whether the search must end because few records are left. An expansion may take more than its thread's
 // share of the margin, so it tests the capacity itself.

@@ -43,7 +43,7 @@ void resetRoot() {
     root.visits.store(3);
     nodeCount.store(1);
     mctsSelDepth = 0;
-    mctsPruned[0] = false;
+    for (Relaxed<bool>& pruned : mctsPruned) pruned = false;
 }
 
 double firstRootValue(const Position& root, Position& child, Move move) {
@@ -150,13 +150,13 @@ void answer() {
 
 void prepareTree(Position& root, double seconds) {
     setUpSearch(seconds);
+    if (seconds >= HugePageTarget) MctsTable::useHugePages();
     resetRoot();
     const RootMove* list = ThreadPool::threadRecords[0].rootMoves;
     double total = 0.0;
     Position child;
     for (int i = 0; list[i].move != NoMove; ++i) {
         const Move move = cleanMove(list[i].move);
-        mctsPruned[i + 1] = false;
         if (!makeMove(&root, &child, move)) continue;
         const int index = nodeCount.load();
         MctsNode& made = nodes[index];

@@ -191,8 +191,11 @@ TEST(Go, SameCommandsGiveTheSameLines) {
             engine.send(line);
             engine.send("go depth 9");
             lines.push_back(engine.expect("bestmove .*"));
-            for (const std::string& text : engine.passed)
+            for (const std::string& text : engine.passed) {
+                // These come by the clock.
+                if (std::regex_match(text, std::regex("info (nodes|currmove) .*"))) continue;
                 lines.push_back(std::regex_replace(text, std::regex(" (time|nps) \\d+"), ""));
+            }
         }
         return lines;
     };

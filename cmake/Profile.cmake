@@ -1,0 +1,20 @@
+# A profile-guided build takes two: one that counts (GENERATE), whose engine is run, and one that is optimised by
+# the counts (USE). scripts/build_release.sh goes through all of it.
+set(TARVOK_PROFILE "" CACHE STRING "GENERATE counts, USE optimises by the counts, empty does neither")
+set(TARVOK_PROFILE_DIR "${PROJECT_BINARY_DIR}/profile" CACHE PATH "Where the counts lie")
+
+if(TARVOK_PROFILE)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    message(FATAL_ERROR "TARVOK_PROFILE needs g++")
+  endif()
+  # Counts are found again by the object's name below the build directory, which differs between the two builds.
+  add_compile_options(-fprofile-prefix-path=${PROJECT_BINARY_DIR})
+  if(TARVOK_PROFILE STREQUAL "GENERATE")
+    add_compile_options(-fprofile-generate=${TARVOK_PROFILE_DIR} -fprofile-update=prefer-atomic)
+    add_link_options(-fprofile-generate=${TARVOK_PROFILE_DIR})
+  else()
+    # What the training run did not reach is optimised as without counts.
+    add_compile_options(-fprofile-use=${TARVOK_PROFILE_DIR} -fprofile-partial-training -Wno-missing-profile)
+    add_link_options(-fprofile-use=${TARVOK_PROFILE_DIR})
+  endif()
+endif()
