@@ -11,7 +11,7 @@ JOBS ?= $(shell nproc)
 
 # A compiler that is named gets a build directory of its own, since CMake cannot change it in one that exists.
 ifeq ($(origin CXX),default)
-BUILD ?= build/release
+BUILD ?= $(if $(shell command -v ninja),build/engine,build/release)
 else
 BUILD ?= build/release-$(subst $(eval) ,-,$(notdir $(CXX)))
 export CXX
@@ -19,8 +19,12 @@ endif
 
 GENERATOR := $(if $(shell command -v ninja),Ninja,Unix Makefiles)
 
-# How a release target is built in $(BUILD).
+# How a release target is built in $(BUILD): by the counts of a training run where g++ and ninja are at hand.
+ifeq ($(BUILD),build/engine)
+build_release = scripts/build_release.sh
+else
 build_release = cmake --preset release -B '$(BUILD)' -G '$(GENERATOR)' && cmake --build '$(BUILD)' --parallel $(JOBS) --target
+endif
 
 .PHONY: all bench test install clean
 

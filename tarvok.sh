@@ -17,11 +17,11 @@ build() (
         exec 9>build/lock
         flock 9
     fi
-    [[ -f build/release/build.ninja ]] || cmake --preset release
-    cmake --build --preset release --target tarvok
+    scripts/build_release.sh
 )
 # Standard input belongs to the engine too: a build step that read from it would eat commands. The build is quiet
-# unless it fails.
+# unless it fails; a first one takes some minutes, so it says that it has begun.
+[[ -x $here/build/engine/tarvok ]] || echo "tarvok.sh: building the engine, which takes a few minutes" >&2
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 if ! build </dev/null >"$log" 2>&1; then
@@ -30,4 +30,4 @@ if ! build </dev/null >"$log" 2>&1; then
 fi
 rm -f "$log"
 trap - EXIT
-exec "$here/build/release/tarvok" "$@"
+exec "$here/build/engine/tarvok" "$@"

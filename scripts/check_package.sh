@@ -3,7 +3,7 @@
 # `make EXE=name`, `make install`, the manual page, and the Debian package.
 #   scripts/check_package.sh [--install]
 # --install also puts the package into this system with dpkg, runs it and removes it (needs root). BUILD in the
-# environment names the build directory, build/release by default.
+# environment names the build directory, build/engine by default.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -24,7 +24,7 @@ need dpkg-shlibdeps dpkg-dev
 need dpkg-deb dpkg
 installMissing
 
-build=$(realpath -m "${BUILD:-build/release}")
+build=$(realpath -m "${BUILD:-build/engine}")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 fail() {
