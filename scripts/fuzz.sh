@@ -48,9 +48,13 @@ lengthOf() {
 # The last line with the fuzzer's numbers: inputs run, coverage, inputs kept, speed.
 report() {
     local name=$1 seconds=$2 line
-    line=$(grep -a '^#[0-9]' "$3" | tail -n 1 | sed -E 's/ (lim|L|MS|rss): .*(exec)/ \2/; s/ (rss|L|MS): .*//')
+    line=$(grep -a '^#[0-9]' "$3" | tail -n 1 | sed -E 's/ (lim|L|MS|rss): .*(exec)/ \2/; s/ (rss|L|MS): .*//') ||
+        line="nothing run yet"
     printf '%s: %d:%02d of %d minutes  %s\n' "$name" $((seconds / 60)) $((seconds % 60)) "$minutes" "$line"
 }
+
+# The limit on one input is long, since a busy machine may keep the fuzzer waiting.
+inputSeconds=300
 
 running=
 trap '[[ -z $running ]] || kill "$running" 2>/dev/null' EXIT
@@ -60,8 +64,8 @@ fuzz() {
     mkdir -p "$work/corpus" "$work/tmp"
     [[ $name != table ]] || "$program" --seeds="$work/corpus"
     [[ ! -f tests/fuzz/${name}_fuzz.dict ]] || dictionary=(-dict="tests/fuzz/${name}_fuzz.dict")
-    TMPDIR=$work/tmp "$program" -max_total_time=$((minutes * 60)) -max_len="$(lengthOf "$name")" -timeout=20 \
-        -rss_limit_mb=2048 -close_fd_mask=3 -artifact_prefix="$work/found-" "${dictionary[@]}" \
+    TMPDIR=$work/tmp "$program" -max_total_time=$((minutes * 60)) -max_len="$(lengthOf "$name")" \
+        -timeout="$inputSeconds" -rss_limit_mb=2048 -close_fd_mask=3 -artifact_prefix="$work/found-" "${dictionary[@]}" \
         "$work/corpus" "tests/fuzz/corpus/${name}_fuzz" >"$work/log" 2>&1 &
     running=$!
     echo "$name: $minutes minutes, log in $work/log"
