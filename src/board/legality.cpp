@@ -3,7 +3,6 @@
 #include "board/legality.h"
 
 #include "board/attacks.h"
-#include "board/fen.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
 

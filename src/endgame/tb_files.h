@@ -7,15 +7,14 @@
 
 struct TbEntry;
 
-// Forgets all tables and registers those found in `path`, directories separated by ":"; nothing for an empty
-// text or
-// "<empty>". Prints the counts. Only while no search runs.
+// Forgets all tables and registers those found in `path`, directories separated by ":"; an empty text or
+// "<empty>" registers none. Prints the counts. Only while no search runs.
 void tbInit(const char* path);
 
 extern int tbWdlCount;  // files found
 extern int tbDtmCount;
 extern int tbDtzCount;
-extern int tbMaxMen;     // the most men of any WDL file; keeps its value when the path is emptied
+extern int tbMaxMen;     // the most men of any WDL file. Intended: an emptied path leaves it
 extern int tbMaxMenDtm;  // the same for DTM files, which nothing reads
 
 // File kinds in the order of the per-kind fields of an entry.

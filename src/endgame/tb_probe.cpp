@@ -44,13 +44,13 @@ int listCaptures(const Position& pos, Move* list) {
 }
 
 // A position as a table sees it.
-struct TableView {
+struct TbView {
     TbEntry& entry;
     int codeMask;    // exclusive-or of board codes: 8 if the table's white is Black
     int squareMask;  // of squares
     int side;        // 0 if the table's white is to move
 
-    TableView(const Position& pos, TbEntry& tableEntry) : entry(tableEntry) {
+    TbView(const Position& pos, TbEntry& tableEntry) : entry(tableEntry) {
         // A symmetric table is stored for its white to move, whatever the colour on the board.
         const bool blackToMove = pos.sideToMove() == Black;
         const bool turned = entry.symmetric ? blackToMove : entry.key != pos.matKeyPlain;
@@ -64,7 +64,7 @@ struct TableView {
 };
 
 // Writes the squares of `count` men of one code; false if the board has another number of them.
-bool placeMen(const Position& pos, const TableView& view, int code, int* squares, int count) {
+bool placeMen(const Position& pos, const TbView& view, int code, int* squares, int count) {
     Bitboard men = view.menOf(pos, code);
     if (popcount(men) != count) return false;
     forEachSquare(men, [&](int square) { *squares++ = square ^ view.squareMask; });
@@ -73,14 +73,14 @@ bool placeMen(const Position& pos, const TableView& view, int code, int* squares
 
 // The leading file, 0 without pawns. The leading pawns, whose code is `code`, are written with their leader
 // in front.
-int leadingFile(const Position& pos, const TableView& view, int code, int* squares) {
+int leadingFile(const Position& pos, const TbView& view, int code, int* squares) {
     const TbEntry& entry = view.entry;
     if (!entry.hasPawns || !placeMen(pos, view, code, squares, entry.pawnsLeading)) return 0;
     return tbLeadingFile(squares, entry.pawnsLeading);
 }
 
 // The raw value of a position in one slice, or -1. `squares` holds the leading pawns already.
-int rawValue(const Position& pos, const TableView& view, const TbSlice& slice, int* squares) {
+int rawValue(const Position& pos, const TbView& view, const TbSlice& slice, int* squares) {
     const int menCount = view.entry.menCount;
     for (int i = view.entry.pawnsLeading; i < menCount;) {
         const int code = slice.list.men[i];
@@ -108,7 +108,7 @@ int tbWdlTable(const Position& pos, int* success) {
     if (pos.matKeyPlain == 0) return 0;  // bare kings
     TbEntry* const entry = tbTableFor(pos, TbWdl);
     if (!entry || hasBackRankPawns(pos)) return fail(success);
-    const TableView view(pos, *entry);
+    const TbView view(pos, *entry);
     int squares[MaxTableMen] = {};
     const int file = leadingFile(pos, view, tbSlicesOf(*entry, 0).wdl[0].list.men[0], squares);
     const int raw = rawValue(pos, view, tbSlicesOf(*entry, file).wdl[view.side], squares);
@@ -131,7 +131,7 @@ int mappedDistance(const TbEntry& entry, const TbFileSlices& slices, int wdl, in
 int tbDtzTable(const Position& pos, int wdl, int* success) {
     TbEntry* const entry = tbTableFor(pos, TbDtz);
     if (!entry || hasBackRankPawns(pos)) return fail(success);
-    const TableView view(pos, *entry);
+    const TbView view(pos, *entry);
     int squares[MaxTableMen] = {};
     const int file = leadingFile(pos, view, tbSlicesOf(*entry, 0).dtz.list.men[0], squares);
     const TbFileSlices& slices = tbSlicesOf(*entry, file);

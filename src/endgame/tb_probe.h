@@ -8,8 +8,8 @@
 
 inline constexpr int NoTbScore = 0x7fffffff;
 
-// Values of one search. Written by thread 0 while the workers are idle; only `tbHits` moves
-// during a search, counted by all threads without a lock; lost counts are accepted.
+// Values of one search. Written by thread 0 while the workers are idle; only `tbHits` moves during a search,
+// counted by all threads without a lock; lost counts are accepted.
 extern int tbPieceLimit;  // men up to which inner nodes probe; 0 turns them off
 extern int tbRootScore;   // shown by reports when tables decided the root, else NoTbScore
 extern Relaxed<std::uint64_t> tbHits;

@@ -11,5 +11,5 @@ int kingPawnEnding(const Position& pos, float& scale);        // pawn against th
 
 // A score of a position where the bishop can't control its rook's pawn's promotion square and the enemy king
 // holds the corner is cut to 30. Intended: of two bishops only the one on the lowest square is looked at.
-// `value` in tenths of result units, White's view, and so is what comes back.
+// `value` in tenths of a centipawn, White's view, and so is what comes back.
 int wrongBishop(const Position& pos, int value);

@@ -68,7 +68,7 @@ void closedContempt(const Position& pos, EvalInfo& info) {
 void runStages(const Position& pos, EvalInfo& info) {
     prepareMaps(pos, info);
     evaluatePieces(pos, info);
-    uniteAttacks(pos, info);
+    uniteAttacks(info);
     evaluateQueenDefence(pos, info);
     evaluateWing(pos, info);
     evaluateKingSafety(pos, info);

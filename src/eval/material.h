@@ -11,5 +11,5 @@ void initMaterialTable();
 // whole positional sum; 0 means that only material counts.
 int evaluateMaterial(const Position& pos, float& scale);
 
-// Blended units below which material counts as level.
+// Material counts as level while it is smaller than this in magnitude; blended units.
 inline constexpr int LevelMaterial = 19200;

@@ -4,12 +4,10 @@
 #include "board/score.h"
 #include "eval/term_tables.h"
 
-#include <array>
-
 // ---- Mobility, by number of squares ----
 
 // clang-format off
-inline constexpr Score KnightMobility[17] = {
+inline constexpr Score KnightMobility[13] = {
     pair(-422, -516), pair(-347, -424), pair(-283, -346), pair(-228, -279), pair(-179, -219), pair(-135, -166),
     pair( -95, -118), pair( -59,  -74), pair( -26,  -33), pair(   5,    4), pair(  33,   39), pair(  60,   71),
     pair(  85,  102),

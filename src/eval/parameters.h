@@ -55,5 +55,6 @@ using DistanceTable = Score[DistanceRows][9];
 extern DistanceTable PasserOwnKing, PasserEnemyKing;
 extern DistanceTable CandidateOwnKing, CandidateEnemyKing;
 extern DistanceTable PawnEndOwnKing, PawnEndEnemyKing;
+// Parts of `initEvalParameters` with files of their own.
 void buildDistanceTables();
 void buildPieceSquare();

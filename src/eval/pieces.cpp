@@ -268,7 +268,7 @@ void evaluatePieces(const Position& pos, EvalInfo& info) {
     evaluateQueens<Black>(pos, info);
 }
 
-void uniteAttacks(const Position&, EvalInfo& info) {
+void uniteAttacks(EvalInfo& info) {
     for (const Colour us : {White, Black}) {
         info.minorAttacks[us] = info.knightAttacks[us] | info.bishopAttacks[us];
         info.noQueenAttacks[us] = info.minorAttacks[us] | info.pawnAttacks[us] | info.rookAttacks[us];

@@ -10,13 +10,13 @@
 
 // A pair for each count, for terms that are worth the same each time. There is room for any board that a FEN
 // can set up.
-inline constexpr std::size_t Counts = 65;
-constexpr std::array<Score, Counts> timesCount(int mg, int eg) {
-    std::array<Score, Counts> table{};
-    for (std::size_t i = 0; i < Counts; ++i) table[i] = pair(mg * int(i), eg * int(i));
+inline constexpr std::size_t CountEntries = 65;
+constexpr std::array<Score, CountEntries> timesCount(int mg, int eg) {
+    std::array<Score, CountEntries> table{};
+    for (std::size_t i = 0; i < CountEntries; ++i) table[i] = pair(mg * int(i), eg * int(i));
     return table;
 }
-using CountTable = std::array<Score, Counts>;
+using CountTable = std::array<Score, CountEntries>;
 
 inline Score at(const CountTable& table, int count) { return table[std::size_t(count)]; }
 

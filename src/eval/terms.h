@@ -12,13 +12,14 @@ void prepareMaps(const Position& pos, EvalInfo& info);
 void evaluatePieces(const Position& pos, EvalInfo& info);
 
 // Unites the attack maps; pawns that only a queen defends; the wing on which both kings stand.
-void uniteAttacks(const Position& pos, EvalInfo& info);
+void uniteAttacks(EvalInfo& info);
 void evaluateQueenDefence(const Position& pos, EvalInfo& info);
 void evaluateWing(const Position& pos, EvalInfo& info);
 
 // Checks, contact squares and defenders of both kings, with the centre and undefended pawns.
 void evaluateKingSafety(const Position& pos, EvalInfo& info);
 
+// Men attacked by lesser men or left hanging, and pawn pushes that would attack some.
 void evaluateThreats(const Position& pos, EvalInfo& info);
 
 // What pieces make of the passed pawns, and the kings' race in pure pawn endings.

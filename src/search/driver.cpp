@@ -21,8 +21,6 @@
 
 namespace {
 
-constexpr int LastIteration = 1001;  // no search deepens farther, whatever its limit
-
 // What one search answers.
 struct Answer {
     Move best = NoMove;
@@ -72,9 +70,7 @@ void prepareMainThread(Position& root) {
 void logStart(Position& root) {
     if (!searchHost.isLogging()) return;
     searchHost.log("fen: %s\n", writeFen(root).c_str());
-    char lastMove[6];
-    moveToText(root.lastMove, lastMove);
-    searchHost.log("lastmove: %s\n", lastMove);
+    searchHost.log("lastmove: %s\n", moveText(root.lastMove).c_str());
     searchHost.log("eval: %d\n", evaluate(root, -OpenEvalBound, OpenEvalBound));
     if (searchControl.ponder)
         searchHost.log("ponder ply: %d\n", int(root.gamePly));
@@ -117,8 +113,6 @@ void publishRoot(Position& root, const char* searchMoves, double target) {
 
 // ---- Iterations ----
 
-bool isMainStopped() { return ThreadPool::threadRecords[0].stopFlag & 1; }
-
 void beginIteration(SearchThread& thread, int depth) {
     searchState.bestMoveChanges *= 0.5;
     searchState.iterationFailLow = false;
@@ -159,8 +153,7 @@ bool isLastIteration(int depth, int score) {
     testIterationEnd(depth, score);
     if (searchState.stopAfterIteration && !searchControl.ponder) return true;
     if (searchState.depthLimit < MateEndsBelow && std::abs(score) >= MateBound) return true;
-    return depth >= searchState.depthLimit || depth >= searchState.skillDepth || depth >= LastIteration ||
-           depth >= MaxIteration - 2;
+    return depth >= searchState.depthLimit || depth >= searchState.skillDepth || depth >= MaxIteration - 2;
 }
 
 // Deepens until something ends the search.

@@ -81,7 +81,7 @@ struct FullTrial {
     FullTrial(const FullWindowNode& node, Move tried)
         : move(tried), isHashMove(tried == node.table.move), isTactical(::isTactical(node.pos, tried)) {}
 
-    bool isQuietOutOfCheck() const { return !(kind & (KindTactical | KindEvasion)); }
+    bool isQuietOutOfCheck() const { return !(kind & (MoveTactical | MoveEvasion)); }
 };
 
 // ---- Before the moves ----
@@ -204,12 +204,12 @@ static inline bool deferMove(FullWindowNode& node, const FullTrial& trial) {
 
 // Counts and lists a move that was made.
 static inline void noteMove(FullWindowNode& node, FullTrial& trial) {
-    trial.kind = (node.pos.inCheck ? KindEvasion : 0) | (trial.isTactical ? KindTactical : 0);
+    trial.kind = (node.pos.inCheck ? MoveEvasion : 0) | (trial.isTactical ? MoveTactical : 0);
     if (trial.kind == 0)
         node.tried.addQuiet(quietMoveOf(node.pos, trial.move));
-    else if (trial.kind == KindTactical)
+    else if (trial.kind == MoveTactical)
         node.tried.addTactical(trial.move);
-    if (markCheck(node.child)) trial.kind |= KindCheck;
+    if (markCheck(node.child)) trial.kind |= MoveCheck;
     ++node.played;
 }
 
@@ -287,7 +287,6 @@ static inline void searchChild(FullWindowNode& node, FullTrial& trial) {
         trial.score = fullWindowScore(node, trial.newDepth);
         return;
     }
-    const bool under = trial.move >= FirstUnderPromotion;
     if (searchState.useLmr && reach >= 6 && !trial.isTactical) {
         const int reduction = reductionFor(node, trial);
         if (reduction >= 2) {
@@ -298,7 +297,7 @@ static inline void searchChild(FullWindowNode& node, FullTrial& trial) {
     // Intended: even an under-promotion gets the full depth here, and half of it only in the whole window.
     trial.score = zeroWindowScore(node, trial.newDepth, 0);
     if (trial.score <= node.alpha || isStopped(node.pos)) return;
-    trial.score = fullWindowScore(node, under ? trial.newDepth / 4 * 2 : trial.newDepth);
+    trial.score = fullWindowScore(node, depthOfMove(trial.move, trial.newDepth));
 }
 
 // True on a fail high.

@@ -6,7 +6,6 @@
 #include "search/search_thread.h"
 #include "search/thread_pool.h"
 
-#include <cstddef>
 #include <cstdint>
 
 // A tried quiet move as the history tables index it.

@@ -27,9 +27,9 @@ inline constexpr int DecidedScore = 3900;            // beyond it a hash score i
 
 // What a move is, as sets of tried moves and rules tell moves apart.
 enum MoveKind : int {
-    KindTactical = 1,  // capture, en passant or promotion
-    KindCheck = 2,     // gives check
-    KindEvasion = 4,   // answers a check
+    MoveTactical = 1,  // capture, en passant or promotion
+    MoveCheck = 2,     // gives check
+    MoveEvasion = 4,   // answers a check
 };
 
 // ---- Entry ----

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -44,7 +43,7 @@ void SearchThread::init(int index) {
     pawnHash = nullptr;
     matHash = nullptr;
     hasWorker = false;
-    historyFresh = false;
+    hasHistory = false;
     startFlag = false;
     stopFlag = std::uint8_t{0};
 
@@ -70,8 +69,8 @@ void SearchThread::clearKillers() {
 
 void SearchThread::allocateCaches(int index) {
     iterationDepth = 0;
-    if (!historyFresh) resetHistory();
-    historyFresh = true;
+    if (!hasHistory) resetHistory();
+    hasHistory = true;
     matHash = allocateTable<MatCacheEntry>(cacheMemory[0], MatCacheEntries, "mat_hash");
     pawnHash = allocateTable<PawnEntry>(cacheMemory[1], prefetchBases.pawnMask + 1, "pawn_hash");
     evalCache = allocateTable<EvalCacheEntry>(cacheMemory[2], prefetchBases.evalMask + 1, "eval_cache");

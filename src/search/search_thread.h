@@ -38,7 +38,7 @@ struct SearchThread {
     LargeMemory cacheMemory[3];  // behind these
     pthread_t worker;
     bool hasWorker;                  // never for thread 0
-    bool historyFresh;               // whether the histories hold values
+    bool hasHistory;                 // the histories hold values
     bool startFlag;                  // guarded by the pool's start mutex
     Relaxed<std::uint8_t> stopFlag;  // written by exchange, read at every node
 

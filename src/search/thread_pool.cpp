@@ -10,7 +10,6 @@
 #include "search/search_host.h"
 
 #include <condition_variable>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>

@@ -58,3 +58,6 @@ inline SearchThread& threadOf(const Position& pos) {
     return ThreadPool::threadRecords[std::size_t(pos.threadIndex)];
 }
 inline bool isStopped(const Position& pos) { return threadOf(pos).stopFlag & 1; }
+// Thread 0's flag ends the search as a whole.
+inline bool isMainStopped() { return ThreadPool::threadRecords[0].stopFlag & 1; }
+inline void stopMainThread() { ThreadPool::threadRecords[0].stopFlag.exchange(1); }

@@ -53,7 +53,7 @@ double easyShare(const IterationFacts& facts) {
 
 void updateEasyStop(const IterationFacts& facts) {
     const double share = easyShare(facts);
-    if (!(ThreadPool::threadRecords[0].stopFlag & 1)) {
+    if (!isMainStopped()) {
         const double start = searchState.searchStart;
         const double wanted = share * searchState.iterationTarget;
         // Intended: a duration is compared with a time of the clock, so the cap never acts.
@@ -74,17 +74,14 @@ void testIterationEnd(int depth, int score) {
     if (onlyMove && searchState.iterationTarget * 1000 <= LongestTimed) searchState.stopAfterIteration = true;
 }
 
-static void stopMainThread() { ThreadPool::threadRecords[0].stopFlag.exchange(1); }
-
-// A quit may have come without a line: at the end of input, also of input that ended before this search
+// Runs all lines that have come, so that a long queue doesn't delay its end; but what follows a stop is for
+// later. A quit may also come without a line: at the end of input, even one that ended before this search
 // began.
-// All lines that have come, so that a long queue doesn't delay its end; but what follows a stop is for later.
 static void runWaitingCommands() {
-    const Relaxed<std::uint8_t>& stopFlag = ThreadPool::threadRecords[0].stopFlag;
     bool goesOn = true;
     while (goesOn && searchHost.inputWaiting()) {
         searchHost.processCommand();
-        goesOn = !searchControl.quitRequested && !(stopFlag & 1);
+        goesOn = !searchControl.quitRequested && !isMainStopped();
     }
     if (searchControl.quitRequested) ThreadPool::stopAllThreads();
 }
@@ -118,7 +115,7 @@ bool periodicCheck() {
     }
     if (++calls % CallsBetweenChecks != 0) return false;
     runWaitingCommands();
-    if ((ThreadPool::threadRecords[0].stopFlag & 1) && !searchControl.ponder) return true;
+    if (isMainStopped() && !searchControl.ponder) return true;
     const double now = currentTime();
     testDeadlines(now);
     reportEveryTwoSeconds(now);

@@ -17,7 +17,7 @@ struct Trial {
     Trial(const ZeroWindowNode& node, Move tried)
         : move(tried), isHashMove(tried == node.table.move), isTactical(::isTactical(node.pos, tried)) {}
 
-    bool isQuietOutOfCheck() const { return !(kind & (KindTactical | KindEvasion)); }
+    bool isQuietOutOfCheck() const { return !(kind & (MoveTactical | MoveEvasion)); }
 };
 
 // Moves that this node never tries.
@@ -68,16 +68,16 @@ static inline bool pruneMove(ZeroWindowNode& node, const Trial& trial) {
 
 // Counts and lists a move that was made.
 static inline void noteMove(ZeroWindowNode& node, Trial& trial) {
-    trial.kind = node.pos.inCheck ? KindEvasion : 0;
+    trial.kind = node.pos.inCheck ? MoveEvasion : 0;
     if (trial.isTactical) {
-        trial.kind |= KindTactical;
+        trial.kind |= MoveTactical;
         if (trial.isHashMove) node.hashMoveTactical = true;
     }
     if (trial.kind == 0)
         node.tried.addQuiet(quietMoveOf(node.pos, trial.move));
-    else if (trial.kind == KindTactical)
+    else if (trial.kind == MoveTactical)
         node.tried.addTactical(trial.move);
-    if (markCheck(node.child)) trial.kind |= KindCheck;
+    if (markCheck(node.child)) trial.kind |= MoveCheck;
     ++node.played;
     ++node.movesSeen;
 }
@@ -165,8 +165,8 @@ static inline int childScore(ZeroWindowNode& node, const Trial& trial, int depth
 static inline bool isNeverReduced(const ZeroWindowNode& node, const Trial& trial) {
     const std::uint32_t stage = node.picker.stage;
     return node.played == 1 || node.depth + trial.ext < 7 || stage == StageCaptures ||
-           trial.kind == (KindTactical | KindCheck) || !searchState.useLmr ||
-           (trial.kind == (KindTactical | KindEvasion) && stage == StageEvasions);
+           trial.kind == (MoveTactical | MoveCheck) || !searchState.useLmr ||
+           (trial.kind == (MoveTactical | MoveEvasion) && stage == StageEvasions);
 }
 
 static inline bool searchUnreduced(ZeroWindowNode& node, Trial& trial) {

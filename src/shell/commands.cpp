@@ -17,10 +17,10 @@
 #include "shell/start_up.h"
 #include "tree/node_store.h"
 
+#include <algorithm>
 #include <cinttypes>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 
 Position game[MaxGameRecords];
 int gameIndex = 0;
@@ -52,8 +52,7 @@ void shutDown() {
 
 Position& currentPosition() {
     Position& pos = game[gameIndex];
-    const int threadIndex = 0;
-    attachThread(pos, threadIndex);
+    attachThread(pos, 0);
     return pos;
 }
 
@@ -152,7 +151,7 @@ static void setOptionCommand(const Tokens& tokens, const std::string& line) {
 }
 
 static void stopCommand() {
-    ThreadPool::threadRecords[0].stopFlag.exchange(1);
+    stopMainThread();
     searchControl.stopRequested = true;
 }
 

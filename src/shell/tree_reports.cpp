@@ -103,8 +103,7 @@ void reportTree() {
     const int nodes = nodesInTree();
     const int depth = int(double(std::log(float(nodes))) / LogOfDepthBase);
     const bool hasDepthLimit = searchState.depthLimit != NoDepthLimit;
-    if (depth >= searchState.depthLimit || (hasDepthLimit && isExhausted(nodes)))
-        ThreadPool::threadRecords[0].stopFlag.exchange(1);
+    if (depth >= searchState.depthLimit || (hasDepthLimit && isExhausted(nodes))) stopMainThread();
     const double seconds = std::max(currentTime() - searchState.searchStart, 0.001);
     const int milliseconds = int(seconds * 1000.0);
     if (settings.multiPv >= 2) {

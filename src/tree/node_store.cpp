@@ -9,7 +9,7 @@
 namespace MctsTable {
 
 MctsNode* nodes = nullptr;
-int capacity = 8388608;
+int capacity = 0;
 std::atomic<int> nodeCount = 0;
 
 static LargeMemory memory;

@@ -27,9 +27,6 @@ constexpr double DrawValue = 0.5;
 constexpr std::uint64_t LeafVisits = 3;  // visits after which a node is expanded
 constexpr PlayoutResult NothingCredited{};
 
-// Every thread leaves the tree on thread 0's flag.
-bool isSearchStopped() { return ThreadPool::threadRecords[0].stopFlag & 1; }
-
 bool isUnderPromotion(Move move) { return (move & FlagMask) > FirstPromotion; }
 
 // The value of a node without a legal move.
@@ -92,7 +89,7 @@ Expansion expand(MctsNode& node, Position& pos, int ply) {
         float value = float(DrawValue);
         if (!drawn) {
             value = firstValue(pos, child, move, ply);
-            if (isSearchStopped()) {
+            if (isMainStopped()) {
                 result.stopped = true;
                 return result;
             }
@@ -201,7 +198,7 @@ PlayoutResult descend(const Position& pos, MctsNode& child, int ply) {
     beginDescent(child);
     const PlayoutResult below =
         isTreeDraw(pos, made, ply) ? PlayoutResult{DrawValue, true} : mctsPlayout(&child, made, ply + 1);
-    if (isSearchStopped() || !below.credited) {
+    if (isMainStopped() || !below.credited) {
         cancelDescent(child);
         return NothingCredited;
     }
@@ -211,7 +208,7 @@ PlayoutResult descend(const Position& pos, MctsNode& child, int ply) {
 
 // Another thread is giving this child its children.
 void waitWhileBusy(const MctsNode& child, const Position& pos) {
-    while (child.isBusy() && !isSearchStopped()) {
+    while (child.isBusy() && !isMainStopped()) {
         if (pos.threadIndex == 0) periodicCheck();
         __builtin_ia32_pause();
     }

@@ -20,9 +20,6 @@ namespace {
 using MctsTable::nodeCount;
 using MctsTable::nodes;
 
-bool isMainStopped() { return ThreadPool::threadRecords[0].stopFlag & 1; }
-void stopMain() { ThreadPool::threadRecords[0].stopFlag.exchange(1); }
-
 // Node budgets grow with the square root of the time, up to a ceiling.
 void setUpSearch(double seconds) {
     constexpr double LargestScale = 8.0;
@@ -79,7 +76,7 @@ void testLeader(double now, double start, double allotted) {
         if (i != leader && visits[i] > (second < 0 ? 0 : visits[second])) second = i;
     const std::uint64_t reachable = reachableVisits(now, start, allotted);
     if (second >= 0 && !searchControl.ponder && visits[leader] - visits[second] > reachable) {
-        stopMain();
+        stopMainThread();
         return;
     }
     for (int i = 0; i < count; ++i)
