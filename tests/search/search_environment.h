@@ -10,6 +10,7 @@
 #include "board/settings.h"
 #include "board/sliders.h"
 #include "endgame/tb_probe.h"
+#include "eval/king_pawn_bitbase.h"
 #include "eval/material.h"
 #include "eval/parameters.h"
 #include "search/limits.h"
@@ -28,6 +29,7 @@
 inline void startSearchTables() {
     static const bool started = [] {
         initSliders();
+        initKingPawnBitbase();
         initMaterialTable();
         initEvalParameters();
         buildSearchTables();
