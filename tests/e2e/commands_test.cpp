@@ -1,6 +1,7 @@
 // The interpreter through the binary: start, identity, options, positions, and input that no interface should
 // send.
 #include "e2e/uci_process.h"
+#include "support/temporary_folder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -13,20 +14,6 @@ static std::string firstMatch(const std::vector<std::string>& lines, const std::
         if (std::regex_match(line, wanted)) return line;
     return {};
 }
-
-// A folder of its own for a test's files.
-class TemporaryFolder {
-   public:
-    TemporaryFolder() {
-        char name[] = "/tmp/tarvok-test-XXXXXX";
-        folder = mkdtemp(name);
-    }
-    ~TemporaryFolder() { std::filesystem::remove_all(folder); }
-    std::string file(const std::string& name) const { return folder + "/" + name; }
-
-   private:
-    std::string folder;
-};
 
 TEST(Commands, StartPrintsTheBannerAndNothingElse) {
     UciProcess engine;
@@ -178,7 +165,7 @@ TEST(Commands, UciShowsTheValuesNowHeld) {
 
 TEST(Commands, HashFileHasTheTableAndLoadsBack) {
     const TemporaryFolder folder;
-    const std::string path = folder.file("hash with blank");
+    const std::string path = folder.file("hash with blank").string();
     UciProcess engine;
     engine.send("setoption name Hash value 1");
     engine.send("setoption name Hash File Name value " + path);
@@ -203,7 +190,7 @@ TEST(Commands, HashFileHasTheTableAndLoadsBack) {
 
 TEST(Commands, LogIsStampedAppendedToAndCut) {
     const TemporaryFolder folder;
-    const std::string path = folder.file("log");
+    const std::string path = folder.file("log").string();
     for (int run = 0; run < 2; ++run) {
         UciProcess engine;
         engine.send("setoption name Log File value " + path);
@@ -300,8 +287,7 @@ TEST(Commands, RefusedMovesAreToldAndPlayGoesOn) {
 TEST(Commands, UnplayablePositionsGetNoMove) {
     UciProcess engine;
     for (const char* fen : {"8/8/8/8/8/8/8/8 w - -", "4k3/8/8/8/8/8/8/8 w - -", "4k3/8/8/8/8/8/4r3/4K3 b - -",
-                            "P3k3/8/8/8/8/8/8/4K3 w - -", "kkkkkkkk/8/8/8/8/8/8/4K3 w - -", "w w w w", "x"}) {
-        if (std::string(fen) == "x") break;
+                            "P3k3/8/8/8/8/8/8/4K3 w - -", "kkkkkkkk/8/8/8/8/8/8/4K3 w - -", "w w w w"}) {
         engine.send(std::string("position fen ") + fen);
         engine.send("go depth 3");
         engine.expect("bestmove 0000");
@@ -338,8 +324,10 @@ TEST(Commands, HostileInputDoesNoHarm) {
 }
 
 TEST(Commands, InputMayEndInAnyWay) {
-    for (const char* input : {"", "uci\n", "uci", "position startpos\ngo infinite\n", "isready\nquitter\n",
-                              "\0\0\n", "go depth 3\nquit\n", " quit\n"}) {
+    for (const std::string& input :
+         {std::string(), std::string("uci\n"), std::string("uci"), std::string("\0\0\n", 3),
+          std::string("position startpos\ngo infinite\n"), std::string("isready\nquitter\n"),
+          std::string("go depth 3\nquit\n"), std::string(" quit\n")}) {
         UciProcess engine;
         engine.write(input);
         engine.closeInput();

@@ -1,5 +1,6 @@
 // Searches through the binary: every form of `go`, and commands that arrive while one runs.
 #include "e2e/uci_process.h"
+#include "support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 #include <regex>
@@ -204,19 +205,31 @@ TEST(Go, SameCommandsGiveTheSameLines) {
     EXPECT_GT(first.size(), 20u);
 }
 
+// A shallow search with the file of a deep one. Each engine is fresh, so the file alone can save the work.
 TEST(Go, AHashFileSavesWork) {
-    UciProcess engine;
-    engine.send("setoption name Contempt value 0");
-    engine.sync();
-    const auto nodesTo = [&](int depth) {
+    const TemporaryFolder folder;
+    const auto setUp = [&](UciProcess& engine) {
+        engine.send("setoption name Contempt value 0");
+        engine.send("setoption name Hash value 16");
+        engine.send("setoption name Hash File Name value " + folder.file("hash").string());
+        engine.send("position fen r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N2N2/PP2BPPP/R1BQ1RK1 w - -");
+        engine.sync();
+    };
+    const auto nodesTo = [](UciProcess& engine, int depth) {
         engine.send("go depth " + std::to_string(depth));
         engine.expect("bestmove .*");
         std::smatch match;
         std::regex_search(engine.passed.back(), match, std::regex("nodes (\\d+)"));
         return std::stol(match[1]);
     };
-    const long cold = nodesTo(12);
-    EXPECT_LT(nodesTo(12), cold / 2);
+    UciProcess deep, cold, warm;
+    for (UciProcess* engine : {&deep, &cold, &warm}) setUp(*engine);
+    nodesTo(deep, 12);
+    deep.send("setoption name Save Hash to File");
+    deep.expect("info string Hash Saved");
+    warm.send("setoption name Load Hash from File");
+    warm.expect("info string Hash Loaded");
+    EXPECT_LT(nodesTo(warm, 8), nodesTo(cold, 8) / 2);
 }
 
 // ---- While a search runs ----

@@ -1,0 +1,36 @@
+// A folder of its own for a test's files. It goes away with them, also when the test fails.
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <ios>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+class TemporaryFolder {
+   public:
+    TemporaryFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "tarvok-test-XXXXXX").string();
+        if (!mkdtemp(name.data())) ADD_FAILURE() << "no temporary folder";
+        folder = name;
+    }
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    std::string path() const { return folder.string(); }
+    std::filesystem::path file(const std::string& name) const { return folder / name; }
+    // Any bytes; an empty file without them.
+    void write(const std::string& name, std::string_view bytes = {}) const {
+        std::ofstream(file(name), std::ios::binary).write(bytes.data(), std::streamsize(bytes.size()));
+    }
+
+   private:
+    std::filesystem::path folder;
+};
