@@ -132,15 +132,6 @@ TEST(Generators, EvasionsAreTheLegalAnswersToACheck) {
     EXPECT_GT(interposedPromotions, 0);
 }
 
-TEST(Generators, EvasionsHoldNoMoveTwiceWhenOnePieceChecks) {
-    walkWithSideLines(2, 80, [&](const Position& pos) {
-        if (!pos.inCheck) return;
-        const MoveSet moves = sortedClean(listOf([&](Move* list) { return genEvasions(pos, list); }));
-        const MoveSet legal = legalPart(pos, moves);
-        ASSERT_EQ(std::adjacent_find(legal.begin(), legal.end()), legal.end());
-    });
-}
-
 // A piece that moves off a line between an own slider and the enemy king.
 static bool discoversCheck(const SlowBoard& board, Move move) {
     SlowBoard without = board;

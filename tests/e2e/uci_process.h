@@ -10,7 +10,7 @@ class UciProcess {
    public:
     static constexpr double Patience = 30;  // seconds; sanitized builds are slow
 
-    // Starts the binary with these arguments, in a working directory without a book.
+    // Starts the binary with these arguments, in the test's own directory.
     explicit UciProcess(const std::vector<std::string>& arguments = {});
     ~UciProcess();  // kills what still runs
     UciProcess(const UciProcess&) = delete;

@@ -13,7 +13,7 @@
 #include <unistd.h>
 #include <vector>
 
-// The folder of real tables, or nothing when it is absent.
+// The folder of real tables. Only behind REQUIRE_SHARED_DATA().
 inline std::filesystem::path realTables() { return *sharedData() / "syzygy"; }
 
 // What `call` writes to standard output, and what to standard error.

@@ -45,8 +45,8 @@ TEST_F(TbProbe, EqualsTheListedResults) {
     EXPECT_GT(cursed, 0);
 }
 
-// Each of these once went another way through the probe: a turned table, a look ahead of one ply, two kings
-// on the diagonal, captures that decide, en passant, and results that the fifty-move rule spoils or saves.
+// Each of these takes another way through the probe: a turned table, a look ahead of one ply, two kings on
+// the diagonal, captures that decide, en passant, and results that the fifty-move rule spoils or saves.
 struct ProbeRow {
     const char* name;
     const char* fen;

@@ -48,7 +48,7 @@ static std::string flipped(const Position& pos) {
         for (int file = 0; file < 8; ++file) {
             const int code = pos.board[makeSquare(file, rank)];
             // Ranks from the first up read as ranks from the eighth down.
-            board += code ? " pnbrqk  PNBRQK"[code == 0 ? 0 : code] : '1';
+            board += code ? " pnbrqk  PNBRQK"[code] : '1';
         }
     }
     std::string rights;

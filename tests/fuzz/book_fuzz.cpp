@@ -27,7 +27,7 @@ constexpr const char* Fens[] = {
     "rnbqkbnr/ppp1pppp/8/8/3pP3/8/PPPP1PPP/RNBQKBNR b KQkq e3",
     "1r3kr1/8/8/8/8/8/8/1R3KR1 w GBgb -",
     "4k3/8/8/8/8/8/4q3/4K3 w - -",
-    "7k/5Q2/6K1/8/8/8/8/8 b - -",  // mate: no move is legal
+    "7k/5Q2/6K1/8/8/8/8/8 b - -",  // stalemate: no move is legal
 };
 
 struct Record {

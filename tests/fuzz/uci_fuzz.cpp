@@ -2,13 +2,11 @@
 // inside of them. Every answer is checked against the rules.
 //
 // What would cost time, memory or files is bounded before the interpreter sees it:
-// - `go` gets a limit of nodes in front of its own; a larger one of its own is cut. Where no such limit acts,
-// while
-//   pondering and at the end of a search without one, the search reads the lines that follow and then a
-//   `stop`. So no search waits for the clock or for a person. `perft` stops after two plies.
+// - `go` gets a limit of nodes in front of its own; a larger one of its own is cut. Where no such limit
+//   acts, while pondering and at the end of a search without one, the search reads the lines that follow and
+//   then a `stop`. So no search waits for the clock or for a person. `perft` stops after two plies.
 // - Lines that name the options of memory, threads or files are written anew from what they say: small
-// tables,
-//   three threads at most, and files in a folder of the fuzzer's own.
+//   tables, three threads at most, and files in a folder of the fuzzer's own.
 // - `quit` is left out, since the tables are gone after it.
 #include "board/attacks.h"
 #include "board/make_move.h"

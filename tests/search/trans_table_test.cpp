@@ -114,7 +114,7 @@ TEST_F(TransTableTest, TheOldAndShallowMakeRoom) {
     EXPECT_TRUE(holds(5));
     store(6, 30);
     EXPECT_FALSE(holds(5));  // the shallowest
-    // Two searches of age weigh more than ten half plies, one search less.
+    // A search of age weighs six half plies.
     nextSearch();
     store(2, 20);
     store(3, 20);
