@@ -33,6 +33,8 @@ inline slow::Given givenFor(const Position& pos) {
     given.progressThreshold = settings.progressThreshold;
     given.dynamismMg = dynamismMg;
     given.dynamismEg = dynamismEg;
+    given.noise = evalNoise;
+    given.noiseWord = noiseKey ^ pos.key;
     return given;
 }
 

@@ -132,7 +132,9 @@ static int finish(const EvalBoard& board, const Given& given, const PawnFacts& f
     const int phase = std::min(board.phase, 96), sign = board.whiteToMove ? 1 : -1;
     if (phase >= 4 && phase <= 8 && std::abs(value) > 30) value = limitWrongBishop(board, value);
     const int tempo = (2496 + 91 * phase + 48) / 96;
-    value = sign * rounded(sign * value + tempo, 10);
+    value = rounded(sign * value + tempo, 10);
+    if (given.noise > 0) value += int(given.noiseWord % unsigned(given.noise)) - given.noise / 2;
+    value *= sign;
     // White's view again: in endgames a wide pawn front helps the side that is ahead, a narrow one doesn't.
     if (value != 0) {
         const int span = facts.span[value > 0 ? White : Black];

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <set>
@@ -100,6 +101,8 @@ struct Given {
     int progressThreshold = 30;
     int dynamismMg = 160;
     int dynamismEg = 185;
+    int noise = 0;                // width in centipawns, 0 for none
+    std::uint64_t noiseWord = 0;  // the seed and the position's key
 };
 
 // Every man's piece-square pair, White's less Black's in the sheet of `judge` under "pieceSquares".
