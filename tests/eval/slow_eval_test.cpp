@@ -85,6 +85,7 @@ const char* const ThinEndings[] = {
     "4k3/4p3/4n3/2b5/8/3B1N2/3PP3/3K4 b - -",
     "8/pp3k2/4r3/8/8/4R3/PPP2K2/8 w - -",
     "k7/8/1K6/8/P7/8/8/2B5 w - -",
+    "k7/8/1K6/8/P7/8/8/2B1B3 w - -",
     "8/8/2b5/p7/8/1k6/8/K7 b - -",
     "4k3/8/8/2p1p1p1/2P1P1P1/8/8/4K3 w - -",
     "5bk1/p5pp/8/8/8/8/PP5P/5BK1 w - -",
@@ -93,7 +94,7 @@ const char* const ThinEndings[] = {
 
 }  // namespace
 
-class SlowEval : public EvalTest {
+class WholeEval : public EvalTest {
    protected:
     // Both evaluations, with the plain one's terms if they differ.
     void compare(const Position& game) {
@@ -130,13 +131,15 @@ class SlowEval : public EvalTest {
     int failed = 0;
 };
 
-TEST_F(SlowEval, AgreesInGames) {
+TEST_F(WholeEval, AgreesInGames) {
     walkRandomGames(3, 120, [&](const Position& game) { compare(game); });
+    setOddStyle();
+    walkRandomGames(1, 120, [&](const Position& game) { compare(game); });
     EXPECT_EQ(failed, 0);
-    EXPECT_GT(compared, 3000);
+    EXPECT_GT(compared, 4000);
 }
 
-TEST_F(SlowEval, AgreesOnKnownMaterial) {
+TEST_F(WholeEval, AgreesOnKnownMaterial) {
     setOddStyle();
     std::mt19937 random(3);
     for (const std::string& fen : knownSets(random, 24)) compare(positionOf(fen));
@@ -153,7 +156,7 @@ TEST_F(SlowEval, AgreesOnKnownMaterial) {
     EXPECT_EQ(failed, 0);
 }
 
-TEST_F(SlowEval, AgreesOnDrawnMaterial) {
+TEST_F(WholeEval, AgreesOnDrawnMaterial) {
     std::mt19937 random(4);
     for (const std::string& fen : drawnSets(random, 3000)) {
         Position pos = positionOf(fen);
@@ -180,7 +183,7 @@ static bool favoursAWing(const slow::EvalBoard& board) {
     return false;
 }
 
-TEST_F(SlowEval, WingsAreAlike) {
+TEST_F(WholeEval, WingsAreAlike) {
     std::mt19937 random(5);
     std::vector<std::string> fens = knownSets(random, 8);
     for (const std::string& fen : drawnSets(random, 2000)) fens.push_back(fen);
