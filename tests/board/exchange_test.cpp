@@ -225,10 +225,7 @@ TEST(Exchange, AgreesWithAPlainRecursionOnCrowdedBoards) {
         }
         for (std::size_t i = 0; i < 64; ++i)
             if ((i < 8 || i >= 56) && std::tolower(squares[i]) == 'p') squares[i] = '1';
-        std::string fen;
-        for (std::size_t rank = 0; rank < 8; ++rank)
-            fen += squares.substr(rank * 8, 8) + (rank < 7 ? "/" : "");
-        const Position pos = positionOf(fen + " w - -");
+        const Position pos = positionOf(boardText(squares) + " w - -");
         if (!isPlayable(pos)) continue;
         ++boards;
         judge(pos, seen);

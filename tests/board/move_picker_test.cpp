@@ -139,20 +139,14 @@ static std::vector<Move> inOrder(std::vector<Move> words) {
     for (Move& word : words) word &= 0xffff;
     return words;
 }
-template <class Generate>
-static std::vector<Move> generated(Generate generate) {
-    Move list[MaxListMoves];
-    const int count = generate(list);
-    return {list, list + count};
-}
 
 TEST_F(Picker, OrdersAndPutsOff) {
     int losingCaptures = 0;
     int losingQuiets = 0;
     walkRandomGames(4, 120, [&](const Position& pos) {
         const auto loses = [&](Move move) { return !isEnPassant(move) && seeLosing(pos, move); };
-        std::vector<Move> captures = inOrder(generated([&](Move* list) { return genCaptures(pos, list); }));
-        std::vector<Move> quiets = inOrder(generated([&](Move* list) { return genQuiets(pos, list); }));
+        std::vector<Move> captures = inOrder(listOf([&](Move* list) { return genCaptures(pos, list); }));
+        std::vector<Move> quiets = inOrder(listOf([&](Move* list) { return genQuiets(pos, list); }));
         std::vector<Move> putOff;
         std::copy_if(captures.begin(), captures.end(), std::back_inserter(putOff), loses);
         std::erase_if(captures, loses);
@@ -179,7 +173,7 @@ TEST_F(Picker, OrdersChecksByHistory) {
     int checks = 0;
     int losing = 0;
     walkRandomGames(6, 120, [&](const Position& pos) {
-        std::vector<Move> words = generated([&](Move* list) { return genQuietChecks(pos, list); });
+        std::vector<Move> words = listOf([&](Move* list) { return genQuietChecks(pos, list); });
         for (Move& word : words) word |= Move(quietStat(pos, word) / 4) << 16;
         std::vector<Move> expected = inOrder(words);
         checks += int(expected.size());
@@ -189,7 +183,7 @@ TEST_F(Picker, OrdersChecksByHistory) {
         const auto quiescence = pickQuiescence(pos, {.kind = KindQuiescenceChecks, .depth = 0});
         ASSERT_EQ(movesOf(quiescence, StageQuiescenceChecks), expected);
         // Those of the queen come as they are generated, losing ones too.
-        const auto queen = generated([&](Move* list) { return genQueenChecks(pos, list); });
+        const auto queen = listOf([&](Move* list) { return genQueenChecks(pos, list); });
         const auto queenOnly = pickQuiescence(pos, {.kind = KindQuiescenceQueenChecks, .depth = 0});
         ASSERT_EQ(movesOf(queenOnly, StageQueenChecks), queen);
     });
@@ -201,7 +195,7 @@ TEST_F(Picker, OrdersEvasionsByKind) {
     int promotions = 0;
     const auto judge = [&](const Position& pos) {
         if (!pos.inCheck) return;
-        const std::vector<Move> evasions = generated([&](Move* list) { return genEvasions(pos, list); });
+        const std::vector<Move> evasions = listOf([&](Move* list) { return genEvasions(pos, list); });
         if (evasions.empty()) return;
         const Move killer1 = anyOf(evasions);
         const Move killer2 = anyOf(evasions);

@@ -12,13 +12,6 @@
 
 using MoveSet = std::vector<Move>;  // clean words, sorted
 
-template <class Generate>
-static std::vector<Move> listOf(Generate generate) {
-    Move list[MaxListMoves];
-    const int count = generate(list);
-    return {list, list + count};
-}
-
 static MoveSet sortedClean(std::vector<Move> moves) {
     for (Move& move : moves) move = cleanMove(move);
     std::sort(moves.begin(), moves.end());

@@ -5,7 +5,6 @@
 #include "eval/king_pawn_bitbase.h"
 
 #include <algorithm>
-#include <array>
 #include <random>
 
 using Endgames = EvalTest;
@@ -17,9 +16,7 @@ static int steps(int a, int b) { return std::abs(a % 8 - b % 8) + std::abs(a / 8
 static std::string boardOf(const std::string& men, const std::vector<int>& squares) {
     std::string board(64, '1');
     for (std::size_t i = 0; i < men.size(); ++i) board[std::size_t(squares[i])] = men[i];
-    std::string text;
-    for (int rank = 7; rank >= 0; --rank) text += board.substr(std::size_t(8 * rank), 8) + (rank ? "/" : "");
-    return text;
+    return boardText(board);
 }
 
 // King and pawn against king by plain iteration over all placings, the pawn moving down the board on files a

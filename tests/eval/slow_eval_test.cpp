@@ -10,23 +10,10 @@
 
 namespace {
 
-// Men as letters, B and b on light squares, C and c on dark ones, on free squares drawn at random.
-std::string placedAtRandom(const std::string& men, std::mt19937& random) {
-    std::string board(64, '1');
-    for (const char man : men) {
-        const char type = char(man & ~32);
-        for (;;) {
-            const unsigned square = unsigned(random() % 64);
-            const bool dark = (square % 8 + square / 8) % 2 == 0;
-            if (board[square] != '1' || (type == 'P' && (square < 8 || square > 55))) continue;
-            if ((type == 'B' && dark) || (type == 'C' && !dark)) continue;
-            board[square] = type == 'C' ? char(man - 1) : man;
-            break;
-        }
-    }
-    std::string fen;
-    for (unsigned rank = 8; rank-- > 0;) fen += board.substr(8 * rank, 8) + (rank ? "/" : "");
-    return fen + (random() % 2 ? " w - -" : " b - -");
+// With either side to move.
+std::string drawnFen(const std::string& men, std::mt19937& random) {
+    const std::string board = placedAtRandom(men, random);
+    return board + (random() % 2 ? " w - -" : " b - -");
 }
 
 // Both colours' sets of each known pattern.
@@ -37,9 +24,7 @@ std::vector<std::string> knownSets(std::mt19937& random, int each) {
             std::string men = row.pattern;
             if (number % 2)
                 for (char& man : men) man = char(man ^ 32);
-            men.erase(std::remove_if(men.begin(), men.end(), [](char man) { return (man & ~32) == 'K'; }),
-                      men.end());
-            fens.push_back(placedAtRandom("Kk" + men, random));
+            fens.push_back(drawnFen(men, random));
         }
     }
     return fens;
@@ -49,7 +34,7 @@ std::vector<std::string> knownSets(std::mt19937& random, int each) {
 std::vector<std::string> drawnSets(std::mt19937& random, int count) {
     std::vector<std::string> fens;
     for (int number = 0; number < count; ++number) {
-        std::string men = "Kk";
+        std::string men;
         for (const char* letters : {"PNBRQ", "pnbrq"}) {
             const unsigned fullness = unsigned(number) % 4 + 1;
             const unsigned most[] = {2 * fullness, 2, 2, 2, 1};
@@ -60,7 +45,7 @@ std::vector<std::string> drawnSets(std::mt19937& random, int count) {
                     men += type == 2 && random() % 2 ? char(letters[type] + 1) : letters[type];
             }
         }
-        fens.push_back(placedAtRandom(men, random));
+        fens.push_back(drawnFen(men, random));
     }
     return fens;
 }

@@ -6,8 +6,6 @@
 
 namespace {
 
-const std::string Middlegame = "r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N2N2/PP2BPPP/R1BQ1RK1 w - -";
-
 class NodeSearch : public SearchTest {
    protected:
     static int full(Position pos, int depth, int ply = 1, int alpha = -32001, int beta = 32001) {

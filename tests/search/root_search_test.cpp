@@ -10,8 +10,6 @@
 
 namespace {
 
-const std::string Middlegame = "r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N2N2/PP2BPPP/R1BQ1RK1 w - -";
-
 struct Report {
     int index;  // of several lines, 0 for the only one
     int depth, score;

@@ -25,6 +25,8 @@
 #include <string>
 #include <vector>
 
+inline const std::string Middlegame = "r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N2N2/PP2BPPP/R1BQ1RK1 w - -";
+
 // Brings the engine's process-wide tables up once, whichever test comes first.
 inline void startSearchTables() {
     static const bool started = [] {

@@ -30,11 +30,15 @@ Position positionOf(const std::string& fen) {
     return pos;
 }
 
+std::string boardText(const std::string& squares) {
+    std::string text;
+    for (std::size_t rank = 8; rank-- > 0;) text += squares.substr(8 * rank, 8) + (rank ? "/" : "");
+    return text;
+}
+
 std::vector<Move> pseudoLegalMoves(const Position& pos) {
-    Move list[MaxListMoves];
-    const int count = genAllMoves(pos, list);
-    std::vector<Move> moves;
-    for (int i = 0; i < count; ++i) moves.push_back(cleanMove(list[i]));
+    std::vector<Move> moves = listOf([&](Move* list) { return genAllMoves(pos, list); });
+    for (Move& move : moves) move = cleanMove(move);
     return moves;
 }
 

@@ -2,6 +2,7 @@
 // arrays, and ways to reach many positions. A test program gets the environment by including this file.
 #pragma once
 
+#include "board/move.h"
 #include "board/position.h"
 #include "board/relaxed.h"
 #include "board/settings.h"
@@ -43,6 +44,17 @@ class SettingsGuard {
 
 // A record as a search's root has it: read from a FEN, with its piece-square sum and phase.
 Position positionOf(const std::string& fen);
+
+// The 64 squares from a1 on, letters for men and '1' where there is none, as the first field of a FEN.
+std::string boardText(const std::string& squares);
+
+// What a generator writes, word for word.
+template <class Generate>
+std::vector<Move> listOf(Generate generate) {
+    Move list[MaxListMoves];
+    const int count = generate(list);
+    return {list, list + count};
+}
 
 // Clean words. Legal ones are those that make accepts.
 std::vector<Move> pseudoLegalMoves(const Position& pos);
