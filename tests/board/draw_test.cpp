@@ -1,6 +1,5 @@
 // Draws by repetition and by the clock, along chains of records.
 #include "board/fen.h"
-#include "board/make_move.h"
 #include "support/board_environment.h"
 
 struct RepetitionRow {

@@ -1,5 +1,4 @@
 // The key constants, and the keys that positions make of them.
-#include "board/fen.h"
 #include "board/zobrist.h"
 #include "support/board_environment.h"
 

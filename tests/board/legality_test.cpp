@@ -2,7 +2,6 @@
 #include "board/legality.h"
 
 #include "board/attacks.h"
-#include "board/make_move.h"
 #include "support/board_environment.h"
 
 #include <algorithm>

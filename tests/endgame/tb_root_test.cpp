@@ -2,7 +2,6 @@
 // rule.
 #include "endgame/tb_root.h"
 
-#include "board/attacks.h"
 #include "endgame/table_files.h"
 #include "endgame/tb_probe.h"
 #include "support/board_environment.h"

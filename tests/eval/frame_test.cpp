@@ -1,8 +1,6 @@
 // The frame of the evaluation: caches, the clock, symmetry, and the options that reach the score.
 #include "eval/eval_environment.h"
 
-#include <algorithm>
-
 using Frame = EvalTest;
 
 TEST_F(Frame, CachedEqualsUncached) {

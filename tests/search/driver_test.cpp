@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <fstream>
 #include <regex>
-#include <sstream>
 
 // What the last search said, without allocating while it searches.
 static struct Recorder {

@@ -1,6 +1,8 @@
 // Preparation, the loops over the pieces and the wing term of the slow evaluation.
 #include "support/slow_pieces.h"
 
+#include <algorithm>
+
 namespace slow {
 
 // clang-format off

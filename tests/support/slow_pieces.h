@@ -3,7 +3,6 @@
 
 #include "support/slow_eval.h"
 
-#include <algorithm>
 #include <array>
 
 namespace slow {

@@ -1,6 +1,8 @@
 // King safety, threats, outposts and the small relations between men of the slow evaluation.
 #include "support/slow_pieces.h"
 
+#include <algorithm>
+
 namespace slow {
 
 // clang-format off
