@@ -65,7 +65,8 @@ fuzz() {
     [[ $name != table ]] || "$program" --seeds="$work/corpus"
     [[ ! -f tests/fuzz/${name}_fuzz.dict ]] || dictionary=(-dict="tests/fuzz/${name}_fuzz.dict")
     TMPDIR=$work/tmp "$program" -max_total_time=$((minutes * 60)) -max_len="$(lengthOf "$name")" \
-        -timeout="$inputSeconds" -rss_limit_mb=2048 -close_fd_mask=3 -artifact_prefix="$work/found-" "${dictionary[@]}" \
+        -timeout="$inputSeconds" -report_slow_units="$inputSeconds" -rss_limit_mb=2048 \
+        -close_fd_mask=3 -artifact_prefix="$work/found-" "${dictionary[@]}" \
         "$work/corpus" "tests/fuzz/corpus/${name}_fuzz" >"$work/log" 2>&1 &
     running=$!
     echo "$name: $minutes minutes, log in $work/log"
