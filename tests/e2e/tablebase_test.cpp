@@ -1,7 +1,9 @@
 // Tables through the binary: what a user sees of them, and that won games are won.
 #include "e2e/uci_process.h"
 #include "support/shared_data.h"
+#include "support/temporary_folder.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <regex>
 
@@ -65,17 +67,15 @@ TEST_F(Tables, HitsFollowTheOptionsAndTheClock) {
 }
 
 TEST_F(Tables, ADamagedTableCostsOneMessageAndNoMove) {
-    std::string folder = (std::filesystem::temp_directory_path() / "tarvok-damaged-XXXXXX").string();
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    std::filesystem::copy_file(path + "/KQvK.rtbw", folder + "/KRvK.rtbw");
-    engine.send("setoption name SyzygyPath value " + folder);
+    const TemporaryFolder folder;
+    std::filesystem::copy_file(path + "/KQvK.rtbw", folder.file("KRvK.rtbw"));
+    engine.send("setoption name SyzygyPath value " + folder.path());
     engine.expect("info string Found 1 WDL and 0 DTZ tablebase files \\(up to 3-man\\)\\.");
     EXPECT_EQ(hitsOf(search("8/8/8/2r5/5K2/8/8/2k5 b - -", "depth 4")), 0);
     EXPECT_NE(best, "0000");
     engine.send("quit");
     EXPECT_EQ(engine.exitStatus(), 0);
     EXPECT_EQ(engine.standardError(), "Corrupted table.\n");
-    std::filesystem::remove_all(folder);
 }
 
 // Both sides play from the tables: the loser resists to the end, the winner may dawdle, and mate still comes.

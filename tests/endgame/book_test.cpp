@@ -5,6 +5,8 @@
 #include "endgame/polyglot_keys.h"
 #include "endgame/table_files.h"
 #include "support/board_environment.h"
+#include "support/book_record.h"
+#include "support/temporary_folder.h"
 
 #include <algorithm>
 #include <map>
@@ -24,31 +26,23 @@ class Book : public testing::Test {
     }
     void TearDown() override { closeBook(); }
 
-    static std::vector<char> bytesOf(const BookRecord& record) {
+    static std::string bytesOf(const BookRecord& record) {
         unsigned move = 0;
         if (record.move != "0000")
             move = unsigned(squareFromText(&record.move[2])) | unsigned(squareFromText(&record.move[0])) << 6;
         if (record.move.size() == 5) move |= unsigned(std::string(" nbrq").find(record.move[4])) << 12;
-        std::vector<char> bytes;
-        for (int shift = 56; shift >= 0; shift -= 8) bytes.push_back(char(record.key >> shift));
-        for (const unsigned word : {move, unsigned(record.weight)})
-            bytes.insert(bytes.end(), {char(word >> 8), char(word)});
-        bytes.resize(16);
-        return bytes;
+        return bookRecord(record.key, move, unsigned(record.weight));
     }
     // Sorts by key alone, so that a group keeps its order, and ends with a record of another key.
     void open(std::vector<BookRecord> records, bool withEnd = true) {
         if (withEnd) records.push_back({~0ULL, "0000", 0});
         std::stable_sort(records.begin(), records.end(),
                          [](const auto& a, const auto& b) { return a.key < b.key; });
-        std::vector<char> bytes;
-        for (const BookRecord& record : records) {
-            const std::vector<char> more = bytesOf(record);
-            bytes.insert(bytes.end(), more.begin(), more.end());
-        }
+        std::string bytes;
+        for (const BookRecord& record : records) bytes += bytesOf(record);
         openBytes(bytes);
     }
-    void openBytes(const std::vector<char>& bytes) {
+    void openBytes(const std::string& bytes) {
         folder.write("book.bin", bytes);
         openBook();
     }
@@ -61,7 +55,7 @@ class Book : public testing::Test {
     }
 
     const SettingsGuard guard;
-    const TableFolder folder;
+    const TemporaryFolder folder;
     const Position start = positionOf("");
     const Key startKey = bookKey(start);
 };
@@ -172,7 +166,7 @@ TEST_F(Book, MissingAndTinyBooksAreSilent) {
                   EXPECT_EQ(bookProbe(pos), NoMove) << "a folder";
                   settings.bookFile = folder.file("book.bin");
                   for (const std::size_t size : {0u, 1u, 15u}) {
-                      openBytes(std::vector<char>(size));
+                      openBytes(std::string(size, '\0'));
                       EXPECT_EQ(bookProbe(pos), NoMove);
                   }
               }),

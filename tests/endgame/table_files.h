@@ -3,6 +3,7 @@
 
 #include "endgame/tb_files.h"
 #include "support/shared_data.h"
+#include "support/temporary_folder.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -10,7 +11,6 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 // The folder of real tables. Only behind REQUIRE_SHARED_DATA().
@@ -35,34 +35,19 @@ inline std::string initTables(const std::string& path) {
     return outputOf([&] { tbInit(path.c_str()); });
 }
 
-// A folder that goes away with its tables.
-class TableFolder {
+// A folder whose tables are given up before it goes away.
+class TableFolder : public TemporaryFolder {
    public:
-    TableFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "tarvok-tables-XXXXXX").string();
-        if (!mkdtemp(name.data())) ADD_FAILURE() << "no temporary folder";
-        folder = name;
-    }
-    ~TableFolder() {
-        tbInit("");
-        std::error_code ignored;
-        std::filesystem::remove_all(folder, ignored);
-    }
-    TableFolder(const TableFolder&) = delete;
-    TableFolder& operator=(const TableFolder&) = delete;
+    TableFolder() = default;
+    ~TableFolder() { tbInit(""); }
 
-    std::string path() const { return folder.string(); }
-    std::filesystem::path file(const std::string& name) const { return folder / name; }
     void write(const std::string& name, const std::vector<char>& bytes = {}) const {
-        std::ofstream(file(name), std::ios::binary).write(bytes.data(), std::streamsize(bytes.size()));
+        TemporaryFolder::write(name, {bytes.data(), bytes.size()});
     }
     void copyReal(const std::string& name) const {
         std::filesystem::copy_file(realTables() / name, file(name),
                                    std::filesystem::copy_options::overwrite_existing);
     }
-
-   private:
-    std::filesystem::path folder;
 };
 
 inline std::vector<char> readBytes(const std::filesystem::path& path) {

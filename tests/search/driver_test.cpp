@@ -3,9 +3,10 @@
 #include "endgame/polyglot_keys.h"
 #include "search/search_environment.h"
 #include "support/allocation_count.h"
+#include "support/book_record.h"
+#include "support/temporary_folder.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <regex>
 
@@ -153,28 +154,19 @@ TEST_F(Driver, AQuitEndsTheWaitForTheUser) {
 }
 
 // Writes a book that knows one move of the start position, as the format has it, and opens it.
-static void openBookOf(const std::string& path, unsigned move) {
+static void openBookOf(const TemporaryFolder& folder, unsigned move) {
     Position start;
     setFen(&start, "");
-    std::ofstream file(path, std::ios::binary);
-    const auto put = [&](std::uint64_t value, int bytes) {
-        for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) file.put(char(value >> shift));
-    };
-    put(bookKey(start), 8);
-    put(move, 2);
-    put(1, 2);
-    put(0, 4);
-    put(~std::uint64_t{0}, 8);  // no group may be the last
-    put(0, 8);
-    file.close();
-    settings.bookFile = path;
+    // No group may be the last.
+    folder.write("book.bin", bookRecord(bookKey(start), move, 1) + bookRecord(~std::uint64_t{0}, 0, 0));
+    settings.bookFile = folder.file("book.bin");
     openBook();
 }
 
 TEST_F(Driver, TheBookAnswersOnlyWhatIsAskedFor) {
     constexpr unsigned A2A4 = 1 << 9 | 3 << 3;  // ranks and files from 0
-    const std::string path = ::testing::TempDir() + "tarvok-driver-book";
-    openBookOf(path, A2A4);
+    const TemporaryFolder folder;
+    openBookOf(folder, A2A4);
     search("", 4);
     EXPECT_EQ(moveText(said.best), "a2a4");
     EXPECT_EQ(said.ponder, NoMove);
@@ -188,7 +180,6 @@ TEST_F(Driver, TheBookAnswersOnlyWhatIsAskedFor) {
     search("", 4, "h2h3 ");
     EXPECT_EQ(moveText(said.best), "h2h3");
     closeBook();
-    std::filesystem::remove(path);
 }
 
 TEST_F(Driver, AllocatesNothingWhileItSearches) {

@@ -1,6 +1,7 @@
 // The transposition table as a file: its exact bytes, what is said of each failure, and what loading does to
 // ages.
 #include "search/search_environment.h"
+#include "support/temporary_folder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -10,12 +11,11 @@ class HashFile : public SearchTest {
    protected:
     static constexpr std::size_t BucketBytes = 48, EntryBytes = 12;
 
-    HashFile() : path(::testing::TempDir() + "tarvok-hash-file") {
+    HashFile() {
         table.resize(1);
         table.newSearch(1);  // generation 1
     }
     ~HashFile() override {
-        std::filesystem::remove(path);
         table.free();
         // The process-wide table owns the prefetch base.
         transTable.free();
@@ -55,7 +55,8 @@ class HashFile : public SearchTest {
             EXPECT_EQ(generationOf(bucket, check), generation) << bucket << ' ' << check;
     }
 
-    const std::string path;
+    const TemporaryFolder folder;
+    const std::string path = folder.file("hash").string();
     TransTable table;
     Key lastRoot = 2;
 };

@@ -26,8 +26,7 @@ class TemporaryFolder {
 
     std::string path() const { return folder.string(); }
     std::filesystem::path file(const std::string& name) const { return folder / name; }
-    // Any bytes; an empty file without them.
-    void write(const std::string& name, std::string_view bytes = {}) const {
+    void write(const std::string& name, std::string_view bytes) const {
         std::ofstream(file(name), std::ios::binary).write(bytes.data(), std::streamsize(bytes.size()));
     }
 
