@@ -1,4 +1,4 @@
-// The engine's record as the plain evaluation reads it, and a list of the plain evaluation's terms.
+// The engine's record as the slow evaluation reads it, and a list of the slow evaluation's terms.
 #pragma once
 
 #include "board/settings.h"

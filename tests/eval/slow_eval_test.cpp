@@ -1,4 +1,4 @@
-// The whole evaluation against the plain one, exactly, on games, on every known set of material and on sets
+// The whole evaluation against the slow one, exactly, on games, on every known set of material and on sets
 // drawn at random; and its symmetries over the same positions.
 #include "eval/eval_environment.h"
 #include "eval/material_patterns.h"
@@ -81,7 +81,7 @@ const char* const ThinEndings[] = {
 
 class WholeEval : public EvalTest {
    protected:
-    // Both evaluations, with the plain one's terms if they differ.
+    // Both evaluations, with the slow one's terms if they differ.
     void compare(const Position& game) {
         Position pos = withCaches(game);
         forgetCaches();

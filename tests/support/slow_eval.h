@@ -1,4 +1,4 @@
-// A second, plain evaluation with sets of squares and loops, against which the engine's is compared and whose
+// A second, slow evaluation with sets of squares and loops, against which the engine's is compared and whose
 // terms can be listed by name. It shares no code with the engine's stages. Long in time, short in text.
 #pragma once
 

@@ -1,4 +1,4 @@
-// Prints what each term of the evaluation gives each side in a position, by the plain evaluation of the
+// Prints what each term of the evaluation gives each side in a position, by the slow evaluation of the
 // tests, whose sum is the engine's score. The FEN comes as the argument, or a line each on standard input.
 #include "eval/eval_environment.h"
 #include "eval/slow_eval_of.h"
