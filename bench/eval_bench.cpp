@@ -1,5 +1,6 @@
 // The cost of one evaluation over the benchmark positions: with nothing known, with the pawn structure and
 // the material known as at most nodes of a search, and of a cached score.
+#include "bench_hooks.h"
 #include "board/fen.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
@@ -13,6 +14,7 @@
 #include "shell/bench_positions.h"
 
 #include <benchmark/benchmark.h>
+#include <optional>
 #include <vector>
 
 // Caches of a usual search's size, so that a hit costs about what it costs there.
@@ -26,17 +28,13 @@ class EvalBenchmark : public benchmark::Fixture {
         basesBefore = prefetchBases;
         prefetchBases.evalMask = evalCache.size() - 1;
         prefetchBases.pawnMask = pawnHash.size() - 1;
-        hooksBefore = threadHooks[0];
-        threadHooks[0].nodes = &nodes;
-        threadHooks[0].stopFlag = &stopFlag;
-        threadHooks[0].history = history.data();
-        threadHooks[0].continuationHistory = continuations.data();
+        hooks.emplace();
         positions.clear();
         for (const char* fen : benchPositions) addWithChildren(fen);
     }
     void TearDown(benchmark::State&) override {
         prefetchBases = basesBefore;
-        threadHooks[0] = hooksBefore;
+        hooks.reset();
     }
 
    protected:
@@ -52,9 +50,7 @@ class EvalBenchmark : public benchmark::Fixture {
             calls += std::int64_t(positions.size());
         }
         state.SetItemsProcessed(calls);
-        // Seconds an evaluation, which the console shows with a metric prefix.
-        state.counters["call"] =
-            benchmark::Counter(double(calls), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+        state.counters["call"] = perCall(calls);
     }
     void forgetScore(const Position& pos) { evalCache[pos.key & prefetchBases.evalMask].key = ~pos.key; }
     void forgetStructure(const Position& pos) {
@@ -84,12 +80,8 @@ class EvalBenchmark : public benchmark::Fixture {
     std::vector<EvalCacheEntry> evalCache = std::vector<EvalCacheEntry>(1 << 16);
     std::vector<PawnEntry> pawnHash = std::vector<PawnEntry>(1 << 16);
     std::vector<MatCacheEntry> matHash = std::vector<MatCacheEntry>(MatCacheEntries);
-    std::vector<std::int32_t> history = std::vector<std::int32_t>(16 * 4096);
-    std::vector<std::uint16_t> continuations = std::vector<std::uint16_t>(1024 * ContinuationSlice);
-    Relaxed<std::uint64_t> nodes;
-    Relaxed<std::uint8_t> stopFlag;
     PrefetchBases basesBefore;
-    ThreadHooks hooksBefore;
+    std::optional<BenchHooks> hooks;
 };
 
 BENCHMARK_F(EvalBenchmark, evaluateCold)(benchmark::State& state) {

@@ -1,12 +1,13 @@
 // The cost of one make, over every pseudo-legal move of the benchmark positions; the refused ones count too.
+#include "bench_hooks.h"
 #include "board/fen.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
 #include "board/sliders.h"
-#include "board/thread_hooks.h"
 #include "shell/bench_positions.h"
 
 #include <benchmark/benchmark.h>
+#include <optional>
 #include <vector>
 
 struct ListedPosition {
@@ -14,17 +15,11 @@ struct ListedPosition {
     std::vector<Move> moves;
 };
 
-// Thread 0's row on plain arrays for as long as the benchmark runs: make needs a counter, a flag and the
-// continuation table's addresses.
 class MakeBenchmark : public benchmark::Fixture {
    public:
     void SetUp(benchmark::State&) override {
         initSliders();
-        hooksBefore = threadHooks[0];
-        threadHooks[0].nodes = &nodes;
-        threadHooks[0].stopFlag = &stopFlag;
-        threadHooks[0].history = history.data();
-        threadHooks[0].continuationHistory = continuations.data();
+        hooks.emplace();
         positions.clear();
         for (const char* fen : benchPositions) {
             ListedPosition& entry = positions.emplace_back();
@@ -34,17 +29,13 @@ class MakeBenchmark : public benchmark::Fixture {
             for (int i = 0; i < count; ++i) entry.moves.push_back(cleanMove(list[i]));
         }
     }
-    void TearDown(benchmark::State&) override { threadHooks[0] = hooksBefore; }
+    void TearDown(benchmark::State&) override { hooks.reset(); }
 
    protected:
     std::vector<ListedPosition> positions;
 
    private:
-    Relaxed<std::uint64_t> nodes;
-    Relaxed<std::uint8_t> stopFlag;
-    std::vector<std::int32_t> history = std::vector<std::int32_t>(16 * 4096);
-    std::vector<std::uint16_t> continuations = std::vector<std::uint16_t>(1024 * ContinuationSlice);
-    ThreadHooks hooksBefore;
+    std::optional<BenchHooks> hooks;
 };
 
 BENCHMARK_F(MakeBenchmark, makeMove)(benchmark::State& state) {
@@ -60,7 +51,5 @@ BENCHMARK_F(MakeBenchmark, makeMove)(benchmark::State& state) {
         }
     }
     state.SetItemsProcessed(made);
-    // Seconds a make, which the console shows with a metric prefix.
-    state.counters["call"] =
-        benchmark::Counter(double(made), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["call"] = perCall(made);
 }

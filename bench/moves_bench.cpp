@@ -1,32 +1,30 @@
 // The cost of a generator's list, of a picker's walk and of an exchange, over the benchmark positions.
+#include "bench_hooks.h"
 #include "board/exchange.h"
 #include "board/fen.h"
 #include "board/move_picker.h"
 #include "board/movegen.h"
 #include "board/sliders.h"
-#include "board/thread_hooks.h"
 #include "shell/bench_positions.h"
 
 #include <benchmark/benchmark.h>
-#include <memory>
+#include <optional>
 #include <random>
 #include <vector>
 
-// Thread 0's row on plain arrays for as long as a benchmark runs, and the positions with their moves.
+// The positions with their moves, and full history tables.
 class MovesBenchmark : public benchmark::Fixture {
    public:
     void SetUp(benchmark::State&) override {
         initSliders();
-        hooksBefore = threadHooks[0];
-        threadHooks[0].history = history.data();
-        threadHooks[0].continuationHistory = continuations.data();
-        threadHooks[0].captureHistory = captures.get();
+        hooks.emplace();
         // Counters as learning spreads them, so that lists need sorting.
         std::mt19937 random(4);
-        for (std::int32_t& counter : history) counter = std::int32_t(random() % 32001);
-        for (std::uint16_t& counter : continuations) counter = std::uint16_t(random() % 32001);
+        for (std::int32_t& counter : hooks->history) counter = std::int32_t(random() % 32001);
+        for (std::uint16_t& counter : hooks->continuations) counter = std::uint16_t(random() % 32001);
         for (int i = 0; i < 16 * 64 * 16; ++i)
-            captures[std::size_t(i / 1024)][i / 16 % 64][i % 16] = std::int32_t(4000 + random() % 8001);
+            hooks->captures[std::size_t(i / 1024)][i / 16 % 64][i % 16] =
+                std::int32_t(4000 + random() % 8001);
         positions.clear();
         moves.clear();
         for (const char* fen : benchPositions) {
@@ -37,7 +35,7 @@ class MovesBenchmark : public benchmark::Fixture {
             for (int i = 0; i < count; ++i) clean.push_back(cleanMove(list[i]));
         }
     }
-    void TearDown(benchmark::State&) override { threadHooks[0] = hooksBefore; }
+    void TearDown(benchmark::State&) override { hooks.reset(); }
 
    protected:
     template <class Generate>
@@ -75,10 +73,6 @@ class MovesBenchmark : public benchmark::Fixture {
     }
 
    private:
-    // Seconds a call, which the console shows with a metric prefix.
-    static benchmark::Counter perCall(std::int64_t calls) {
-        return benchmark::Counter(double(calls), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
-    }
     static void report(benchmark::State& state, std::int64_t callsPerRound, std::int64_t handedOut) {
         state.counters["call"] = perCall(callsPerRound * std::int64_t(state.iterations()));
         state.counters["move"] = perCall(handedOut);
@@ -86,10 +80,7 @@ class MovesBenchmark : public benchmark::Fixture {
 
     std::vector<Position> positions;
     std::vector<std::vector<Move>> moves;
-    std::vector<std::int32_t> history = std::vector<std::int32_t>(16 * 4096);
-    std::unique_ptr<std::int32_t[][64][16]> captures = std::make_unique<std::int32_t[][64][16]>(16);
-    std::vector<std::uint16_t> continuations = std::vector<std::uint16_t>(1024 * ContinuationSlice);
-    ThreadHooks hooksBefore;
+    std::optional<BenchHooks> hooks;
 };
 
 BENCHMARK_F(MovesBenchmark, genAllMoves)(benchmark::State& state) { measureList(state, genAllMoves); }

@@ -1,8 +1,8 @@
 // Win/draw/loss probes on warm tables, by one thread and by two that share them. Reads the tables and listed
 // positions that lie beside the work tree; the environment's TARVOK_TABLE_DATA names another folder.
+#include "bench_hooks.h"
 #include "board/fen.h"
 #include "board/sliders.h"
-#include "board/thread_hooks.h"
 #include "endgame/tb_files.h"
 #include "endgame/tb_probe.h"
 
@@ -16,21 +16,11 @@ namespace {
 
 std::vector<Position> positions;
 
-// One row of hooks for each thread: captures that a probe tries are made, and counted.
-Relaxed<std::uint64_t> nodes[2];
-Relaxed<std::uint8_t> stopFlag;
-std::vector<std::int32_t> history(16 * 4096);
-std::vector<std::uint16_t> continuations(1024 * ContinuationSlice);
-
 void readPositions() {
     if (!positions.empty()) return;
     initSliders();
-    for (int i = 0; i < 2; ++i) {
-        threadHooks[i].nodes = &nodes[i];
-        threadHooks[i].stopFlag = &stopFlag;
-        threadHooks[i].history = history.data();
-        threadHooks[i].continuationHistory = continuations.data();
-    }
+    // A row for each thread, for good: captures that a probe tries are made, and counted.
+    static const BenchHooks first(0), second(1);
     const char* const given = std::getenv("TARVOK_TABLE_DATA");
     const std::string folder = given ? given : "../shared/data";
     tbInit((folder + "/syzygy").c_str());
