@@ -1,54 +1,5 @@
-// The tree on one thread: values, the nodes of the root, playouts and what they credit.
-#include "search/search_environment.h"
-#include "tree/leaf_search.h"
-#include "tree/playout.h"
-#include "tree/tree_driver.h"
-#include "tree/tree_values.h"
-
-#include <cmath>
-#include <cstring>
-
-class TreeTest : public SearchTest {
-   protected:
-    TreeTest() {
-        if (!MctsTable::nodes) installTreeSearch();
-        treeSearchActive = true;
-        buildSearchTables();
-    }
-
-    // Prepares the tree of a position whose root list is every legal move. Budgets are those of a very short
-    // search.
-    void prepare(Position& root) {
-        root.nullFloor = -8;
-        Move list[MaxListMoves];
-        const int count = genAllMoves(root, list);
-        RootMove* rootMoves = thread().rootMoves;
-        int kept = 0;
-        Position child;
-        for (int i = 0; i < count; ++i)
-            if (makeMove(&root, &child, cleanMove(list[i]))) rootMoves[kept++] = {cleanMove(list[i]), 0, 0};
-        rootMoves[kept] = RootMove{};
-        searchState.rootMoveCount = kept;
-        prepareTree(root, 0.001);
-    }
-
-    static const MctsNode& child(int index) { return MctsTable::nodes[index + 1]; }
-    static const MctsNode& childBy(const std::string& text) {
-        for (int i = 0; i < searchState.rootMoveCount; ++i)
-            if (moveText(child(i).move) == text) return child(i);
-        ADD_FAILURE() << text;
-        return child(0);
-    }
-    static void runPlayouts(Position& root, int playouts) {
-        for (int i = 0; i < playouts; ++i) {
-            const PlayoutResult result = mctsPlayout(&MctsTable::nodes[0], root, 0);
-            if (!result.credited) continue;
-            MctsTable::nodes[0].valueSum.add(result.value);
-            MctsTable::nodes[0].visitWeight.add(1.0);
-            MctsTable::nodes[0].visits.fetch_add(1);
-        }
-    }
-};
+// The tree on one thread: values, the nodes of the root, budgets, and the end of a full store.
+#include "tree/tree_environment.h"
 
 TEST(TreeValues, BridgeScores) {
     EXPECT_NEAR(scoreToValue(31997), 0.999105, 1e-6);
@@ -97,25 +48,6 @@ TEST_F(TreeTest, ThirdRepetitionsAreWorthAHalf) {
     EXPECT_GT(childBy("d1d7").valueSum, 0.6);
 }
 
-TEST_F(TreeTest, VisitsAddUpAndNothingStaysInFlight) {
-    Position root = rootOf("r1bqkbnr/pppp1ppp/2n5/4p3/4P3/5N2/PPPP1PPP/RNBQKB1R w KQkq -");
-    prepare(root);
-    runPlayouts(root, 300);
-    std::uint64_t visits = 0;
-    for (int i = 0; i < searchState.rootMoveCount; ++i) {
-        visits += child(i).visitCount();
-        // Each completed visit weighs one; the 0.2 of a descent is taken back or made whole.
-        EXPECT_NEAR(child(i).visitWeight, double(child(i).visitCount()), 1e-5);
-        EXPECT_GE(child(i).mean(), 0.0);
-        EXPECT_LE(child(i).mean(), 1.0);
-    }
-    EXPECT_EQ(visits - std::uint64_t(searchState.rootMoveCount), MctsTable::nodes[0].visitCount() - 3);
-    EXPECT_GT(mctsSelDepth, 1);
-    EXPECT_FALSE(MctsTable::nodes[0].isBusy());
-    // Expansion counts first and writes then: the record behind the root's children stays empty.
-    EXPECT_NE(MctsTable::nodes[searchState.rootMoveCount + 2].move, NoMove);
-}
-
 TEST_F(TreeTest, TheSamePlayoutsGrowTheSameTree) {
     const auto grow = [this] {
         forgetEverything();
@@ -141,4 +73,53 @@ TEST_F(TreeTest, BudgetsShrinkForLaterSiblings) {
     EXPECT_GE(spent(1, 20000), 20000u);
     EXPECT_LT(spent(15, 20000), spent(1, 20000));
     EXPECT_LT(spent(1, 1), 20000u) << "a tiny budget ends after the first depth";
+}
+
+// ---- The full store ----
+
+TEST_F(TreeTest, NothingIsWrittenBeyondTheCapacity) {
+    Position root = rootOf(Middlegame);
+    prepare(root);
+    const int capacity = MctsTable::capacity = MctsTable::nodeCount + 50;
+    poison(capacity);
+    runPlayouts(root, 150);
+    EXPECT_GT(MctsTable::nodeCount.load(), capacity);
+    EXPECT_TRUE(isPoisoned(capacity));
+    for (int i = 0; i < searchState.rootMoveCount; ++i) {
+        EXPECT_NEAR(child(i).visitWeight, double(child(i).visitCount()), 1e-6);
+        EXPECT_FALSE(child(i).isBusy());
+    }
+}
+
+// The search ends with the store, without a stop; an infinite one keeps its answer until the stop comes.
+TEST_F(TreeTest, AFullStoreEndsTheSearch) {
+    treeReports.bestMove = [](Move best, Move) { seen.answer = best; };
+    searchHost.waitForInput = [] {
+        if (seen.waits++ == 0) seen.stoppedBefore = isMainStopped();
+        if (seen.waits < 5) return;
+        seen.answeredBefore = seen.answer != NoMove;
+        stopMainThread();
+    };
+    for (const bool infinite : {false, true}) {
+        thread().stopFlag = 0;
+        seen = Seen{};
+        // The knight's promotion mates and has the best mean, but a smaller sum than other wins.
+        Position root = rootOf("8/5P1k/6pp/8/8/1B6/1B6/6K1 w - -");
+        prepare(root);
+        MctsTable::capacity = 400;
+        poison(400);
+        searchState.infinite = infinite;
+        searchControl.moveTime = 1;  // no leader ends it
+        mctsDriver(root, infinite, 0.001);
+        EXPECT_GT(MctsTable::nodeCount.load(), 200);
+        EXPECT_TRUE(isPoisoned(400));
+        EXPECT_EQ(seen.waits, infinite ? 5 : 0);
+        EXPECT_FALSE(seen.stoppedBefore);
+        EXPECT_FALSE(seen.answeredBefore);
+        double greatest = 0.0;
+        for (int i = 0; i < searchState.rootMoveCount; ++i)
+            greatest = std::max(greatest, child(i).valueSum.load());
+        EXPECT_EQ(childBy(moveText(seen.answer)).valueSum, greatest);
+        EXPECT_NE(moveText(seen.answer), "f7f8n");
+    }
 }
