@@ -59,7 +59,7 @@ TEST_F(Playout, DrawsBeforeTheThirdVisitDoNotCount) {
     std::vector<Position> line = SearchTest::play("7k/8/8/8/8/8/8/K2R4 w - -", {"d1d2"});
     line[0].halfmoveClock = 99;
     forgetEverything();
-    for (const std::uint64_t visits : {1, 2, 3}) {
+    for (const std::uint64_t visits : {1u, 2u, 3u}) {
         MctsNode& parent = plantRoot(9);
         MctsNode& drawn = plantChild(parent, line[0], "d1d2", visits, 0.9);
         for (std::uint64_t repeat = 1; repeat <= 2; ++repeat) {
