@@ -99,7 +99,7 @@ Expansion expand(MctsNode& node, Position& pos, int ply) {
         made.prior = value * value;
         total += double(made.prior.load());
     }
-    // The squared first values are the whole policy: a move that looks winning draws nearly all of the
+    // The squared first values are the whole policy: a move that looks winning draws the most
     // exploration.
     if (total > 0.0)
         for (MctsNode* made = node.child(); made; made = made->sibling())
