@@ -16,10 +16,9 @@
 // keeps two threads from expanding the same one. Sums and weights are read, changed and written without a
 // lock, and a lost update is accepted.
 struct MctsNode {
-    Relaxed<double> valueSum;  // of the values credited, each 0 to 1
-    Relaxed<float> prior;      // square of the first value, normalised over the siblings
-    std::atomic<MctsNode*>
-        firstChild;  // null: not expanded; below the root linked before the child has a value
+    Relaxed<double> valueSum;            // of the values credited, each 0 to 1
+    Relaxed<float> prior;                // square of the first value, normalised over the siblings
+    std::atomic<MctsNode*> firstChild;   // null: not expanded; may be linked before it has a value
     std::atomic<MctsNode*> nextSibling;  // null: last child
     Relaxed<Move> move;                  // from the parent; 0 in the root
     Relaxed<double> visitWeight;         // completed visits, and 0.2 for each descent in flight
