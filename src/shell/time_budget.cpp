@@ -10,7 +10,7 @@ namespace {
 // A clock of zero leaves quotients that mean nothing; the budget is then its floor.
 double orZero(double value) { return std::isfinite(value) ? value : 0; }
 
-int wholePercent(double share) { return int(std::clamp(orZero(std::trunc(100.0 * share)), 0.0, 1e6)); }
+int whole(double percent) { return int(std::clamp(orZero(std::trunc(percent)), 0.0, 1e6)); }
 
 // A number of moves in a given time: the fewer moves are left, the larger the part that one may take.
 TimeBudget forMoves(const BudgetInput& in) {
@@ -24,7 +24,7 @@ TimeBudget forMoves(const BudgetInput& in) {
     const double spend = in.treeSearch ? soft + in.carry : soft;
     const double cap = in.movesToGo == 1 ? 0.9 * time : std::min(0.5 * time, 5.0 * soft);
     const double overhead = (in.overheadMs + in.threads) / 1000.0;
-    return {std::max(Floor, orZero(spend) - overhead), NoTimeLimit, wholePercent(cap / soft)};
+    return {std::max(Floor, orZero(spend) - overhead), NoTimeLimit, whole(100.0 * cap / soft)};
 }
 
 // The rest of the game in a given time: a share that grows as the game goes on.

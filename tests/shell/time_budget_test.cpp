@@ -41,6 +41,10 @@ TEST(TimeBudgetTest, MovesToTheControl) {
         EXPECT_EQ(budget.extendPercent, row.extend) << row.moves;
         EXPECT_EQ(budget.hard, NoTimeLimit);
     }
+    // The factor of 100 comes first, which rounds down here: 5 times 100 isn't reached.
+    BudgetInput input = clockOf(1, 0);
+    input.movesToGo = 12;
+    EXPECT_EQ(computeTimeBudget(input).extendPercent, 499);
 }
 
 TEST(TimeBudgetTest, PonderingAndTreeSearchGetMore) {
