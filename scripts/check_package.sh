@@ -25,14 +25,14 @@ need dpkg-deb dpkg
 installMissing
 
 build=$(realpath -m "${BUILD:-build/engine}")
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
 fail() {
     echo "check_package.sh: $*" >&2
     exit 1
 }
 # Output that matters only if the command fails.
-quietly() { "$@" >"$work/log" 2>&1 </dev/null || { cat "$work/log" >&2; fail "failed: $*"; }; }
+quietly() { "$@" >"$scratch/log" 2>&1 </dev/null || { cat "$scratch/log" >&2; fail "failed: $*"; }; }
 
 # plays ENGINE: it answers a short search over UCI and leaves with status 0.
 plays() {
@@ -60,34 +60,34 @@ expectedFiles() {
 }
 
 echo "== make EXE=name"
-mkdir "$work/built" "$work/moved"
-quietly make BUILD="$build" EXE="$work/built/engine-1"
-mv "$work/built/engine-1" "$work/moved/other name"
-plays "$work/moved/other name"
-summary=$("$work/moved/other name" bench | tail -n 1)
+mkdir "$scratch/built" "$scratch/moved"
+quietly make BUILD="$build" EXE="$scratch/built/engine-1"
+mv "$scratch/built/engine-1" "$scratch/moved/other name"
+plays "$scratch/moved/other name"
+summary=$("$scratch/moved/other name" bench | tail -n 1)
 echo "   bench: $summary"
 expected=$(awk '$1 == 12 { print $2 }' tests/data/signature.txt)
 [[ $summary =~ ^([0-9]+)\ nodes\ ([0-9]+)\ nps$ ]] || fail "the bench ends with \"$summary\""
 ((BASH_REMATCH[1] == expected && BASH_REMATCH[2] > 0)) || fail "the bench should end with $expected nodes"
 
 echo "== make install"
-DESTDIR="$work/root" quietly make BUILD="$build" PREFIX=/usr/local install
-diff <(expectedFiles /usr/local/bin /usr/local) <(filesOf "$work/root") || fail "other files than expected"
-plays "$work/root/usr/local/bin/tarvok"
+DESTDIR="$scratch/image" quietly make BUILD="$build" PREFIX=/usr/local install
+diff <(expectedFiles /usr/local/bin /usr/local) <(filesOf "$scratch/image") || fail "other files than expected"
+plays "$scratch/image/usr/local/bin/tarvok"
 
 echo "== manual page"
-page=$work/root/usr/local/share/man/man6/tarvok.6.gz
-gunzip --stdout "$page" | groff -t -mandoc -ww -rLL=78n -Tutf8 >"$work/page" 2>"$work/warnings"
-if [[ -s $work/warnings ]]; then
-    cat "$work/warnings" >&2
+page=$scratch/image/usr/local/share/man/man6/tarvok.6.gz
+gunzip --stdout "$page" | groff -t -mandoc -ww -rLL=78n -Tutf8 >"$scratch/page" 2>"$scratch/warnings"
+if [[ -s $scratch/warnings ]]; then
+    cat "$scratch/warnings" >&2
     fail "the manual page has faults"
 fi
 # Each row of its table against what the engine says of that option.
-echo uci | "$build/tarvok" >"$work/options"
+echo uci | "$build/tarvok" >"$scratch/options"
 rows=0
 while IFS='|' read -r name default range _; do
     [[ $default == none ]] && default='<empty>'
-    line=$(grep -F "option name $name type" "$work/options") || fail "the engine has no option $name"
+    line=$(grep -F "option name $name type" "$scratch/options") || fail "the engine has no option $name"
     [[ $line == *" default $default" || $line == *" default $default min ${range/ to / max }" ]] ||
         fail "the manual page has $name, $default, $range; the engine has: $line"
     rows=$((rows + 1))
@@ -95,29 +95,29 @@ done < <(sed -n '/^_$/,/^\.TE/p' docs/tarvok.6 | grep '|.*|.*|' | tr -d '\\')
 ((rows > 0)) || fail "the manual page has no table of options"
 grep -q "Tarvok $(sed -n 's/.*Version = "\(.*\)".*/\1/p' src/shell/start_up.h)" docs/tarvok.6 ||
     fail "the manual page has another version"
-echo "   $(wc -l <"$work/page") lines, $rows options as in the engine"
+echo "   $(wc -l <"$scratch/page") lines, $rows options as in the engine"
 
 echo "== package"
-quietly cpack --config "$build/CPackConfig.cmake" -B "$work/package"
-package=$(echo "$work"/package/*.deb)
+quietly cpack --config "$build/CPackConfig.cmake" -B "$scratch/package"
+package=$(echo "$scratch"/package/*.deb)
 for field in Package Version Architecture Section Maintainer Depends; do
     value=$(dpkg-deb --field "$package" "$field")
     [[ -n $value ]] || fail "the package has no field $field"
     echo "   $field: $value"
 done
-dpkg-deb --extract "$package" "$work/unpacked"
-diff <(expectedFiles /usr/games /usr) <(filesOf "$work/unpacked") || fail "other files than expected"
-plays "$work/unpacked/usr/games/tarvok"
+dpkg-deb --extract "$package" "$scratch/unpacked"
+diff <(expectedFiles /usr/games /usr) <(filesOf "$scratch/unpacked") || fail "other files than expected"
+plays "$scratch/unpacked/usr/games/tarvok"
 
 if $install; then
     echo "== dpkg"
     ((EUID == 0)) || fail "--install needs root"
     ! dpkg-query --show tarvok >/dev/null 2>&1 || fail "a package tarvok is already installed"
     quietly dpkg --install "$package"
-    trap 'dpkg --purge tarvok >&2; rm -rf "$work"' EXIT
+    trap 'dpkg --purge tarvok >&2; rm -rf "$scratch"' EXIT
     plays /usr/games/tarvok
     quietly dpkg --purge tarvok
-    trap 'rm -rf "$work"' EXIT
+    trap 'rm -rf "$scratch"' EXIT
     [[ ! -e /usr/games/tarvok && ! -e /usr/share/doc/tarvok ]] || fail "files are left behind"
 fi
 echo "All checks passed."

@@ -2,7 +2,7 @@
 # Fuzzes the engine with libFuzzer under the address and undefined-behaviour sanitizers.
 #   scripts/fuzz.sh [--build FOLDER] [TARGET] [MINUTES]
 # TARGET is uci, fen, table, book or all (the default), one after the other; MINUTES is the time of each, 30 by
-# default. Says how far it is once in half a minute. What it learns stays in build/fuzz/work for the next run. It ends
+# default. Says how far it is once in half a minute. What it learns stays in build/fuzz/learnt for the next run. It ends
 # at the first input that fails, keeps it there as found-*, and says how to look at it.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -60,32 +60,32 @@ running=
 trap '[[ -z $running ]] || kill "$running" 2>/dev/null' EXIT
 
 fuzz() {
-    local name=$1 program=$build/$1_fuzz work=$build/work/$1 dictionary=()
-    mkdir -p "$work/corpus" "$work/tmp"
-    [[ $name != table ]] || "$program" --seeds="$work/corpus"
+    local name=$1 program=$build/$1_fuzz learnt=$build/learnt/$1 dictionary=()
+    mkdir -p "$learnt/corpus" "$learnt/tmp"
+    [[ $name != table ]] || "$program" --seeds="$learnt/corpus"
     [[ ! -f tests/fuzz/${name}_fuzz.dict ]] || dictionary=(-dict="tests/fuzz/${name}_fuzz.dict")
-    TMPDIR=$work/tmp "$program" -max_total_time=$((minutes * 60)) -max_len="$(lengthOf "$name")" \
+    TMPDIR=$learnt/tmp "$program" -max_total_time=$((minutes * 60)) -max_len="$(lengthOf "$name")" \
         -timeout="$inputSeconds" -report_slow_units="$inputSeconds" -rss_limit_mb=2048 \
-        -close_fd_mask=3 -artifact_prefix="$work/found-" "${dictionary[@]}" \
-        "$work/corpus" "tests/fuzz/corpus/${name}_fuzz" >"$work/log" 2>&1 &
+        -close_fd_mask=3 -artifact_prefix="$learnt/found-" "${dictionary[@]}" \
+        "$learnt/corpus" "tests/fuzz/corpus/${name}_fuzz" >"$learnt/log" 2>&1 &
     running=$!
-    echo "$name: $minutes minutes, log in $work/log"
+    echo "$name: $minutes minutes, log in $learnt/log"
     local start=$SECONDS last=$SECONDS status=0
     while kill -0 "$running" 2>/dev/null; do
         sleep 1
         ((SECONDS - last < 30)) && continue
         last=$SECONDS
-        report "$name" $((SECONDS - start)) "$work/log"
+        report "$name" $((SECONDS - start)) "$learnt/log"
     done
     wait "$running" || status=$?
     running=
-    report "$name" $((SECONDS - start)) "$work/log"
-    rm -rf "$work/tmp"
+    report "$name" $((SECONDS - start)) "$learnt/log"
+    rm -rf "$learnt/tmp"
     ((status)) || return 0
     local found
-    found=$(grep -ao "$work/found-[^ ]*" "$work/log" | tail -n 1 || true)
+    found=$(grep -ao "$learnt/found-[^ ]*" "$learnt/log" | tail -n 1 || true)
     echo "$name: FAILED" >&2
-    tail -n 60 "$work/log" >&2
+    tail -n 60 "$learnt/log" >&2
     if [[ -n $found ]]; then
         echo "Run it again:  $program $found" >&2
         echo "Make it small: $program -minimize_crash=1 -runs=10000 -exact_artifact_path=SMALL $found" >&2

@@ -98,7 +98,7 @@ class Match {
     };
     const points = Points[game.result];
     this.score.add(pair, whiteIndex === 0 ? points : 1 - points, fault);
-    const names = { white: players.white.spec.name, black: players.black.spec.name };
+    const names = { white: players.white.setup.name, black: players.black.setup.name };
     const { timeControl, chess960, pgn } = this.settings;
     appendFileSync(pgn, gameToPgn(game, { ...names, round: String(number + 1), timeControl, chess960 }));
     console.log(`game ${number + 1}: ${names.white} - ${names.black} ${game.result}, ${game.reason}` +
@@ -121,19 +121,19 @@ class Match {
 
   // An engine that cannot even be started ends the match: nothing would be measured.
   async #start(i, number) {
-    const spec = this.settings.engines[i];
+    const setup = this.settings.engines[i];
     const log = (text) => {
       const stamp = new Date().toISOString();
-      appendFileSync(this.settings.log, `${stamp} ${spec.name}, started for game ${number + 1}: ${text}\n`);
+      appendFileSync(this.settings.log, `${stamp} ${setup.name}, started for game ${number + 1}: ${text}\n`);
     };
-    const engine = new UciEngine(spec, { chess960: this.settings.chess960, log });
+    const engine = new UciEngine(setup, { chess960: this.settings.chess960, log });
     this.running.add(engine);
     log('start');
     try {
       await engine.start();
     } catch (failure) {
       if (this.stopped) return engine; // it was killed on its way
-      throw new Error(`${spec.name} does not start: ${failure.message}`);
+      throw new Error(`${setup.name} does not start: ${failure.message}`);
     }
     return engine;
   }

@@ -13,9 +13,9 @@ export class EngineFailure extends Error {
 const AnswerLimitMs = 10_000;
 
 export class UciEngine {
-  // spec: { name, command, args, options: [[name, value]] }; log(text) takes what should be kept of its life.
-  constructor(spec, { chess960 = false, log = () => {} } = {}) {
-    this.spec = spec;
+  // setup: { name, command, args, options: [[name, value]] }; log(text) takes what should be kept of its life.
+  constructor(setup, { chess960 = false, log = () => {} } = {}) {
+    this.setup = setup;
     this.chess960 = chess960;
     this.log = log;
     this.waiting = null; // { accepts, resolve, reject, timer } of the one answer that is awaited
@@ -27,7 +27,7 @@ export class UciEngine {
     this.alive = true;
     this.ended = new Promise((resolve) => (this.noteEnd = resolve));
     // Detached: Ctrl-C in the terminal is for the match alone, and does not look like a crash of the engine.
-    this.child = spawn(this.spec.command, this.spec.args, { stdio: ['pipe', 'pipe', 'pipe'], detached: true });
+    this.child = spawn(this.setup.command, this.setup.args, { stdio: ['pipe', 'pipe', 'pipe'], detached: true });
     this.child.stdout.setEncoding('utf8').on('data', (text) => this.#read(text));
     this.child.stderr.setEncoding('utf8').on('data', (text) => this.log(`stderr: ${text.trimEnd()}`));
     this.child.stdin.on('error', () => {}); // a dead engine is noticed by its end
@@ -35,7 +35,7 @@ export class UciEngine {
     this.child.on('close', (status, signal) => this.#end(signal ? `ended by ${signal}` : `exit status ${status}`));
     await this.#ask('uci', (line) => line === 'uciok');
     if (this.chess960) this.send('setoption name UCI_Chess960 value true');
-    for (const [name, value] of this.spec.options) this.send(`setoption name ${name} value ${value}`);
+    for (const [name, value] of this.setup.options) this.send(`setoption name ${name} value ${value}`);
     await this.isReady();
   }
 

@@ -102,7 +102,7 @@ struct Given {
     int dynamismMg = 160;
     int dynamismEg = 185;
     int noise = 0;                // width in centipawns, 0 for none
-    std::uint64_t noiseWord = 0;  // the seed and the position's key
+    std::uint64_t noiseWord = 0;  // the seed combined with the key
 };
 
 // Every man's piece-square pair, White's less Black's in the sheet of `judge` under "pieceSquares".
