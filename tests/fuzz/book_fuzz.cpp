@@ -12,6 +12,7 @@
 #include "fuzz/fuzz_support.h"
 #include "search/thread_pool.h"
 #include "search/trans_table.h"
+#include "support/temporary_folder.h"
 
 #include <algorithm>
 #include <vector>
@@ -86,7 +87,7 @@ int LLVMFuzzerInitialize(int*, char***) {
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const FuzzFolder folder;
+    static const TemporaryFolder folder;
     if (size == 0) return 0;
     settings.bestBookLine = data[0] & 1;
     settings.chess960 = data[0] & 2;

@@ -1,5 +1,4 @@
-// What the fuzzers share: the end of the process made bearable, checks that keep an input, and a folder of
-// files.
+// What the fuzzers share: the end of the process made bearable, and checks that keep an input.
 #pragma once
 
 #include "board/end_process.h"
@@ -8,10 +7,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <system_error>
 
 // Thrown where the engine would have ended the process.
 struct ProcessEnded {
@@ -27,31 +22,6 @@ inline void require(bool holds, const char* property) {
     std::fprintf(stderr, "fuzzer: does not hold: %s\n", property);
     std::abort();
 }
-
-// A folder of one run of a fuzzer. It stays behind after a crash.
-class FuzzFolder {
-   public:
-    FuzzFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "tarvok-fuzz-XXXXXX").string();
-        if (!mkdtemp(name.data())) std::abort();
-        folder = name;
-    }
-    ~FuzzFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder, ignored);
-    }
-    FuzzFolder(const FuzzFolder&) = delete;
-    FuzzFolder& operator=(const FuzzFolder&) = delete;
-
-    std::string path() const { return folder.string(); }
-    std::string file(const std::string& name) const { return (folder / name).string(); }
-    void write(const std::string& name, const std::string& bytes) const {
-        std::ofstream(file(name), std::ios::binary).write(bytes.data(), std::streamsize(bytes.size()));
-    }
-
-   private:
-    std::filesystem::path folder;
-};
 
 // libFuzzer finds these by name.
 extern "C" int LLVMFuzzerInitialize(int* argumentCount, char*** arguments);

@@ -24,6 +24,7 @@
 #include "shell/main_loop.h"
 #include "shell/start_up.h"
 #include "support/shared_data.h"
+#include "support/temporary_folder.h"
 #include "tree/node_store.h"
 #include "tree/tree_driver.h"
 
@@ -38,8 +39,8 @@ constexpr int MostSearches = 6;  // of one input; so many perft commands too
 constexpr std::uint64_t MostNodes = 400;
 constexpr int MostPolls = 8;  // of one search, before it is stopped
 
-const FuzzFolder& folder() {
-    static const FuzzFolder made;
+const TemporaryFolder& folder() {
+    static const TemporaryFolder made;
     return made;
 }
 
@@ -103,7 +104,8 @@ std::string boundedOption(const std::string& line) {
     if (names("load")) return "setoption name Load Hash from File";
     if (names("clear")) return "setoption name Clear Hash";
     if (names("book") && names("file")) return "setoption name Book File value " + fileOf(value);
-    if (names("hash") && names("file")) return "setoption name Hash File Name value " + folder().file("hash");
+    if (names("hash") && names("file"))
+        return "setoption name Hash File Name value " + folder().file("hash").string();
     if (names("file")) return "setoption name Log File value " + fileOf(value);
     if (names("path")) return "setoption name SyzygyPath value " + tablesOf(value);
     if (names("mcts") && names("hash")) return boundedNumber("MCTS Hash", value, MostMegabytes);

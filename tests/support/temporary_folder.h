@@ -1,10 +1,10 @@
-// A folder of its own for a test's files. It goes away with them, also when the test fails.
+// A folder of its own for the files of a test or a fuzzer. It goes away with them, also when the test fails,
+// and stays behind after a crash.
 #pragma once
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <ios>
 #include <string>
 #include <string_view>
@@ -14,7 +14,7 @@ class TemporaryFolder {
    public:
     TemporaryFolder() {
         std::string name = (std::filesystem::temp_directory_path() / "tarvok-test-XXXXXX").string();
-        if (!mkdtemp(name.data())) ADD_FAILURE() << "no temporary folder";
+        if (!mkdtemp(name.data())) std::abort();
         folder = name;
     }
     ~TemporaryFolder() {
