@@ -5,7 +5,7 @@ set -euo pipefail
 # The engine keeps the caller's directory, to which its file options are relative.
 here=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")" && pwd)
 
-source "$here/scripts/packages.sh"
+source "$here/scripts/common.sh"
 needBuildTools
 installMissing
 

@@ -8,18 +8,23 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 
 presets=(test)
 selection=()
+usage="usage: ./test.sh [--quick] [--sanitize]"
 for argument in "$@"; do
     case $argument in
         --quick) selection=(--label-exclude slow) ;;
         --sanitize) presets=(asan tsan) ;;
+        -h | --help)
+            echo "$usage"
+            exit
+            ;;
         *)
-            echo "usage: ./test.sh [--quick] [--sanitize]" >&2
+            echo "$usage" >&2
             exit 2
             ;;
     esac
 done
 
-source scripts/packages.sh
+source scripts/common.sh
 needBuildTools
 need gtest/gtest.h libgtest-dev
 need python3 python3

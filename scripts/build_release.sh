@@ -5,7 +5,11 @@
 # when a source has changed. Where the compiler can't do that, the engine is a plain release build.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-source scripts/packages.sh
+source scripts/common.sh
+case ${1-} in
+    -h | --help) usage 0 ;;
+    -*) usage ;;
+esac
 needBuildTools
 installMissing
 

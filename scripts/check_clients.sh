@@ -10,19 +10,16 @@
 # The engine lies in a directory whose name has blanks, and all that it is sent and says is recorded. --keep leaves
 # the records, PGN files and pictures of the screen. Takes about five minutes. The exit status is 1 if a check failed.
 set -euo pipefail
+caller=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-source scripts/packages.sh
+source scripts/common.sh
 PATH=$PATH:/usr/games # where Debian puts chess programs, and not on root's path
 
-usage() {
-    sed -n '2,11s/^# \{0,1\}//p' scripts/check_clients.sh >&2
-    exit 2
-}
 engine='' games=4 keep=false checks=()
 while (($#)); do
     case $1 in
         --engine)
-            engine=$(readlink -f "${2:?--engine needs a file}")
+            engine=$(cd "$caller" && realpath "${2:?--engine needs a file}")
             shift
             ;;
         --games)
@@ -31,10 +28,16 @@ while (($#)); do
             ;;
         --keep) keep=true ;;
         adapter | xboard | chess960 | scid | pychess) checks+=("$1") ;;
+        -h | --help) usage 0 ;;
         *) usage ;;
     esac
     shift
 done
+[[ $games =~ ^[1-9][0-9]*$ ]] || usage
+if [[ $engine && ! -x $engine ]]; then
+    echo "check_clients.sh: no engine at $engine" >&2
+    exit 2
+fi
 ((${#checks[@]})) || checks=(adapter xboard chess960 scid pychess)
 
 need Xvfb xvfb
@@ -51,9 +54,8 @@ for check in "${checks[@]}"; do
 done
 installMissing
 if [[ -z $engine ]]; then
+    releaseEngine
     engine=$PWD/build/release/tarvok
-    [[ -f build/release/build.ninja ]] || cmake --preset release >&2
-    cmake --build --preset release --target tarvok >&2
 fi
 
 work=$(mktemp -d)

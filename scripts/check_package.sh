@@ -6,22 +6,21 @@
 # environment names the build directory, build/engine by default.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/common.sh
 
 install=false
 case ${1-} in
     '') ;;
     --install) install=true ;;
-    *)
-        echo "usage: scripts/check_package.sh [--install]" >&2
-        exit 2
-        ;;
+    -h | --help) usage 0 ;;
+    *) usage ;;
 esac
-source scripts/packages.sh
 needBuildTools
 need make make
 need groff groff-base
 need dpkg-shlibdeps dpkg-dev
 need dpkg-deb dpkg
+need file file # cpack asks it which files are programs
 installMissing
 
 build=$(realpath -m "${BUILD:-build/engine}")
@@ -59,7 +58,7 @@ expectedFiles() {
     } | sort
 }
 
-echo "== make EXE=name"
+echo "== make EXE=name (minutes, unless $build is up to date)"
 mkdir "$scratch/built" "$scratch/moved"
 quietly make BUILD="$build" EXE="$scratch/built/engine-1"
 mv "$scratch/built/engine-1" "$scratch/moved/other name"

@@ -4,7 +4,11 @@
 #   scripts/eval_terms.sh < FILE       a FEN a line
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-source scripts/packages.sh
+source scripts/common.sh
+case ${1-} in
+    -h | --help) usage 0 ;;
+    -*) usage ;;
+esac
 needBuildTools
 need gtest/gtest.h libgtest-dev
 installMissing

@@ -3,19 +3,18 @@
 # change.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-source scripts/packages.sh
-need clang-format clang-format
-installMissing
+source scripts/common.sh
 
 mode=(-i)
 case ${1-} in
     '') ;;
     --check) mode=(--dry-run --Werror) ;;
-    *)
-        echo "usage: scripts/format.sh [--check]" >&2
-        exit 2
-        ;;
+    -h | --help) usage 0 ;;
+    *) usage ;;
 esac
+need clang-format clang-format
+installMissing
+
 mapfile -t files < <(git ls-files --cached --others --exclude-standard -- '*.h' '*.cpp' |
     while read -r file; do [[ -f $file ]] && echo "$file"; done)
 ((${#files[@]})) || exit 0

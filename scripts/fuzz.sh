@@ -5,27 +5,25 @@
 # default. Says how far it is once in half a minute. What it learns stays in build/fuzz/learnt for the next run. It ends
 # at the first input that fails, keeps it there as found-*, and says how to look at it.
 set -euo pipefail
+caller=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/common.sh
 
 targets=(uci fen table book)
 build=build/fuzz
-usage() {
-    echo "usage: scripts/fuzz.sh [--build FOLDER] [all|uci|fen|table|book] [MINUTES]" >&2
-    exit 2
-}
 if [[ ${1-} == --build ]]; then
-    build=${2:?--build needs a folder}
+    build=$(cd "$caller" && realpath -m "${2:?--build needs a folder}")
     shift 2
 fi
 case ${1:-all} in
     all) ;;
     uci | fen | table | book) targets=("$1") ;;
+    -h | --help) usage 0 ;;
     *) usage ;;
 esac
 minutes=${2:-30}
 [[ $minutes =~ ^[1-9][0-9]*$ && $# -le 2 ]] || usage
 
-source scripts/packages.sh
 needBuildTools
 need gtest/gtest.h libgtest-dev
 need clang++ clang

@@ -5,29 +5,28 @@
 # Prints depth, nodes and speed. --check compares with the line "DEPTH NODES" of tests/data/signature.txt. The
 # default depth is 12, the default binary the release build, which is brought up to date first.
 set -euo pipefail
+caller=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/common.sh
 
 depth=12 check=false binary=
 while (($#)); do
     case $1 in
         --check) check=true ;;
         --binary)
-            binary=${2:?--binary needs a file}
+            binary=$(cd "$caller" && realpath "${2:?--binary needs a file}")
             shift
             ;;
-        *[!0-9]* | '')
-            echo "usage: scripts/signature.sh [--check] [--binary FILE] [DEPTH]" >&2
-            exit 2
-            ;;
+        -h | --help) usage 0 ;;
+        *[!0-9]* | '') usage ;;
         *) depth=$1 ;;
     esac
     shift
 done
 
 if [[ -z $binary ]]; then
+    releaseEngine
     binary=build/release/tarvok
-    [[ -f build/release/build.ninja ]] || cmake --preset release >&2
-    cmake --build --preset release --target tarvok >&2
 fi
 
 output=$("$binary" bench 1 "$depth" 1)

@@ -10,6 +10,7 @@
 set -euo pipefail
 shopt -s lastpipe # the end of a pipe runs here, where it can count
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+source "$here/common.sh"
 
 games=2000 engine='' tables=$here/../../shared/data/syzygy atOnce=''
 while (($#)); do
@@ -23,25 +24,27 @@ while (($#)); do
             esac
             shift
             ;;
-        *[!0-9]* | '')
-            echo "usage: scripts/soak.sh [--engine FILE] [--tables DIR] [--at-once N] [GAMES]" >&2
-            exit 2
-            ;;
-        *) games=$1 ;;
+        -h | --help) usage 0 ;;
+        [1-9]*) games=$1 ;;
+        *) usage ;;
     esac
     shift
 done
+[[ $games =~ ^[0-9]+$ && $atOnce =~ ^([1-9][0-9]*)?$ ]] || usage
 if ! compgen -G "$tables/*.rtbw" >/dev/null; then
     echo "soak.sh: no endgame tables in $tables; name a folder with --tables" >&2
+    exit 2
+fi
+if [[ $engine && ! -x $engine ]]; then
+    echo "soak.sh: no engine at $engine" >&2
     exit 2
 fi
 tables=$(realpath "$tables")
 
 cd "$here/.."
 if [[ -z $engine ]]; then
+    releaseEngine
     engine=build/release/tarvok
-    [[ -f build/release/build.ninja ]] || cmake --preset release >&2
-    cmake --build --preset release --target tarvok >&2
 fi
 folder=$PWD/build/soak
 rm -rf "$folder"
@@ -123,4 +126,8 @@ for mode in false true; do
         done
     done
 done
-((total[games] == games && total[crash] + total["illegal move"] + total["time loss"] + total[other] == 0))
+if ((total[games] != games || total[crash] + total["illegal move"] + total["time loss"] + total[other])); then
+    echo "Something went wrong; the games and logs are in $folder."
+    exit 1
+fi
+echo "Every game was played without a fault."

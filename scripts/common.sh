@@ -1,5 +1,17 @@
-# For sourcing: installs what a script needs, by Debian's package manager, and only what is missing.
-# Everything is said on standard error, since standard output can belong to the engine.
+# shellcheck shell=bash
+# For sourcing: what the scripts share. All of it speaks on standard error, since standard output can belong to the
+# engine.
+
+# usage [STATUS]: prints the comment on top of the script that runs and ends it, with status 2 for a wrong command
+# line. With status 0, for --help, the comment is what was asked for and goes to standard output.
+usage() {
+    local status=${1:-2} text
+    text=$(sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$(dirname "${BASH_SOURCE[0]}")/$(basename "$0")")
+    if ((status)); then echo "$text" >&2; else echo "$text"; fi
+    exit "$status"
+}
+
+# ---- Packages: installs what a script needs, by Debian's package manager, and only what is missing ----
 
 # need WHAT PACKAGE...: WHAT is a command, or a header when it ends in ".h"; the packages bring it. Collects what
 # is missing for installMissing.
@@ -40,4 +52,14 @@ needBuildTools() {
     need g++ g++
     need cmake cmake
     need ninja ninja-build
+}
+
+# ---- The engine ----
+
+# Brings build/release/tarvok, the release engine without a training run, up to date. From the top of the work tree.
+releaseEngine() {
+    needBuildTools
+    installMissing
+    [[ -f build/release/build.ninja ]] || cmake --preset release >&2
+    cmake --build --preset release --target tarvok >&2
 }
