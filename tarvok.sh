@@ -20,11 +20,10 @@ build() (
     scripts/build_release.sh
 )
 # Standard input belongs to the engine too: a build step that read from it would eat commands. The build is quiet
-# unless it fails; a first one takes some minutes, so it says that it has begun.
-[[ -x $here/build/engine/tarvok ]] || echo "tarvok.sh: building the engine, which takes a few minutes" >&2
+# unless it fails, but for its three steps, which take minutes when a source has changed.
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-if ! build </dev/null >"$log" 2>&1; then
+if ! build </dev/null 2>&1 | tee "$log" | sed -un 's/^build_release.sh: /tarvok.sh: building, /p' >&2; then
     cat "$log" >&2
     exit 1
 fi

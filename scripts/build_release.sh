@@ -29,7 +29,7 @@ isGnu() { "${CXX:-c++}" --version | grep -q 'Free Software Foundation'; }
 
 profiled() {
     rm -rf "$counting/profile"
-    say "1 of 3: the engine that counts"
+    say "1 of 3: the engine that counts; all three take some minutes"
     release $counting GENERATE && cmake --build $counting --target tarvok || return
     say "2 of 3: its training run, a few seconds"
     $counting/tarvok bench 1 11 1 || return
