@@ -2,7 +2,7 @@
 import { Chess, castlingSide, normalizeMove } from 'chessops/chess';
 import { makeFen, parseFen } from 'chessops/fen';
 import { makeSanAndPlay } from 'chessops/san';
-import { opposite, parseUci } from 'chessops/util';
+import { makeSquare, opposite, parseUci } from 'chessops/util';
 
 const FiftyMoves = 100; // half moves
 
@@ -29,6 +29,20 @@ export class Referee {
     this.moves.push({ uci, san });
     this.#note();
     return san;
+  }
+
+  // All legal moves as an engine may write them.
+  legalMoves() {
+    const texts = [];
+    for (const [from, dests] of this.position.allDests()) {
+      for (const dest of dests) {
+        const promotes = this.position.board.getRole(from) === 'pawn' && (dest < 8 || dest >= 56);
+        const side = !this.chess960 && castlingSide(this.position, { from, to: dest });
+        const to = side ? (from & 56) + (side === 'h' ? 6 : 2) : dest;
+        for (const piece of promotes ? 'qrbn' : ['']) texts.push(makeSquare(from) + makeSquare(to) + piece);
+      }
+    }
+    return texts;
   }
 
   // { result, reason } once the game is over, else undefined.
