@@ -14,7 +14,7 @@ ALLOWED = {
     "eval": {"board"},
     "endgame": {"board"},
     "search": {"board", "eval", "endgame"},
-    "tree": {"board", "endgame", "search"},
+    "tree": {"board", "search"},
     "shell": {"board", "eval", "endgame", "search", "tree"},
 }
 
