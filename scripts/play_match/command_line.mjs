@@ -73,7 +73,8 @@ export function parseCommandLine(words) {
   const engines = [];
   const settings = {
     games: undefined, sprt: undefined, report: 10, picture: undefined, concurrency: 2, control: clock('1+0.01'),
-    timeControl: '1+0.01', marginMs: 0, openings: undefined, seed: undefined, chess960: false, adjudication: {}, restart: false, pgn: 'match.pgn', log: 'match.log',
+    timeControl: '1+0.01', marginMs: 0, openings: undefined, seed: undefined, chess960: false, adjudication: {},
+    restart: false, pgn: 'match.pgn', log: 'match.log',
   };
   const rows = {
     '--engine': (text) => {

@@ -14,6 +14,10 @@ const FinalDepth = 16;
 
 const [command, count, seed] = process.argv.slice(2);
 const chess960 = process.argv.includes('--chess960');
+if (!command || !(Number(count) > 0) || !/^\d+$/.test(seed)) {
+  console.error('usage: node make_openings.mjs ENGINE COUNT SEED [--chess960] > openings/NAME.epd');
+  process.exit(2);
+}
 const random = randomFrom(Number(seed));
 
 // Any of the 960: bishops on both colours, the king between the rooks.
@@ -60,7 +64,10 @@ while (found.size < Number(count)) {
   const fen = randomOpening();
   if (!fen || !(await balanced(fen, QuickDepth))) continue;
   await engine.newGame();
-  if (await balanced(fen, FinalDepth)) found.add(fen.split(' ').slice(0, 4).join(' '));
+  const epd = fen.split(' ').slice(0, 4).join(' ');
+  if (found.has(epd) || !(await balanced(fen, FinalDepth))) continue;
+  found.add(epd);
+  console.log(epd);
+  if (found.size % 10 === 0) console.error(`${found.size} of ${count} openings`);
 }
 await engine.quit();
-for (const epd of found) console.log(epd);
