@@ -38,13 +38,13 @@ inline void forEachSquare(Bitboard set, Visit visit) {
     for (; set; set &= set - 1) visit(lowestSquare(set));
 }
 
-constexpr Bitboard shiftUp(Bitboard set) { return set << 8; }
-constexpr Bitboard shiftDown(Bitboard set) { return set >> 8; }
-
 // The squares one step ahead of a set of pawns.
 template <Colour us>
 constexpr Bitboard pawnPushes(Bitboard pawns) {
     return us == White ? pawns << 8 : pawns >> 8;
+}
+constexpr Bitboard pawnPushes(Colour us, Bitboard pawns) {
+    return us == White ? pawnPushes<White>(pawns) : pawnPushes<Black>(pawns);
 }
 
 // Pawn captures towards the h-file and towards the a-file.

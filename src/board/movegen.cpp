@@ -170,9 +170,8 @@ int genPawnPushesToSeventh(const Position& pos, Move* list) {
     const Colour us = pos.sideToMove();
     const Bitboard free = ~pos.occupied;
     // Where the square ahead is free too.
-    const Bitboard open = free & (us == White ? shiftDown(free) : shiftUp(free));
-    const Bitboard pawns = pos.pieces[us][Pawn];
-    const Bitboard pushes = us == White ? shiftUp(pawns) : shiftDown(pawns);
+    const Bitboard open = free & pawnPushes(opponent(us), free);
+    const Bitboard pushes = pawnPushes(us, pos.pieces[us][Pawn]);
     const Bitboard targets = pushes & open & (relativeRankMask(us, 5) | relativeRankMask(us, 6));
     forEachSquare(targets, [&](int to) { writer.add(makeWord(to - pawnStep(us), to)); });
     return writer.count();

@@ -9,9 +9,8 @@ namespace {
 
 Bitboard quietPawnTargets(const Position& pos, Colour us, int from) {
     const Bitboard free = ~pos.occupied;
-    const auto pushed = [&](Bitboard set) { return us == White ? shiftUp(set) : shiftDown(set); };
-    const Bitboard once = pushed(bit(from)) & free;
-    const Bitboard twice = relativeRank(us, from) == 1 ? pushed(once) & free : 0;
+    const Bitboard once = pawnPushes(us, bit(from)) & free;
+    const Bitboard twice = relativeRank(us, from) == 1 ? pawnPushes(us, once) & free : 0;
     return (once | twice) & ~relativeRankMask(us, 7);
 }
 

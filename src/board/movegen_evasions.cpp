@@ -30,8 +30,7 @@ void addCapturesOn(const Position& pos, int square, ListWriter& writer) {
 void addPawnBlocks(const Position& pos, Bitboard squares, ListWriter& writer) {
     const Colour us = pos.sideToMove();
     const Bitboard pawns = pos.pieces[us][Pawn];
-    const auto pushed = [&](Bitboard set) { return us == White ? shiftUp(set) : shiftDown(set); };
-    forEachSquare(pushed(pawns) & squares, [&](int to) {
+    forEachSquare(pawnPushes(us, pawns) & squares, [&](int to) {
         const int from = to - pawnStep(us);
         if (relativeRank(us, to) == 7) {
             writer.add(makeWord(from, to, QueenPromotion));
@@ -40,8 +39,8 @@ void addPawnBlocks(const Position& pos, Bitboard squares, ListWriter& writer) {
             writer.add(makeWord(from, to));
         }
     });
-    const Bitboard once = pushed(pawns & relativeRankMask(us, 1)) & ~pos.occupied;
-    forEachSquare(pushed(once) & squares,
+    const Bitboard once = pawnPushes(us, pawns & relativeRankMask(us, 1)) & ~pos.occupied;
+    forEachSquare(pawnPushes(us, once) & squares,
                   [&](int to) { writer.add(makeWord(to - 2 * pawnStep(us), to, DoublePush)); });
 }
 

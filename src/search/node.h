@@ -145,7 +145,8 @@ inline bool isAdvancedPawnMove(const Position& pos, Move move) {
 inline Bitboard enemyPawnSpans(const Position& pos) {
     const Colour us = pos.sideToMove();
     const Bitboard pawns = pos.pieces[opponent(us)][Pawn];
-    const Bitboard spans = us == White ? fillDown(shiftDown(pawns)) : fillUp(shiftUp(pawns));
+    const Bitboard spans =
+        us == White ? fillAhead<Black>(pawnPushes<Black>(pawns)) : fillAhead<White>(pawnPushes<White>(pawns));
     return spans | besides(spans);
 }
 
