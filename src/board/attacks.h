@@ -4,8 +4,13 @@
 #include "board/position.h"
 #include "board/sliders.h"
 
-// Every square that a colour attacks, over the occupancy as it stands: the other king blocks like any piece.
-Bitboard attackedBy(const Position& pos, Colour colour);
+// Every square that a colour attacks through `occupied`. The other king, if it is in there, blocks like any
+// piece.
+Bitboard attackedBy(const Position& pos, Colour colour, Bitboard occupied);
+// The same over the occupancy as it stands.
+inline Bitboard attackedBy(const Position& pos, Colour colour) {
+    return attackedBy(pos, colour, pos.occupied);
+}
 
 // Whether a colour attacks one square, with the given occupancy. One branch for the caller: the lookups
 // together cost less than a mispredicted jump between them.

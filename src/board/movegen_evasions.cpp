@@ -1,5 +1,6 @@
 // Answers to a check: captures of the checker, moves in between, king steps. Pinned pieces are not left out;
 // make refuses what doesn't answer the check.
+#include "board/attacks.h"
 #include "board/geometry.h"
 #include "board/list_writer.h"
 #include "board/movegen.h"
@@ -71,20 +72,6 @@ void addAnswersToSliders(const Position& pos, int king, Bitboard sliders, ListWr
     });
 }
 
-// What the enemy attacks once the own king has left its square, so that it can't step back along a line.
-Bitboard attackedWithoutKing(const Position& pos, Colour us, int king) {
-    const Colour them = opponent(us);
-    const Bitboard* enemy = pos.pieces[them];
-    const Bitboard occupied = pos.occupied ^ bit(king);
-    Bitboard attacked = pawnAttacks(them, enemy[Pawn]) | kingAttacks[std::size_t(pos.kingSquare(them))];
-    forEachSquare(enemy[Knight], [&](int square) { attacked |= knightAttacks[std::size_t(square)]; });
-    forEachSquare(enemy[Bishop] | enemy[Queen],
-                  [&](int square) { attacked |= bishopAttacksOf(square, occupied); });
-    forEachSquare(enemy[Rook] | enemy[Queen],
-                  [&](int square) { attacked |= rookAttacksOf(square, occupied); });
-    return attacked;
-}
-
 }  // namespace
 
 int genCapturesOn(const Position& pos, Move* list, int square) {
@@ -116,7 +103,9 @@ int genEvasions(const Position& pos, Move* list) {
         addAnswersToSliders(pos, king, rookRays[at] & (enemy[Rook] | enemy[Queen]), writer);
         addEnPassant(pos, us, writer);  // answers a slider only in positions that no game reaches
     }
-    const Bitboard steps = kingAttacks[at] & ~pos.pieces[us][AllPieces] & ~attackedWithoutKing(pos, us, king);
+    // Seen through the own king, or it could step back along a line.
+    const Bitboard attacked = attackedBy(pos, them, pos.occupied ^ bit(king));
+    const Bitboard steps = kingAttacks[at] & ~pos.pieces[us][AllPieces] & ~attacked;
     forEachSquare(steps, [&](int to) { writer.add(makeWord(king, to)); });
     return writer.count();
 }
