@@ -2,6 +2,7 @@
 #pragma once
 
 #include "board/move.h"
+#include "board/movegen.h"
 #include "board/position.h"
 
 class ListWriter {
@@ -21,8 +22,5 @@ class ListWriter {
 // A quiet move with the key that orders it: a quarter of its history sum.
 inline Move quietWord(const Position& pos, int code, int from, int to, MoveFlag flag = NormalMove) {
     const Move clean = makeWord(from, to, flag);
-    const int index = code * 64 + to;
-    const int stat =
-        pos.contHist[index] + pos.contHist2[index] + pos.history[code * 4096 + int(clean & FromToMask)];
-    return withKey(clean, stat >> 2);
+    return withKey(clean, quietStat(pos, code, clean) >> 2);
 }
