@@ -58,8 +58,8 @@ static Bitboard slidersOnto(Bitboard diagonal, Bitboard straight, int square, Bi
 static bool castlingGivesCheck(const Position& pos, Colour us, Move move, int enemyKing) {
     const int from = fromOf(move);
     const int rookFrom = toOf(move);
-    const int kingTo = (from & 56) + (rookFrom > from ? 6 : 2);
-    const int rookTo = (from & 56) + (rookFrom > from ? 5 : 3);
+    const int kingTo = castlingKingTarget(from, rookFrom);
+    const int rookTo = castlingRookTarget(from, rookFrom);
     const Bitboard(&own)[7] = pos.pieces[us];
     const Bitboard occupied = (pos.occupied & ~(bit(from) | bit(rookFrom))) | bit(kingTo) | bit(rookTo);
     const Bitboard straight = ((own[Rook] | own[Queen]) & ~bit(rookFrom)) | bit(rookTo);

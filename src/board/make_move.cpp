@@ -160,9 +160,8 @@ static bool kingIsSafe(const Position& child) {
 template <Colour us>
 static bool castle(ChildInMaking& making, int from, int to) {
     Position& child = making.pos;
-    const bool toShort = to > from;
-    const int rookTarget = (from & 56) + (toShort ? 5 : 3);
-    const int kingTarget = (from & 56) + (toShort ? 6 : 2);
+    const int rookTarget = castlingRookTarget(from, to);
+    const int kingTarget = castlingKingTarget(from, to);
     if (kingTarget != from) making.movePiece<us>(King, from, kingTarget);
     making.loseRights(from, kingTarget);
     if (rookTarget != to) {
