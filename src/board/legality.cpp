@@ -28,7 +28,7 @@ static bool isValidPawnMove(const Position& pos, Colour us, int from, int to, Mo
 }
 
 bool isValidMove(const Position& pos, Move move) {
-    if (move == NoMove || move >= 0x8000) return false;
+    if (move == NoMove || move > (FlagMask | FromToMask)) return false;
     const Colour us = pos.sideToMove();
     const int from = fromOf(move);
     const int to = toOf(move);

@@ -24,9 +24,10 @@ enum MoveFlag : std::uint8_t {
 inline constexpr Move NoMove = 0;
 inline constexpr Move CleanMoveMask = 0xffff;
 inline constexpr Move FlagMask = 0x7000;
-inline constexpr Move FirstPromotion = 0x4000;  // clean moves from here up promote
-inline constexpr Move FromToMask = 0xfff;       // the low 12 bits, by which history tables are indexed
-inline constexpr int MaxListMoves = 220;        // more than any position's pseudo-legal moves
+inline constexpr Move FirstPromotion = 0x4000;       // clean moves from here up promote
+inline constexpr Move FirstUnderPromotion = 0x5000;  // and from here up to less than a queen
+inline constexpr Move FromToMask = 0xfff;            // the low 12 bits, by which history tables are indexed
+inline constexpr int MaxListMoves = 220;             // more than any position's pseudo-legal moves
 
 constexpr Move makeWord(int from, int to, MoveFlag flag = NormalMove) {
     return Move(from) << 6 | Move(to) | Move(flag) << 12;
@@ -36,6 +37,7 @@ constexpr int toOf(Move move) { return int(move & 63); }
 constexpr int fromOf(Move move) { return int(move >> 6 & 63); }
 constexpr MoveFlag flagOf(Move move) { return MoveFlag(move >> 12 & 7); }
 constexpr bool isPromotion(Move clean) { return clean >= FirstPromotion; }
+constexpr bool isUnderPromotion(Move clean) { return clean >= FirstUnderPromotion; }
 constexpr bool isEnPassant(Move move) { return (move & FlagMask) == Move(EnPassant) << 12; }
 constexpr bool isCastling(Move move) { return (move & FlagMask) == Move(Castling) << 12; }
 

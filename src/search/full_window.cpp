@@ -335,7 +335,7 @@ static inline bool noteScore(FullWindowNode& node, const FullTrial& trial) {
 template <bool treeLeaf>
 static inline bool tryMove(FullWindowNode& node, Move move, bool& done) {
     constexpr int UnderPromotionDepth = 20;
-    if (move >= FirstUnderPromotion && node.depth < UnderPromotionDepth) return false;
+    if (isUnderPromotion(move) && node.depth < UnderPromotionDepth) return false;
     FullTrial trial(node, move);
     if (node.firstPass && pruneMove(node, trial)) return false;
     if (!makeMove(&node.pos, &node.child, move)) return false;

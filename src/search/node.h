@@ -18,12 +18,11 @@
 
 #include <algorithm>
 
-inline constexpr int OnePly = 2;                     // half plies
-inline constexpr int FirstFullDepth = 2;             // below it a node belongs to the quiescence search
-inline constexpr Move FirstUnderPromotion = 0x5000;  // clean moves from here up promote to less than a queen
-inline constexpr Move QuietFlagMask = 0x6000;        // set in castling, en passant and promotions
-inline constexpr int DeepestMate = -MateBound;       // best above it: some move avoids being mated
-inline constexpr int DecidedScore = 3900;            // beyond it a hash score is no yardstick for singularity
+inline constexpr int OnePly = 2;                // half plies
+inline constexpr int FirstFullDepth = 2;        // below it a node belongs to the quiescence search
+inline constexpr Move QuietFlagMask = 0x6000;   // set in castling, en passant and promotions
+inline constexpr int DeepestMate = -MateBound;  // best above it: some move avoids being mated
+inline constexpr int DecidedScore = 3900;       // beyond it a hash score is no yardstick for singularity
 
 // What a move is, as sets of tried moves and rules tell moves apart.
 enum MoveKind : int {
@@ -151,7 +150,7 @@ inline Bitboard enemyPawnSpans(const Position& pos) {
 }
 
 // Under-promotions are worth half the depth.
-inline int depthOfMove(Move move, int depth) { return move >= FirstUnderPromotion ? depth / 4 * 2 : depth; }
+inline int depthOfMove(Move move, int depth) { return isUnderPromotion(move) ? depth / 4 * 2 : depth; }
 
 // ---- Children ----
 

@@ -135,7 +135,7 @@ static inline bool skipEvasion(const QuiescenceNode& node, Move move) {
 
 static inline bool skipMove(QuiescenceNode& node, Move move) {
     constexpr int RecapturesOnly = -16;  // below this depth
-    if (move >= FirstUnderPromotion) return true;
+    if (isUnderPromotion(move)) return true;
     if (node.pos.inCheck) return skipEvasion(node, move);
     if (move != node.hashMove && pruneMove(node, move)) return true;
     return node.qDepth < RecapturesOnly && toOf(move) != toOf(node.pos.lastMove);

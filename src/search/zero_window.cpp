@@ -24,7 +24,7 @@ struct Trial {
 static inline bool skipMove(const ZeroWindowNode& node, const Trial& trial) {
     constexpr int UnderPromotionDepth = 31;
     if (trial.move == node.excluded) return true;
-    if (trial.move >= FirstUnderPromotion && node.depth < UnderPromotionDepth) return true;
+    if (isUnderPromotion(trial.move) && node.depth < UnderPromotionDepth) return true;
     return trial.move == node.undoMove;
 }
 

@@ -17,8 +17,6 @@ constexpr int LastDepth = 60;
 constexpr int WholeWindow = 32000;  // centipawns
 constexpr int FirstDelta = 7;       // centipawns, doubled at each failure
 
-bool isUnderPromotion(Move move) { return (move & FlagMask) > FirstPromotion; }
-
 // One depth around `score`, which becomes the result. Each failure moves only the bound that failed. False if
 // `mayGoOn` refused another window; `score` is then that of the failed one.
 template <class MayGoOn>

@@ -27,8 +27,6 @@ constexpr double DrawValue = 0.5;
 constexpr std::uint64_t LeafVisits = 3;  // visits after which a node is expanded
 constexpr PlayoutResult NothingCredited{};
 
-bool isUnderPromotion(Move move) { return (move & FlagMask) > FirstPromotion; }
-
 // The value of a node without a legal move.
 double terminalValue(const Position& pos, int ply) {
     return pos.inCheck ? scoreToValue(MateScore - ply) : DrawValue;
