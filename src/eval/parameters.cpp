@@ -20,8 +20,6 @@ Score KingDanger[KingDangerEntries];
 
 namespace {
 
-constexpr int UsualKingSafety = 72;
-
 // The mode at the last run of `applyStyle`; none before the first.
 enum class StyleMode { None, AlphaBeta, Tree };
 StyleMode appliedMode = StyleMode::None;

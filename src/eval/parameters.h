@@ -8,6 +8,9 @@
 
 #include <cstdint>
 
+// Weight of king safety: the option's default, and the tree search's, whatever the option says.
+inline constexpr int UsualKingSafety = 72;
+
 // Rebuilds every parameter table from the options. Called after `initMaterialTable`, before each bench pass,
 // and after an option that was stored.
 void initEvalParameters();

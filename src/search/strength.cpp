@@ -29,7 +29,6 @@ std::uint64_t randomWord() {
 }  // namespace
 
 void applyStrength(const Position& root, bool treeMode) {
-    constexpr int UsualKingSafety = 72;
     static int lastGamePly = 0;
     const int skill = settings.skill;
     kingSafetyJitter = settings.variety;
