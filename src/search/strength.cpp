@@ -28,6 +28,11 @@ std::uint64_t randomWord() {
 
 }  // namespace
 
+void seedRandom() {
+    std::srand(unsigned(std::time(nullptr)));
+    noiseKey = randomWord();
+}
+
 void applyStrength(const Position& root, bool treeMode) {
     static int lastGamePly = 0;
     const int skill = settings.skill;
@@ -36,8 +41,7 @@ void applyStrength(const Position& root, bool treeMode) {
     searchState.skillDepth = skillDepthTable[skill];
     bookMoveLimit = settings.bookMoves;
     if (skill < FullSkill) {
-        std::srand(unsigned(std::time(nullptr)));
-        noiseKey = randomWord();
+        seedRandom();
         kingSafetyJitter = 25 - skill;
         bookMoveLimit = std::max(skill - 2, 0);
     }

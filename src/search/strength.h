@@ -3,6 +3,9 @@
 
 #include "board/position.h"
 
+// Seeds rand() with the clock and draws the seed of the evaluation's noise.
+void seedRandom();
+
 // Sets the depth limit, evaluation noise, king-safety jitter and book limit of a search from `root`.
 // `treeMode` is the mode that this search will have. Draws on rand() only below full skill, or at a new game
 // with variety.

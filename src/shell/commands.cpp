@@ -10,11 +10,11 @@
 #include "eval/parameters.h"
 #include "search/limits.h"
 #include "search/search_tables.h"
+#include "search/strength.h"
 #include "search/thread_pool.h"
 #include "search/trans_table.h"
 #include "shell/main_loop.h"
 #include "shell/options.h"
-#include "shell/start_up.h"
 #include "tree/node_store.h"
 
 #include <algorithm>

@@ -8,6 +8,7 @@
 #include "eval/king_pawn_bitbase.h"
 #include "eval/material.h"
 #include "eval/parameters.h"
+#include "search/strength.h"
 #include "search/thread_pool.h"
 #include "search/trans_table.h"
 #include "shell/host.h"
@@ -16,18 +17,9 @@
 
 #include <cpuid.h>
 #include <cstdio>
-#include <cstdlib>
-#include <ctime>
 
 static constexpr const char* Maker = "by the Tarvok team";
 static constexpr const char* Licensee = "every chess player";
-
-void seedRandom() {
-    std::srand(unsigned(std::time(nullptr)));
-    const std::uint64_t first = std::uint64_t(std::rand());
-    const std::uint64_t second = std::uint64_t(std::rand());
-    noiseKey = first << 29 ^ second << 14 ^ std::uint64_t(std::rand());
-}
 
 static bool hasPopcnt() {
     constexpr unsigned PopcntBit = 1u << 23;
