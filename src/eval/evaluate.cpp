@@ -22,13 +22,13 @@ template <int divisor>
 constexpr int roundedBy(int x) {
     return (x >= 0 ? x + divisor / 2 : x - divisor / 2) / divisor;
 }
-constexpr int ResultUnit = 960;  // blended units of one centipawn
-constexpr int TenthUnit = 96;    // and of a tenth of one
+constexpr int ResultUnit = 10 * MaxPhase;  // blended units of one centipawn
+constexpr int TenthUnit = MaxPhase;        // and of a tenth of one
 
-int blend(Score s, int phase) { return egOf(s) * (96 - phase) + mgOf(s) * phase; }
+int blend(Score s, int phase) { return egOf(s) * (MaxPhase - phase) + mgOf(s) * phase; }
 
 // For the side to move, in tenths of a centipawn.
-constexpr int tempo(int phase) { return (2496 + 91 * phase + 48) / 96; }
+constexpr int tempo(int phase) { return 26 + (91 * phase + MaxPhase / 2) / MaxPhase; }
 
 // A score that is cut where material is level.
 int levelCut(int score, int material) {
@@ -109,9 +109,11 @@ int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int material,
 // Moves an advantage with the width of the own pawn front, the more the nearer the endgame. White's view.
 int pulledBySpan(int score, const PawnEntry& pawns, int phase) {
     constexpr int SpanPull[9] = {12, 10, 8, 6, 4, 2, 0, -2, -4};
-    constexpr int Cap = 150;  // centipawns
-    if (score > 0) return score - std::min(score, Cap) * (96 - phase) * SpanPull[pawns.span[White]] / 12288;
-    if (score < 0) return score - std::max(score, -Cap) * (96 - phase) * SpanPull[pawns.span[Black]] / 12288;
+    constexpr int Cap = 150;               // centipawns
+    constexpr int Whole = 128 * MaxPhase;  // the table counts in 128ths
+    const int lateness = MaxPhase - phase;
+    if (score > 0) return score - std::min(score, Cap) * lateness * SpanPull[pawns.span[White]] / Whole;
+    if (score < 0) return score - std::max(score, -Cap) * lateness * SpanPull[pawns.span[Black]] / Whole;
     return score;
 }
 

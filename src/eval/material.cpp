@@ -24,7 +24,7 @@ static_assert(sizeof(MaterialSlot) == 24);
 constexpr std::size_t MaterialSlots = 65536;
 MaterialSlot MaterialTable[MaterialSlots];
 
-constexpr int BlendedUnit = 96;
+constexpr int BlendedUnit = MaxPhase;  // of one material unit
 
 MaterialSlot& slotOf(Key key) { return MaterialTable[key % MaterialSlots]; }
 
@@ -142,7 +142,7 @@ int softened(int value, int phase) {
     const std::int64_t excess = value > LargeLead    ? value - LargeLead
                                 : value < -LargeLead ? value + LargeLead
                                                      : 0;
-    return value - int(excess * phase / 384);
+    return value - int(excess * phase / (4 * MaxPhase));
 }
 
 int materialByFormula(const Position& pos, float& scale) {

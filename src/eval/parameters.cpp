@@ -14,8 +14,8 @@ int evalNoise = 0;
 Relaxed<std::uint64_t> noiseKey = 0;
 int dynamismMg = 160;
 int dynamismEg = 185;
-float MaterialPhaseScale[97];
-int PhasePieceValue[97][7];
+float MaterialPhaseScale[MaxPhase + 1];
+int PhasePieceValue[MaxPhase + 1][7];
 Score KingDanger[KingDangerEntries];
 
 namespace {
@@ -43,7 +43,7 @@ constexpr int KingSafetyCurve[ListedDangers] = {
 // clang-format on
 
 void buildPhaseScale() {
-    for (int phase = 0; phase <= 96; ++phase) MaterialPhaseScale[phase] = float(0.95 + phase / 480.0);
+    for (int phase = 0; phase <= MaxPhase; ++phase) MaterialPhaseScale[phase] = float(0.95 + phase / 480.0);
 }
 
 // The product is formed in single precision: a double one would lose a unit here and there.
@@ -53,12 +53,12 @@ void buildPhasePieceValues() {
     };
     constexpr Lanes values[5] = {
         {155, 190}, {480, 490}, {540, 570}, {670, 670}, {1430, 1500}};  // pawn to queen
-    for (int phase = 0; phase <= 96; ++phase) {
+    for (int phase = 0; phase <= MaxPhase; ++phase) {
         int* row = PhasePieceValue[phase];
         row[0] = 75;
         for (int i = 0; i < 5; ++i) {
-            const int blend = values[i].mg * phase + values[i].eg * (96 - phase);
-            row[i + 1] = int(MaterialPhaseScale[phase] * float(blend) / 96.0f);
+            const int blend = values[i].mg * phase + values[i].eg * (MaxPhase - phase);
+            row[i + 1] = int(MaterialPhaseScale[phase] * float(blend) / float(MaxPhase));
         }
         row[6] = 10000;
     }

@@ -5,6 +5,7 @@
 #include "board/piece_square.h"
 #include "board/relaxed.h"
 #include "board/score.h"
+#include "board/types.h"
 
 #include <cstdint>
 
@@ -42,9 +43,10 @@ extern Relaxed<std::uint64_t> noiseKey;
 extern int dynamismMg;
 extern int dynamismEg;
 
-// By capped phase: the start value of the material scale, and the piece values that quiescence prunes by.
-extern float MaterialPhaseScale[97];
-extern int PhasePieceValue[97][7];
+// By capped phase: the start value of the material scale; and by type, 0 for none, the values in centipawns
+// that quiescence prunes by.
+extern float MaterialPhaseScale[MaxPhase + 1];
+extern int PhasePieceValue[MaxPhase + 1][7];
 
 // Middlegame value of attack units against a king.
 inline constexpr int KingDangerEntries = 256;
