@@ -9,6 +9,7 @@ inline constexpr Bitboard FileA = 0x0101010101010101ULL;
 inline constexpr Bitboard FileH = FileA << 7;
 inline constexpr Bitboard NotFileA = ~FileA;
 inline constexpr Bitboard NotFileH = ~FileH;
+inline constexpr Bitboard WestFiles = 0x0f0f0f0f0f0f0f0fULL;  // a to d
 inline constexpr Bitboard Rank1 = 0xffULL;
 inline constexpr Bitboard Rank8 = Rank1 << 56;
 
@@ -19,6 +20,10 @@ constexpr Bitboard rankMask(int rank) { return Rank1 << (8 * rank); }
 constexpr Bitboard relativeRankMask(Colour colour, int rank) {
     return rankMask(colour == White ? rank : 7 - rank);
 }
+
+// The four ranks next to the colour's back rank, that one included.
+template <Colour us>
+inline constexpr Bitboard OwnHalf = us == White ? 0x00000000ffffffffULL : 0xffffffff00000000ULL;
 
 constexpr int popcount(Bitboard set) { return std::popcount(set); }
 constexpr int lowestSquare(Bitboard set) { return std::countr_zero(set); }

@@ -4,8 +4,8 @@
 
 #include "board/bitboard.h"
 
+#include <algorithm>
 #include <array>
-#include <cstdint>
 
 using SquareTable = std::array<Bitboard, 64>;
 
@@ -76,10 +76,8 @@ inline constexpr SquareTable adjacentDown = geometry::tableOf([](int a, int b) {
 });
 
 // Three whole files around the square; at the edge the band moves inward, so that it is always three wide.
-inline constexpr SquareTable ShelterFiles = geometry::tableOf([](int a, int b) {
-    const int middle = fileOf(a) == 0 ? 1 : fileOf(a) == 7 ? 6 : fileOf(a);
-    return geometry::distanceOf(middle, fileOf(b)) <= 1;
-});
+inline constexpr SquareTable ShelterFiles = geometry::tableOf(
+    [](int a, int b) { return geometry::distanceOf(std::clamp(fileOf(a), 1, 6), fileOf(b)) <= 1; });
 
 inline constexpr SquareTable kingAttacks = geometry::tableOf([](int a, int b) {
     return a != b && geometry::fileDistance(a, b) <= 1 && geometry::rankDistance(a, b) <= 1;

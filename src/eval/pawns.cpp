@@ -111,9 +111,8 @@ Score isolatedPawns(const PawnMaps& maps, Bitboard doubledFront) {
 // A pair of neighbours on the edge of an enemy-free file in the own half, which one enemy pawn can hold.
 template <Colour us>
 Score edgePhalanxes(const PawnMaps& maps) {
-    constexpr Bitboard OwnHalf = us == White ? 0x00000000ffffffffULL : 0xffffffff00000000ULL;
     const Bitboard pawns =
-        maps.pawns[us] & maps.neighbours[us] & OwnHalf & ~maps.fileFill[opponent(us)] & EdgeFiles;
+        maps.pawns[us] & maps.neighbours[us] & OwnHalf<us> & ~maps.fileFill[opponent(us)] & EdgeFiles;
     Score sum;
     forEachSquare(pawns, [&](int square) {
         const int inward = fileOf(square) == 0 ? 1 : -1;
@@ -219,7 +218,7 @@ Score kingAmongPawns(const Position& pos, const PawnMaps& maps) {
     if (relativeRank(us, king) == 0 && !(front & ~maps.pawns[us])) sum += ShutInKing;
     if (pawnPushes<opponent(us)>(bit(king)) & maps.pawns[opponent(us)]) sum += EnemyPawnBehindKing;
     const int firstFile = file <= 2 ? 0 : file <= 4 ? 2 : 4;
-    const Bitboard group = (FileA | FileA << 1 | FileA << 2 | FileA << 3) << firstFile;
+    const Bitboard group = WestFiles << firstFile;  // four files that hold the king's
     if (!(group & (maps.pawns[White] | maps.pawns[Black]))) sum += KingAwayFromPawns;
     return sum;
 }

@@ -3,6 +3,8 @@
 #include "eval/mobility_tables.h"
 #include "eval/terms.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int FirstUnits = 6;  // attack units that a side starts with
@@ -10,9 +12,7 @@ constexpr int NoQueenUnits = -7;
 
 // A king's zone: the squares around a centre that is one step away from the edge of the board.
 constexpr Bitboard makeKingZone(int king) {
-    const int file = fileOf(king) == 0 ? 1 : fileOf(king) == 7 ? 6 : fileOf(king);
-    const int rank = rankOf(king) == 0 ? 1 : rankOf(king) == 7 ? 6 : rankOf(king);
-    const int centre = makeSquare(file, rank);
+    const int centre = makeSquare(std::clamp(fileOf(king), 1, 6), std::clamp(rankOf(king), 1, 6));
     const Bitboard around = kingAttacks[std::size_t(centre)];
     return centre == king ? around : around | bit(centre);
 }
@@ -143,9 +143,9 @@ Score bishopAndPawns(const Position& pos, int square) {
 // An enemy knight three ranks away on the bishop's file can hardly move in its own half.
 template <Colour us>
 bool dominatesKnight(const Position& pos, int square) {
-    constexpr Bitboard theirHalf = us == White ? 0xffffffff00000000ULL : 0x00000000ffffffffULL;
+    constexpr Colour them = opponent(us);
     const Bitboard threeAway = bit(square) << 24 | bit(square) >> 24;
-    return threeAway & pos.pieces[opponent(us)][Knight] & theirHalf;
+    return threeAway & pos.pieces[them][Knight] & OwnHalf<them>;
 }
 
 template <Colour us>
@@ -283,7 +283,6 @@ void evaluateQueenDefence(const Position& pos, EvalInfo& info) {
 }
 
 void evaluateWing(const Position& pos, EvalInfo& info) {
-    constexpr Bitboard WestFiles = 0x0f0f0f0f0f0f0f0fULL;
     if (info.pawns->kingWing == 0) return;
     const bool east = info.pawns->kingWing == 1;
     const Bitboard wing = east ? ~WestFiles : WestFiles;

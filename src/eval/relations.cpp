@@ -4,8 +4,6 @@
 
 namespace {
 
-constexpr Bitboard WestFiles = 0x0f0f0f0f0f0f0f0fULL;
-
 constexpr Bitboard filesFromTo(int first, int last) {
     Bitboard files = 0;
     for (int file = first; file <= last; ++file) files |= FileA << file;
