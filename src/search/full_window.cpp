@@ -267,11 +267,7 @@ static inline int reductionFor(FullWindowNode& node, const FullTrial& trial) {
     if (node.isKillerOrCounter(move) || isFarPawnMove(pos, move)) reduction -= 2;
     const int stat = quietStat(pos, move) - historyBase;
     pos.moveStat = stat;
-    if (!treeSearchActive) {
-        const int before = previousMoveStat(pos);
-        if (stat < 0 && before >= 0) reduction += 2;
-        if (stat >= 0 && before < 0) reduction -= 2;
-    }
+    reduction += reductionByTurn(pos, stat);
     reduction = std::max(reduction - stat / 9600, 0);
     if (reduction >= 2 && node.phase > 48 && node.depth <= 15 && movesOfficer(pos, move) &&
         !seeFromSquareSafe(pos, move))

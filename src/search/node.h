@@ -9,6 +9,7 @@
 #include "board/zobrist.h"
 #include "endgame/tb_probe.h"
 #include "eval/evaluate.h"
+#include "eval/parameters.h"
 #include "search/limits.h"
 #include "search/search.h"
 #include "search/search_thread.h"
@@ -107,6 +108,16 @@ inline Move previousLastMove(const Position& pos) { return pos.prev ? pos.prev->
 inline int previousMoveStat(const Position& pos) { return pos.prev ? pos.prev->moveStat : 0; }
 inline int previousReduction(const Position& pos) { return pos.prev ? pos.prev->singularMark : 0; }
 inline bool previousInCheck(const Position& pos) { return pos.prev && pos.prev->inCheck; }
+
+// What a quiet move's stat adds to its reduction beside the stat of the move before: a line that turns for
+// the worse is reduced more, one that turns for the better less. The tree search makes no difference.
+inline int reductionByTurn(const Position& pos, int stat) {
+    if (treeSearchActive) return 0;
+    const int before = previousMoveStat(pos);
+    if (stat < 0 && before >= 0) return OnePly;
+    if (stat >= 0 && before < 0) return -OnePly;
+    return 0;
+}
 
 // ---- Moves, before they are made ----
 

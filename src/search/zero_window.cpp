@@ -191,11 +191,7 @@ static inline int quietReduction(ZeroWindowNode& node, const Trial& trial, int r
     const int stat = quietStat(pos, move) - historyBase;
     pos.moveStat = stat;
     reduction -= stat / 9600;
-    if (!treeSearchActive) {
-        const int before = previousMoveStat(pos);
-        if (stat < 0 && before >= 0) reduction += 2;
-        if (stat >= 0 && before < 0) reduction -= 2;
-    }
+    reduction += reductionByTurn(pos, stat);
     const bool threatTest = node.phase > 48 && !node.cutNode;
     if (reduction > 1 && threatTest && trial.isQuietOutOfCheck() && movesOfficer(pos, move) &&
         !seeFromSquareSafe(pos, move))
