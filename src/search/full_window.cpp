@@ -136,11 +136,7 @@ static inline bool internalDeepening(FullWindowNode& node) {
     searchFullWindow(node.pos, node.alpha - 5, node.beta, node.depth - 2 * OnePly, node.ply, node.childPv,
                      true);
     if (isStopped(node.pos)) return node.endWith(0);
-    const TableView table = readTable(node.pos.key, node.ply);
-    if (table.hit)
-        node.table = table;
-    else
-        node.table.move = NoMove;
+    rereadTable(node.table, node.pos.key, node.ply);
     return false;
 }
 

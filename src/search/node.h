@@ -71,6 +71,15 @@ inline TableView readTable(Key key, int ply) {
             data.depth(), data.bound(),    data.move()};
 }
 
+// After a search of the same node: what it has stored. Without an entry the old view keeps all but its move.
+inline void rereadTable(TableView& view, Key key, int ply) {
+    const TableView now = readTable(key, ply);
+    if (now.hit)
+        view = now;
+    else
+        view.move = NoMove;
+}
+
 inline void writeTable(Key key, int depth, int score, int flags, Move move, int nodeRank, int ply) {
     transTable.store(key, depth, scoreToTable(score, ply), flags, move, nodeRank);
 }

@@ -292,11 +292,7 @@ static inline bool internalDeepening(ZeroWindowNode& node) {
     const int depth = shallower - (shallower & 1);
     searchZeroWindow(node.pos, node.beta, depth, node.ply, node.childPv, NoMove, true, node.cutNode);
     if (isStopped(node.pos)) return node.endWith(0);
-    const TableView table = readTable(node.key, node.ply);
-    if (table.hit)
-        node.table = table;
-    else
-        node.table.move = NoMove;
+    rereadTable(node.table, node.key, node.ply);
     node.singularCandidate = isSingularCandidate(node);
     return false;
 }
