@@ -312,7 +312,7 @@ static inline bool noteScore(FullWindowNode& node, const FullTrial& trial) {
     }
     writeLine(node.pv, trial.move, node.childPv);
     if (score < node.beta && !trial.drawn)
-        writeTable(pos.key, node.depth, score, LowerBound, trial.move, 2, node.ply);
+        writeTable(pos.key, node.depth, score, LowerBound, trial.move, RankPv, node.ply);
     node.alpha = score;
     if (score < node.beta) return false;
     node.cutoff = true;
@@ -366,16 +366,11 @@ static inline int finishNode(FullWindowNode& node) {
         node.tried.learnBest(pos, node.bestQuiet, historyBonus(node.depth), contBonus(node.depth));
     if (node.played == 0) {
         const int score = pos.inCheck ? node.ply - MateScore : 0;
-        writeTable(pos.key, node.depth, score, TerminalFlags, NoMove, 0, node.ply);
+        writeTable(pos.key, node.depth, score, TerminalFlags, NoMove, RankAll, node.ply);
         return score;
     }
     if (node.drawn) return node.best;
-    if (node.best >= node.beta)
-        writeTable(pos.key, node.depth, node.best, LowerBound, node.pv[0], 1, node.ply);
-    else if (node.best > node.firstAlpha)
-        writeTable(pos.key, node.depth, node.best, ExactBound, node.pv[0], 2, node.ply);
-    else
-        writeTable(pos.key, node.depth, node.best, UpperBound, NoMove, 0, node.ply);
+    writeResult(pos.key, node.depth, node.best, node.firstAlpha, node.beta, node.pv[0], node.ply);
     return node.best;
 }
 

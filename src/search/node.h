@@ -84,6 +84,17 @@ inline void writeTable(Key key, int depth, int score, int flags, Move move, int 
     transTable.store(key, depth, scoreToTable(score, ply), flags, move, nodeRank);
 }
 
+// Stores the result of a node whose window reached from `firstAlpha` to `beta`; a score at its lower end or
+// below proves no move.
+inline void writeResult(Key key, int depth, int score, int firstAlpha, int beta, Move move, int ply) {
+    if (score >= beta)
+        writeTable(key, depth, score, LowerBound, move, RankCut, ply);
+    else if (score > firstAlpha)
+        writeTable(key, depth, score, ExactBound, move, RankPv, ply);
+    else
+        writeTable(key, depth, score, UpperBound, NoMove, RankAll, ply);
+}
+
 // A static score, drawn towards what the table knows of the position.
 inline int estimateFrom(const TableView& table, int eval) {
     if (table.bound == ExactBound) return table.score;

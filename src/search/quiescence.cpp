@@ -166,13 +166,9 @@ static inline int finishNode(QuiescenceNode& node) {
     const int score = node.count > 0 ? node.best : node.pos.inCheck ? node.ply - MateScore : 0;
     if (node.drawn) return score;
     if (node.count == 0)
-        writeTable(pos.key, depth, score, ExactBound, NoMove, 0, node.ply);
-    else if (score >= node.beta)
-        writeTable(pos.key, depth, score, LowerBound, node.pv[0], 1, node.ply);
-    else if (score > node.firstAlpha)
-        writeTable(pos.key, depth, score, ExactBound, node.pv[0], 2, node.ply);
+        writeTable(pos.key, depth, score, ExactBound, NoMove, RankAll, node.ply);
     else
-        writeTable(pos.key, depth, score, UpperBound, NoMove, 0, node.ply);
+        writeResult(pos.key, depth, score, node.firstAlpha, node.beta, node.pv[0], node.ply);
     return score;
 }
 

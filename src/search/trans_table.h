@@ -23,6 +23,10 @@ enum BoundFlag : std::uint8_t {
     TerminalFlags = 7,  // exact, and the position has no legal move
 };
 
+// How much an entry deserves to stay: that of a node whose moves all failed low, of one where a move failed
+// high, of the principal variation.
+enum NodeRank : int { RankAll = 0, RankCut = 1, RankPv = 2 };
+
 // A copy of an entry's data word, from bit 0 upward: score 16, move 16, depth 16, bound 2, terminal 1, spare
 // 1, node rank 3, busy 1, generation 8.
 struct TransData {
@@ -91,7 +95,7 @@ class TransTable {
         return false;
     }
 
-    // Does nothing for a score beyond 32500 in magnitude. `flags` are bound flags; a higher `nodeRank` keeps
+    // Does nothing for a score beyond 32500 in magnitude. `flags` are bound flags; a higher NodeRank keeps
     // the entry longer. Within one search a shallower result of the same kind never replaces a deeper one.
     void store(Key key, int depth, int score, int flags, Move move, int nodeRank);
     // Marks a position as being searched, or no longer; makes a placeholder entry if there is none.

@@ -262,10 +262,10 @@ static inline void learnFromMoves(ZeroWindowNode& node) {
 
 static inline int finishNode(ZeroWindowNode& node) {
     const Position& pos = node.pos;
+    const NodeRank rank = node.cutNode ? RankCut : RankAll;
     if (!node.floorSet && node.played == 0 && !node.excluded) {
         const int score = pos.inCheck ? node.ply - MateScore : 0;
-        if (!node.drawn)
-            writeTable(node.key, node.depth, score, TerminalFlags, NoMove, node.cutNode, node.ply);
+        if (!node.drawn) writeTable(node.key, node.depth, score, TerminalFlags, NoMove, rank, node.ply);
         return score;
     }
     const int score = node.excluded && node.best < node.beta ? node.beta - 1 : node.best;
@@ -273,7 +273,7 @@ static inline int finishNode(ZeroWindowNode& node) {
     if (node.drawn) return score;
     const bool failedHigh = score >= node.beta;
     writeTable(node.key, node.depth, score, failedHigh ? LowerBound : UpperBound,
-               failedHigh ? node.pv[0] : NoMove, node.cutNode, node.ply);
+               failedHigh ? node.pv[0] : NoMove, rank, node.ply);
     return score;
 }
 
