@@ -10,6 +10,7 @@
 #include "search/history.h"
 #include "search/node.h"
 #include "search/search.h"
+#include "search/trial.h"
 
 #include <cstdlib>
 
@@ -67,21 +68,6 @@ struct FullWindowNode {
     bool isKillerOrCounter(Move move) const {
         return move == killers.first || move == killers.second || move == counter;
     }
-};
-
-// What is known of the move that is being tried.
-struct FullTrial {
-    const Move move;
-    const bool isHashMove, isTactical;
-    int kind = 0;  // set of MoveKind
-    int newDepth = 0;
-    int score = 0;
-    bool drawn = false;
-
-    FullTrial(const FullWindowNode& node, Move tried)
-        : move(tried), isHashMove(tried == node.table.move), isTactical(::isTactical(node.pos, tried)) {}
-
-    bool isQuietOutOfCheck() const { return !(kind & (MoveTactical | MoveEvasion)); }
 };
 
 // ---- Before the moves ----
@@ -172,7 +158,7 @@ static inline bool isPromisingPawnMove(const FullWindowNode& node, Move move) {
 }
 
 // Shallow nodes pass over quiet moves with a poor record that come late or lose material.
-static inline bool pruneMove(const FullWindowNode& node, const FullTrial& trial) {
+static inline bool pruneMove(const FullWindowNode& node, const Trial& trial) {
     constexpr int PruneDepth = 6, AverageStat = 48000;
     const Position& pos = node.pos;
     const Move move = trial.move;
@@ -188,32 +174,13 @@ static inline bool pruneMove(const FullWindowNode& node, const FullTrial& trial)
 static inline bool sharesMoves() { return threadCount > 2 && !treeSearchActive; }
 
 // Whether a child is put off because another thread is searching it. Thread 0 puts nothing off.
-static inline bool deferMove(FullWindowNode& node, const FullTrial& trial) {
+static inline bool deferMove(FullWindowNode& node, const Trial& trial) {
     if (!node.firstPass || node.played == 0 || node.pos.threadIndex == 0) return false;
     if (!sharesMoves() || node.picker.stage == StageCaptures) return false;
     TransData data;
     if (node.deferredCount == MaxListMoves || !transTable.probe(node.child.key, data) || !data.busy())
         return false;
     node.deferred[node.deferredCount++] = trial.move;
-    return true;
-}
-
-// Counts and lists a move that was made.
-static inline void noteMove(FullWindowNode& node, FullTrial& trial) {
-    trial.kind = (node.pos.inCheck ? MoveEvasion : 0) | (trial.isTactical ? MoveTactical : 0);
-    if (trial.kind == 0)
-        node.tried.addQuiet(quietMoveOf(node.pos, trial.move));
-    else if (trial.kind == MoveTactical)
-        node.tried.addTactical(trial.move);
-    if (markCheck(node.child)) trial.kind |= MoveCheck;
-    ++node.played;
-}
-
-static inline bool isDrawn(FullWindowNode& node, FullTrial& trial) {
-    if (trial.isTactical || !isDrawnByRule(node.pos, node.child, needsTwoRepetitions(node.ply))) return false;
-    node.childPv[0] = NoMove;
-    trial.score = 0;
-    trial.drawn = true;
     return true;
 }
 
@@ -229,7 +196,7 @@ static inline bool isSingular(FullWindowNode& node) {
 
 // Sets the child's depth. The top node of a tree search's leaf has no test for a singular move.
 template <bool treeLeaf>
-static inline void extendMove(FullWindowNode& node, FullTrial& trial) {
+static inline void extendMove(FullWindowNode& node, Trial& trial) {
     if (node.extensionsAllowed) {
         if (node.child.inCheck && (trial.isHashMove || !seeLosing(node.pos, trial.move)))
             node.ext = OnePly;
@@ -256,7 +223,7 @@ static inline int fullWindowScore(FullWindowNode& node, int depth) {
     return -searchFullWindow(node.child, -node.beta, -node.alpha, depth, node.ply + 1, node.childPv, false);
 }
 
-static inline int reductionFor(FullWindowNode& node, const FullTrial& trial) {
+static inline int reductionFor(FullWindowNode& node, const Trial& trial) {
     Position& pos = node.pos;
     const Move move = trial.move;
     int reduction = reductionOf(reduceLow, node.improving, node.depth, node.played);
@@ -273,7 +240,7 @@ static inline int reductionFor(FullWindowNode& node, const FullTrial& trial) {
 
 // The first move gets the whole window at once; a later one has to beat the window's lower end first. Scores
 // after a stop mean nothing.
-static inline void searchChild(FullWindowNode& node, FullTrial& trial) {
+static inline void searchChild(FullWindowNode& node, Trial& trial) {
     const int reach = node.depth + node.ext;
     if (node.played == 1 || reach < 4) {
         trial.score = fullWindowScore(node, trial.newDepth);
@@ -293,7 +260,7 @@ static inline void searchChild(FullWindowNode& node, FullTrial& trial) {
 }
 
 // True on a fail high.
-static inline bool noteScore(FullWindowNode& node, const FullTrial& trial) {
+static inline bool noteScore(FullWindowNode& node, const Trial& trial) {
     const Position& pos = node.pos;
     const int score = trial.score;
     if (node.played == 1 && score <= node.alpha && node.depth <= LastBonusDepth &&
@@ -328,12 +295,15 @@ template <bool treeLeaf>
 static inline bool tryMove(FullWindowNode& node, Move move, bool& done) {
     constexpr int UnderPromotionDepth = 20;
     if (isUnderPromotion(move) && node.depth < UnderPromotionDepth) return false;
-    FullTrial trial(node, move);
+    Trial trial(node.pos, move, node.table.move);
     if (node.firstPass && pruneMove(node, trial)) return false;
     if (!makeMove(&node.pos, &node.child, move)) return false;
     if (deferMove(node, trial)) return false;
-    noteMove(node, trial);
-    if (!isDrawn(node, trial)) {
+    noteKind(trial, node.pos, node.child, node.tried);
+    ++node.played;
+    if (noteDraw(trial, node.pos, node.child, node.ply)) {
+        node.childPv[0] = NoMove;
+    } else {
         const bool marks = sharesMoves();
         if (marks) transTable.markBusy(node.child.key, true);
         extendMove<treeLeaf>(node, trial);

@@ -2,22 +2,13 @@
 // Its move loop is here; what comes before the moves stands in zero_window_steps.h.
 #include "board/legality.h"
 #include "board/movegen.h"
+#include "search/trial.h"
 #include "search/zero_window_steps.h"
 
-// What is known of the move that is being tried.
-struct Trial {
-    const Move move;
-    const bool isHashMove, isTactical;
-    int kind = 0;  // set of MoveKind
-    int ext = 0;   // half plies
-    int newDepth = 0;
-    int score = 0;
-    bool drawn = false;
+struct ZeroTrial : Trial {
+    int ext = 0;  // half plies
 
-    Trial(const ZeroWindowNode& node, Move tried)
-        : move(tried), isHashMove(tried == node.table.move), isTactical(::isTactical(node.pos, tried)) {}
-
-    bool isQuietOutOfCheck() const { return !(kind & (MoveTactical | MoveEvasion)); }
+    ZeroTrial(const ZeroWindowNode& node, Move tried) : Trial(node.pos, tried, node.table.move) {}
 };
 
 // Moves that this node never tries.
@@ -68,25 +59,10 @@ static inline bool pruneMove(ZeroWindowNode& node, const Trial& trial) {
 
 // Counts and lists a move that was made.
 static inline void noteMove(ZeroWindowNode& node, Trial& trial) {
-    trial.kind = node.pos.inCheck ? MoveEvasion : 0;
-    if (trial.isTactical) {
-        trial.kind |= MoveTactical;
-        if (trial.isHashMove) node.hashMoveTactical = true;
-    }
-    if (trial.kind == 0)
-        node.tried.addQuiet(quietMoveOf(node.pos, trial.move));
-    else if (trial.kind == MoveTactical)
-        node.tried.addTactical(trial.move);
-    if (markCheck(node.child)) trial.kind |= MoveCheck;
+    noteKind(trial, node.pos, node.child, node.tried);
+    if (trial.isTactical && trial.isHashMove) node.hashMoveTactical = true;
     ++node.played;
     ++node.movesSeen;
-}
-
-static inline bool isDrawn(ZeroWindowNode& node, Trial& trial) {
-    if (trial.isTactical || !isDrawnByRule(node.pos, node.child, needsTwoRepetitions(node.ply))) return false;
-    trial.score = 0;
-    trial.drawn = true;
-    return true;
 }
 
 // ---- Extensions ----
@@ -112,7 +88,7 @@ static inline bool extendsPassedPawn(const ZeroWindowNode& node, const Trial& tr
 
 // The hash move is extended a little if its entry is deep, and more if it beats every other move by a margin.
 // Ends the node after a stop, or if another move fails high as well where a fail high was expected.
-static inline bool extendHashMove(ZeroWindowNode& node, Trial& trial) {
+static inline bool extendHashMove(ZeroWindowNode& node, ZeroTrial& trial) {
     Position& pos = node.pos;
     const TableView& table = node.table;
     const int depth = node.depth, estimate = node.estimate;
@@ -139,7 +115,7 @@ static inline bool extendHashMove(ZeroWindowNode& node, Trial& trial) {
 }
 
 // Sets the child's depth. Ends the node as `extendHashMove` does.
-static inline bool extendMove(ZeroWindowNode& node, Trial& trial) {
+static inline bool extendMove(ZeroWindowNode& node, ZeroTrial& trial) {
     if (node.child.inCheck) trial.ext = checkExtension(node, trial);
     if (trial.ext <= 1 && extendsPassedPawn(node, trial)) trial.ext += OnePly;
     if (trial.isHashMove && extendHashMove(node, trial)) return true;
@@ -162,7 +138,7 @@ static inline int childScore(ZeroWindowNode& node, const Trial& trial, int depth
     return score;
 }
 
-static inline bool isNeverReduced(const ZeroWindowNode& node, const Trial& trial) {
+static inline bool isNeverReduced(const ZeroWindowNode& node, const ZeroTrial& trial) {
     const std::uint32_t stage = node.picker.stage;
     return node.played == 1 || node.depth + trial.ext < 7 || stage == StageCaptures ||
            trial.kind == (MoveTactical | MoveCheck) || !searchState.useLmr ||
@@ -210,7 +186,7 @@ static inline int reductionFor(ZeroWindowNode& node, const Trial& trial) {
 }
 
 // Tries a move at a reduced depth, and a move that then fails high again at more of its depth.
-static inline bool searchReduced(ZeroWindowNode& node, Trial& trial) {
+static inline bool searchReduced(ZeroWindowNode& node, ZeroTrial& trial) {
     constexpr int StrongReduction = 7, MilderReduction = 4;
     const int beta = node.beta;
     const int reduction = reductionFor(node, trial);
@@ -227,7 +203,7 @@ static inline bool searchReduced(ZeroWindowNode& node, Trial& trial) {
 }
 
 // Scores the child; ends the node after a stop, or on what the hash move's test shows.
-static inline bool searchChild(ZeroWindowNode& node, Trial& trial) {
+static inline bool searchChild(ZeroWindowNode& node, ZeroTrial& trial) {
     if (extendMove(node, trial)) return true;
     return isNeverReduced(node, trial) ? searchUnreduced(node, trial) : searchReduced(node, trial);
 }
@@ -286,11 +262,11 @@ int searchZeroWindow(Position& pos, int beta, int depth, int ply, Move* pv, Move
     if (internalDeepening(node)) return node.result;
     setUpMoves(node);
     while (const Move move = nextMove(&node.picker)) {
-        Trial trial(node, move);
+        ZeroTrial trial(node, move);
         if (skipMove(node, trial) || pruneMove(node, trial)) continue;
         if (!makeMove(&pos, &node.child, move)) continue;
         noteMove(node, trial);
-        if (!isDrawn(node, trial) && searchChild(node, trial)) return node.result;
+        if (!noteDraw(trial, pos, node.child, ply) && searchChild(node, trial)) return node.result;
         if (noteScore(node, trial)) break;
     }
     if (isStopped(pos)) return 0;
