@@ -31,8 +31,7 @@ inline void penaliseCounter(Counter& counter, int bonus) {
     counter = Counter(value - bonus - (value - centre) * bonus / scale);
 }
 
-inline constexpr int HistoryCentre = 16000, HistoryScale = 16000;
-inline constexpr int CaptureCentre = 8000, CaptureScale = 4000;
+inline constexpr int HistoryScale = 16000, CaptureScale = 4000;
 inline constexpr int CaptureBonusShare = 6;  // captures learn from a sixth of the bonus, in both directions
 
 inline std::int32_t& historyEntry(const Position& pos, QuietMove quiet) {

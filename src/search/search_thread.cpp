@@ -10,10 +10,6 @@
 
 namespace {
 
-constexpr std::int32_t HistoryStart = 16000;
-constexpr std::int32_t CaptureHistoryStart = 8000;
-constexpr std::uint16_t ContinuationStart = 16000;
-
 template <class Entry>
 Entry* allocateTable(LargeMemory& memory, std::size_t entries, const char* name) {
     const std::size_t bytes = entries * sizeof(Entry);
@@ -57,9 +53,9 @@ void SearchThread::init(int index) {
 }
 
 void SearchThread::resetHistory() {
-    fillTable(history, HistoryStart);
-    fillTable(captureHistory, CaptureHistoryStart);
-    fillTable(continuationHistory, ContinuationStart);
+    fillTable(history, HistoryCentre);
+    fillTable(captureHistory, CaptureCentre);
+    fillTable(continuationHistory, std::uint16_t(HistoryCentre));
 }
 
 void SearchThread::clearKillers() {

@@ -14,6 +14,9 @@ inline constexpr int PvLength = 64;       // words of a line, its end included
 inline constexpr int KillerRows = 202;    // plies that a search can reach, and two
 inline constexpr int MaxPly = 190;        // from here on a node returns its static score
 
+// What history counters start from and are drawn back to.
+inline constexpr int HistoryCentre = 16000, CaptureCentre = 8000;
+
 // Killers of one ply.
 struct KillerRow {
     Move first, second;
@@ -27,10 +30,11 @@ struct SearchThread {
     RootMove rootMoves[MaxListMoves];           // ended by a zero move
     Relaxed<std::uint64_t> nodes;               // of the current search; one writer
     KillerRow killers[KillerRows];              // by ply
-    std::int32_t history[16][4096];             // by moved code and from-to, around 16000
-    std::int32_t captureHistory[16][64][16];    // by moved code, target, captured code, around 8000
+    std::int32_t history[16][4096];             // by moved code and from-to, around HistoryCentre
+    std::int32_t captureHistory[16][64][16];    // by moved code, target, captured code, around CaptureCentre
     Move counterMoves[2][7][4096];              // by side to move, type and from-to of the move before
-    // By code * 64 + to of an earlier move, then code and target of the next; around 16000. Codes reach 14.
+    // By code * 64 + to of an earlier move, then code and target of the next; around HistoryCentre. Codes
+    // reach 14.
     std::uint16_t continuationHistory[960][16][64];
     EvalCacheEntry* evalCache;
     PawnEntry* pawnHash;
