@@ -197,7 +197,7 @@ Answer deepen(Position& root) {
 // ---- The end ----
 
 void logEnd() {
-    constexpr const char* Kinds[3] = {"exact", "low", "high"};
+    constexpr const char* Kinds[3] = {"exact", "low", "high"};  // by RootScoreKind
     if (!isMainStopped()) searchHost.log("iteration: completed\n");
     searchHost.log("itcomp: %d out of %d  %s\n", searchState.rootMoveIndex, searchState.rootMoveCount,
                    Kinds[searchState.rootScoreKind]);

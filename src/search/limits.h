@@ -40,6 +40,9 @@ struct SearchControl {
 };
 inline SearchControl searchControl;
 
+// Kinds of an iteration's last score, as the driver logs them.
+enum RootScoreKind : int { ExactScore = 0, FailedLow = 1, FailedHigh = 2 };
+
 // Set by the driver before workers wake, or by thread 0 during the search; what is Relaxed, by any thread.
 struct SearchState {
     double searchStart = 0;      // seconds since the epoch
@@ -53,8 +56,8 @@ struct SearchState {
     bool failLowSeen = false;  // the running iteration's root failed low on thread 0
     bool failHighAccepted = false;
     Relaxed<bool> iterationFailLow = false;
-    Relaxed<int> rootPublishedScore = 0;  // workers aspirate around it
-    int rootScoreKind = 0;                // 0 exact, 1 fail low, 2 fail high
+    Relaxed<int> rootPublishedScore = 0;  // centipawns, side to move's view; workers aspirate around it
+    RootScoreKind rootScoreKind = ExactScore;
     Relaxed<bool> useLmr = true, nullMovePruning = true;
     bool stopAfterIteration = false;
     int skillDepth = 999;

@@ -12,12 +12,6 @@
 #include <algorithm>
 #include <cstdlib>
 
-// Kinds of an iteration's last score, as the driver logs them.
-enum RootScoreKind : int { ExactScore = 0, FailedLow = 1, FailedHigh = 2 };
-
-// Bounds as reports show them.
-enum ReportBound : int { ReportExact = 0, ReportLower = 1, ReportUpper = 2 };
-
 // The lines of one pass with several lines wanted, best first. The ranks that the root list is sorted by
 // overwrite its scores, so the lines keep theirs here. Only thread 0 has lines.
 struct RootLine {

@@ -4,6 +4,9 @@
 
 #include "board/position.h"
 
+// What the score of a report says of the true one.
+enum ReportBound : int { ReportExact = 0, ReportLower = 1, ReportUpper = 2 };
+
 // The default of `log`: a lambda can't take a variable argument list.
 inline void silentLog(const char*, ...) {}
 
@@ -13,8 +16,7 @@ struct SearchHost {
     void (*processCommand)() = [] {};
     void (*waitForInput)() = [] {};
 
-    // Reports. Depths in plies; scores in centipawns from the side to move's view; bounds: 0 exact, 1 lower
-    // bound, 2 upper bound.
+    // Reports. Depths in plies; scores in centipawns from the side to move's view; `bound` is a ReportBound.
     void (*reportDepth)(int depth, int score, const Move* pv, int bound) = [](int, int, const Move*, int) {};
     void (*reportMultiPvLine)(int index, int depth, int score, const Move* pv) = [](int, int, int,
                                                                                     const Move*) {};

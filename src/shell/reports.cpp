@@ -5,6 +5,7 @@
 #include "board/types.h"
 #include "endgame/tb_probe.h"
 #include "search/limits.h"
+#include "search/search_host.h"
 #include "search/thread_pool.h"
 #include "search/time_manager.h"
 #include "search/trans_table.h"
@@ -29,7 +30,9 @@ Progress progressNow() {
     return {seconds, Count(seconds * 1000), nodes, Count(double(nodes) / seconds)};
 }
 
-const char* boundWord(int bound) { return bound == 2 ? " upperbound" : bound == 1 ? " lowerbound" : ""; }
+const char* boundWord(int bound) {
+    return bound == ReportUpper ? " upperbound" : bound == ReportLower ? " lowerbound" : "";
+}
 
 // The first 31 characters of a line, cut back at the last blank.
 std::string beginningOf(const std::string& line) {
@@ -48,7 +51,7 @@ std::string scoreToText(int score, int bound, int* shown) {
     int value = score;
     if (tableDecides) {
         if (std::abs(score) < MateBound) value = tbRootScore;
-        bound = 0;
+        bound = ReportExact;
     }
     if (shown) *shown = value;
     const int magnitude = std::abs(value);
@@ -65,8 +68,8 @@ std::string scoreToText(int score, int bound, int* shown) {
 }
 
 void reportDepth(int depth, int score, const Move* pv, int bound) {
-    constexpr int HashfullDepth = 18;  // plies; the share means little before
-    constexpr const char* Tags[3] = {"--", "FH", "FL"};
+    constexpr int HashfullDepth = 18;                    // plies; the share means little before
+    constexpr const char* Tags[3] = {"--", "FH", "FL"};  // by bound
     if (depth < 1) return;
     const Progress now = progressNow();
     int shown = 0;
@@ -84,8 +87,8 @@ void reportDepth(int depth, int score, const Move* pv, int bound) {
 void reportMultiPvLine(int index, int depth, int score, const Move* pv) {
     const Progress now = progressNow();
     sendLine("info multipv %d depth %d time %llu nodes %llu score %s nps %llu tbhits %llu pv %s\n", index,
-             depth, now.milliseconds, now.nodes, scoreToText(score, 0).c_str(), now.nps, Count(tbHits),
-             pvToText(pv).c_str());
+             depth, now.milliseconds, now.nodes, scoreToText(score, ReportExact).c_str(), now.nps,
+             Count(tbHits), pvToText(pv).c_str());
 }
 
 void reportDepthEnd(int depth) {

@@ -5,7 +5,7 @@
 
 #include <string>
 
-// Bounds: 0 exact, 1 lower bound, 2 upper bound.
+// Depths in plies, scores in centipawns from the side to move's view; `bound` is a ReportBound.
 
 // The score as the protocol writes it, with its bound word; `shown` is the score behind the text. Tablebases
 // that decided the root replace every score that is no mate, and drop the bound.
