@@ -19,6 +19,8 @@ double currentTime() {
     return double(milliseconds) / 1000.0;
 }
 
+double elapsedSeconds() { return std::max(currentTime() - searchState.searchStart, 0.001); }
+
 TimeLimits makeTimeLimits(double start, double target, double maximum, int extendPercent, double fixed,
                           int depthLimit) {
     constexpr double LaterShare = 3.3;  // of the maximum, for what iterations may ask

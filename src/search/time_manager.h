@@ -7,6 +7,9 @@
 // The wall clock, to the millisecond.
 double currentTime();
 
+// Since the current search began, but a millisecond at least, so that rates can be formed.
+double elapsedSeconds();
+
 struct TimeLimits {
     double hardLimit = 0;    // stops the search whatever else holds, unless pondering
     double softLimit = 0;    // stops it only while the first root move is in progress

@@ -25,7 +25,7 @@ struct Progress {
 };
 
 Progress progressNow() {
-    const double seconds = std::max(currentTime() - searchState.searchStart, 0.001);
+    const double seconds = elapsedSeconds();
     const Count nodes = ThreadPool::totalNodes();
     return {seconds, Count(seconds * 1000), nodes, Count(double(nodes) / seconds)};
 }
@@ -46,7 +46,6 @@ std::string beginningOf(const std::string& line) {
 
 std::string scoreToText(int score, int bound, int* shown) {
     constexpr int TableRange = 31700;  // from here on a table's score is a sure win
-    constexpr int LargestShown = 25000;
     const bool tableDecides = tbRootScore != NoTbScore;
     int value = score;
     if (tableDecides) {
@@ -110,15 +109,15 @@ void reportCurrentMove(Move move, int number) {
 
 void reportBookMove(Move move) { sendLine("info book move is %s\n", moveText(move).c_str()); }
 
+void sendBestMove(Move best, Move ponder) {
+    if (ponder == NoMove)
+        sendLine("bestmove %s\n", moveText(best).c_str());
+    else
+        sendLine("bestmove %s ponder %s\n", moveText(best).c_str(), moveText(ponder).c_str());
+}
+
 void reportBestMove(Move best, Move ponder) {
-    const std::string bestText = moveText(best);
-    if (ponder == NoMove) {
-        sendLine("bestmove %s\n", bestText.c_str());
-        logPrintf("bestmove: %s\n", bestText.c_str());
-        return;
-    }
-    const std::string ponderText = moveText(ponder);
-    sendLine("bestmove %s ponder %s\n", bestText.c_str(), ponderText.c_str());
-    logPrintf("bestmove: %s\n", bestText.c_str());
-    logPrintf("ponder: %s\n", ponderText.c_str());
+    sendBestMove(best, ponder);
+    logPrintf("bestmove: %s\n", moveText(best).c_str());
+    if (ponder != NoMove) logPrintf("ponder: %s\n", moveText(ponder).c_str());
 }

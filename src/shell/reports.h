@@ -7,6 +7,8 @@
 
 // Depths in plies, scores in centipawns from the side to move's view; `bound` is a ReportBound.
 
+inline constexpr int LargestShown = 25000;  // where scores are cut that announce no mate
+
 // The score as the protocol writes it, with its bound word; `shown` is the score behind the text. Tablebases
 // that decided the root replace every score that is no mate, and drop the bound.
 std::string scoreToText(int score, int bound, int* shown = nullptr);
@@ -18,4 +20,7 @@ void reportSearchEnd();
 void reportNodes();
 void reportCurrentMove(Move move, int number);
 void reportBookMove(Move move);
-void reportBestMove(Move best, Move ponder);
+void reportBestMove(Move best, Move ponder);  // and logs it
+
+// The answer's line alone; `ponder` is 0 if there is none.
+void sendBestMove(Move best, Move ponder);

@@ -9,6 +9,7 @@
 #include "search/thread_pool.h"
 #include "search/time_manager.h"
 #include "search/trans_table.h"
+#include "shell/reports.h"
 #include "tree/playout.h"
 #include "tree/tree_driver.h"
 #include "tree/tree_values.h"
@@ -20,7 +21,6 @@
 
 namespace {
 
-constexpr int LargestShown = 25000;                     // centipawns
 constexpr double LogOfDepthBase = 0.47000362924573563;  // a ply for each factor of 1.6
 
 int nodesInTree() { return MctsTable::nodeCount.load(); }
@@ -104,7 +104,7 @@ void reportTree() {
     const int depth = int(double(std::log(float(nodes))) / LogOfDepthBase);
     const bool hasDepthLimit = searchState.depthLimit != NoDepthLimit;
     if (depth >= searchState.depthLimit || (hasDepthLimit && isExhausted(nodes))) stopMainThread();
-    const double seconds = std::max(currentTime() - searchState.searchStart, 0.001);
+    const double seconds = elapsedSeconds();
     const int milliseconds = int(seconds * 1000.0);
     if (settings.multiPv >= 2) {
         reportTreeMultiPv(depth, milliseconds, nodes);
@@ -126,19 +126,11 @@ void reportTreeEnd(const MctsNode& best, double seconds) {
              treeLine(best).c_str());
 }
 
-// Unlike the alpha-beta search's answer this one is not logged.
-void reportTreeMove(Move best, Move ponder) {
-    if (ponder)
-        sendLine("bestmove %s ponder %s\n", moveText(best).c_str(), moveText(ponder).c_str());
-    else
-        sendLine("bestmove %s\n", moveText(best).c_str());
-}
-
 }  // namespace
 
 void installTreeReports() {
     searchHost.reportTree = reportTree;
     treeReports.searchEnd = reportTreeEnd;
-    treeReports.bestMove = reportTreeMove;
+    treeReports.bestMove = sendBestMove;  // unlike the alpha-beta search's answer this one is not logged
     installTreeSearch();
 }

@@ -138,7 +138,7 @@ void answer() {
         return;
     }
     const MctsNode& best = bestChild();
-    treeReports.searchEnd(best, std::max(currentTime() - searchState.searchStart, 0.001));
+    treeReports.searchEnd(best, elapsedSeconds());
     waitForUser();
     treeReports.bestMove(best.move, ponderMoveOf(best));
 }
