@@ -48,3 +48,9 @@ void MctsNode::beginChild(Move fromParent) {
     valueSum = 0.0;
     nextSibling.store(nullptr, std::memory_order_relaxed);
 }
+
+void MctsNode::normalisePriors(double total) {
+    if (total > 0.0)
+        for (MctsNode* made = child(); made; made = made->sibling())
+            made->prior = float(double(made->prior.load()) / total);
+}

@@ -33,6 +33,9 @@ struct MctsNode {
 
     // A fresh child with one visit and no value yet. Nobody else may know of the node.
     void beginChild(Move fromParent);
+    // Divides the children's priors by their sum `total`. Squared first values are the whole policy: a move
+    // that looks winning draws the most exploration.
+    void normalisePriors(double total);
 };
 static_assert(sizeof(MctsNode) == 64);
 

@@ -23,7 +23,6 @@ Relaxed<bool> mctsPruned[MaxListMoves + 1];
 
 namespace {
 
-constexpr double DrawValue = 0.5;
 constexpr std::uint64_t LeafVisits = 3;  // visits after which a node is expanded
 constexpr PlayoutResult NothingCredited{};
 
@@ -97,11 +96,7 @@ Expansion expand(MctsNode& node, Position& pos, int ply) {
         made.prior = value * value;
         total += double(made.prior.load());
     }
-    // The squared first values are the whole policy: a move that looks winning draws the most
-    // exploration.
-    if (total > 0.0)
-        for (MctsNode* made = node.child(); made; made = made->sibling())
-            made->prior = float(double(made->prior.load()) / total);
+    node.normalisePriors(total);
     return result;
 }
 

@@ -44,7 +44,6 @@ void resetRoot() {
 }
 
 double firstRootValue(const Position& root, Position& child, Move move) {
-    constexpr double DrawValue = 0.5;
     if (isTreeDraw(root, child, 0)) return DrawValue;
     return scoreToValue(mctsShallowValue(child, 0, seeLosing(root, move)));
 }
@@ -170,9 +169,7 @@ void prepareTree(Position& root, double seconds) {
         nodes[0].valueSum = nodes[0].valueSum + 1.0 - value;
         nodeCount.store(index + 1);
     }
-    if (total > 0.0)
-        for (MctsNode* made = nodes[0].child(); made; made = made->sibling())
-            made->prior = float(double(made->prior.load()) / total);
+    nodes[0].normalisePriors(total);
 }
 
 // The two-second report may come before this search's tree is begun.

@@ -4,10 +4,12 @@
 
 #include <cmath>
 
+inline constexpr double DrawValue = 0.5;
+
 // Intended: a short literal and not pi itself; it is part of every value.
 inline constexpr double TreePi = 3.14159;
-inline constexpr double TreeScoreScale =
-    90.0;  // centipawns at which a value is three quarters of the way to a win
+// Centipawns at which a value is 0.75, halfway from a draw to a win.
+inline constexpr double TreeScoreScale = 90.0;
 
 inline double scoreToValue(int score) { return std::atan(score / TreeScoreScale) / TreePi + 0.5; }
 
