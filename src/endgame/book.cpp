@@ -113,7 +113,7 @@ void listLegalMoves(const Position& pos, LegalMoves& legal) {
         if (legal.count == MaxListMoves) break;
         if (!makeMove(&pos, &child, move)) continue;
         BookMove& entry = legal.moves[legal.count++];
-        entry.move = cleanMove(move);
+        entry.move = move;
         moveToText(entry.move, entry.text);
     }
 }
@@ -177,13 +177,9 @@ bool collectGroup(const Position& pos, int index, Key key, Candidates& candidate
     }
 }
 
-// Leaves the moves of the highest weight.
+// Leaves the moves of the highest weight; there is one at least.
 void keepBest(Candidates& candidates) {
     Candidate* const list = candidates.list;
-    if (candidates.count < 2) {
-        candidates.total = list[0].weight;
-        return;
-    }
     for (int i = 0; i < candidates.count; ++i)
         for (int j = i + 1; j < candidates.count; ++j)
             if (list[j].weight > list[i].weight) std::swap(list[i], list[j]);

@@ -1,6 +1,5 @@
 #include "shell/bench.h"
 
-#include "board/end_process.h"
 #include "board/fen.h"
 #include "board/settings.h"
 #include "eval/parameters.h"
@@ -14,8 +13,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <sstream>
-#include <string>
 
 namespace {
 
@@ -43,17 +40,9 @@ BenchPlan readPlan(int argumentCount, char** arguments) {
     return plan;
 }
 
-// The first four fields of a stored position.
-std::string benchFen(const char* text) {
-    std::istringstream fields{std::string(text)};
-    std::string board, side, castling, enPassant;
-    if (!(fields >> board >> side >> castling >> enPassant)) endProcess(1);
-    return board + ' ' + side + ' ' + castling + ' ' + enPassant;
-}
-
 std::uint64_t nodesOf(const char* text, int depth) {
     Position pos;
-    setFen(&pos, benchFen(text).c_str());
+    setFen(&pos, text);
     think(pos, depth, NoTimeLimit, NoTimeLimit, "", false);
     return ThreadPool::totalNodes();
 }

@@ -5,6 +5,5 @@
 
 inline constexpr int BenchPositionCount = 50;
 
-// The first four fields of a FEN each. The order is part of the benchmark: tables live on from one to the
-// next.
+// FENs without clocks. The order is part of the benchmark: tables live on from one to the next.
 extern const std::array<const char*, BenchPositionCount> benchPositions;

@@ -69,7 +69,7 @@ static void stripLineEnd(std::string& line) {
 }
 
 static Tokens splitTokens(const std::string& line) {
-    constexpr const char* Blanks = "\t\n\r ";
+    constexpr const char* Blanks = "\t ";
     Tokens tokens;
     std::size_t begin = line.find_first_not_of(Blanks);
     while (begin != std::string::npos) {
