@@ -28,7 +28,6 @@ constexpr int rankDistance(int a, int b) { return distanceOf(rankOf(a), rankOf(b
 constexpr bool onRookLine(int a, int b) { return fileOf(a) == fileOf(b) || rankOf(a) == rankOf(b); }
 constexpr bool onBishopLine(int a, int b) { return fileDistance(a, b) == rankDistance(a, b); }
 
-// The last square of a ray never matters to a slider that stands inside it.
 constexpr bool rookMaskRule(int square, int other) {
     if (square == other || !onRookLine(square, other)) return false;
     return fileOf(square) == fileOf(other) ? rankOf(other) != 0 && rankOf(other) != 7
@@ -41,7 +40,8 @@ constexpr bool bishopMaskRule(int square, int other) {
 
 }  // namespace geometry
 
-// Relevant occupancy of a slider: its rays on the empty board without their last squares and without its own.
+// Relevant occupancy of a slider: its rays on the empty board without its own square and without their last
+// ones, which end a ray whether they are occupied or not.
 inline constexpr SquareTable rookMask = geometry::tableOf(geometry::rookMaskRule);
 inline constexpr SquareTable bishopMask = geometry::tableOf(geometry::bishopMaskRule);
 

@@ -6,8 +6,8 @@
 #include <cstdint>
 
 inline constexpr int MaxTableMen = 7;
-inline constexpr int LeadingFiles =
-    4;  // slices of a table with pawns, by the file of the leading pawn, a to d
+// Slices of a table with pawns, by the file of the leading pawn, a to d.
+inline constexpr int LeadingFiles = 4;
 
 // What of a table's material the numbering depends on.
 struct TbShape {

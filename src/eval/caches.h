@@ -25,8 +25,8 @@ struct PawnEntry {
     std::uint8_t passed[2][8];  // squares of each colour's passed pawns, ascending, 0 after the last
     Key key;
     Score score;  // White minus Black, in lane units
-    std::int16_t
-        shelterUnits[2];        // by colour, what the own king's shelter takes off the enemy's attack units
+    // By colour, what the own king's shelter takes off the enemy's attack units.
+    std::int16_t shelterUnits[2];
     std::uint8_t span[2];       // by colour, last file with a pawn minus the first, plus 1; 0 without pawns
     std::uint8_t kingWing;      // 1 both kings on files e to h, 2 both on files a to d, else 0
     std::uint8_t openFiles;     // files without any pawn

@@ -69,25 +69,23 @@ inline constexpr Score RookThreat[7] = {
 
 // ---- Pairs for each count ----
 
-inline constexpr CountTable SameColourPawns =
-    timesCount(-16, -16);                                           // own pawns on the bishop's square colour
-inline constexpr CountTable OtherColourPawns = timesCount(16, 16);  // and on the other
-inline constexpr CountTable QueenOnlyDefence =
-    timesCount(24, 26);                                            // attacked pawns that only a queen defends
+// Own pawns on the bishop's square colour, and on the other.
+inline constexpr CountTable SameColourPawns = timesCount(-16, -16);
+inline constexpr CountTable OtherColourPawns = timesCount(16, 16);
+// Attacked pawns that only a queen defends.
+inline constexpr CountTable QueenOnlyDefence = timesCount(24, 26);
 inline constexpr CountTable HangingPieces = timesCount(180, 105);  // weak men that nothing defends
 inline constexpr CountTable PushThreat = timesCount(116, 71);      // men that a safe push would attack
 inline constexpr CountTable CentreControl = timesCount(20, 0);     // attacked squares of the centre
-inline constexpr CountTable UndefendedPawns =
-    timesCount(-15, -30);  // own pawns that no own man but the king defends
+// Own pawns that no own man but the king defends.
+inline constexpr CountTable UndefendedPawns = timesCount(-15, -30);
 inline constexpr CountTable Outposts = timesCount(62, 70);
 inline constexpr CountTable KnightBlockades = timesCount(14, 34);     // safe knights in front of enemy pawns
 inline constexpr CountTable UnassailablePieces = timesCount(35, 27);  // where no pawn can ever attack
 inline constexpr CountTable PawnDefendedPieces = timesCount(55, 29);
 inline constexpr CountTable PieceBehindPawn = timesCount(32, 8);
 inline constexpr CountTable BlockedPawns = timesCount(-43, -167);
-inline constexpr CountTable ControlledStops =
-    timesCount(-21, -42);  // the enemy alone attacks the square ahead
-inline constexpr CountTable EnemyHomeBlocked =
-    timesCount(20, 3);  // enemy pawns stuck at home near their king
-inline constexpr CountTable OpenFileUnits =
-    timesCount(20, 20);  // by open files: heavy pieces gain, sides lose
+inline constexpr CountTable ControlledStops = timesCount(-21, -42);  // the enemy alone attacks ahead of them
+inline constexpr CountTable EnemyHomeBlocked = timesCount(20, 3);    // enemy pawns stuck near their king
+// By open files: heavy pieces gain, sides lose.
+inline constexpr CountTable OpenFileUnits = timesCount(20, 20);

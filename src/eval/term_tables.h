@@ -31,8 +31,8 @@ inline constexpr CountTable IsolatedEdgeClosed = timesCount(-31, -26);
 inline constexpr CountTable IsolatedEdgeOpen = timesCount(-75, -87);
 inline constexpr CountTable IsolatedClosed = timesCount(-34, -40);
 inline constexpr CountTable IsolatedOpen = timesCount(-121, -136);
-inline constexpr CountTable DoubledIsolatedEdgeClosed =
-    timesCount(-10, -5);  // frontmost of a doubled isolated pair
+// The frontmost of a doubled isolated pair.
+inline constexpr CountTable DoubledIsolatedEdgeClosed = timesCount(-10, -5);
 inline constexpr CountTable DoubledIsolatedEdgeOpen = timesCount(-18, -42);
 inline constexpr CountTable DoubledIsolatedClosed = timesCount(-14, -8);
 inline constexpr CountTable DoubledIsolatedOpen = timesCount(-24, -47);

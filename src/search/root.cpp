@@ -272,8 +272,8 @@ static inline void sortRootMoves(RootNode& node) {
 }
 
 static inline int finishRoot(RootNode& node) {
-    constexpr int ReportDepth =
-        10;  // half plies; a failed-low or complete set of lines is printed from here on
+    // Half plies; a failed-low score or a complete set of lines is printed from here on.
+    constexpr int ReportDepth = 10;
     moveBestToFront(node);
     if (node.pv[0]) sortRootMoves(node);
     if (node.bestNumber == 0) node.best = node.pos.inCheck ? -MateScore : 0;

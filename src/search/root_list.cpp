@@ -107,8 +107,8 @@ int listAllMoves(Position& root, const char* searchMoves, RootMove* list) {
 }  // namespace
 
 int buildRootList(Position& root, const char* searchMoves, double seconds, RootMove* list) {
-    constexpr double LeastProbeTime =
-        0.1;  // with no more than that, opening tables would cost too much of it
+    // Seconds; with no more than that, opening tables would cost too much of it.
+    constexpr double LeastProbeTime = 0.1;
     tbRootScore = NoTbScore;
     tbHits = std::uint64_t{0};
     searchState.recaptureMove = NoMove;

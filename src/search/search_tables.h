@@ -15,16 +15,18 @@ inline constexpr int MoveCountDepths = 24;
 // the sum.
 extern int reduceHigh[2][ReductionDepths][ReductionCounts];
 extern int reduceLow[2][ReductionDepths][ReductionCounts];
-extern int moveCountTable[2][MoveCountDepths];  // quiet moves allowed before pruning
-extern int historyBase;                         // subtracted from a quiet move's stat
-extern int futilityStep;                        // centipawns a half ply
-extern int contBonusStep;                       // continuation bonus a half ply
+// Quiet moves allowed before pruning, by improving and depth in half plies.
+extern int moveCountTable[2][MoveCountDepths];
+extern int historyBase;    // subtracted from a quiet move's stat
+extern int futilityStep;   // centipawns a half ply
+extern int contBonusStep;  // continuation bonus a half ply
 
 // Thresholds for a third of a move's stat by number of the root move, from index 1.
 inline constexpr int RootStatFloors = 400;
 extern int rootStatFloor[RootStatFloors];
 
-// Exchange margins of move-loop pruning by reduced depth; only 0 to 16 are reached.
+// Exchange margins of move-loop pruning, in hundredths of a pawn, by reduced depth in half plies; only 0 to
+// 16 are reached.
 inline constexpr int seeMargin[19] = {-50,  -50,  -50,  -50,  -50,  -50,  -150, -150,  -250, -250,
                                       -350, -350, -450, -550, -650, -750, -950, -1150, -1250};
 
