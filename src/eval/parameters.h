@@ -2,7 +2,6 @@
 // are written only while no search runs.
 #pragma once
 
-#include "board/piece_square.h"
 #include "board/relaxed.h"
 #include "board/score.h"
 #include "board/types.h"

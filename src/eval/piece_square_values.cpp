@@ -1,4 +1,5 @@
 // The piece-square values: pawns by rule, the other pieces from half-board tables in small units.
+#include "board/piece_square.h"
 #include "board/types.h"
 #include "eval/parameters.h"
 

@@ -12,6 +12,7 @@
 #include "search/search.h"
 #include "search/trial.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 // One node. The constructor leaves the arrays unwritten.

@@ -6,7 +6,6 @@
 #include "board/bitboard.h"
 #include "board/position.h"
 #include "board/settings.h"
-#include "board/zobrist.h"
 #include "endgame/tb_probe.h"
 #include "eval/evaluate.h"
 #include "eval/parameters.h"

@@ -8,6 +8,8 @@
 #include "search/node.h"
 #include "search/search.h"
 
+#include <algorithm>
+
 // One node. The constructor leaves the arrays unwritten.
 struct QuiescenceNode {
     Position& pos;

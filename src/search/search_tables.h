@@ -1,7 +1,6 @@
 // Tables that the searches read, built from the options, and contempt.
 #pragma once
 
-#include "board/score.h"
 #include "board/types.h"
 
 #include <algorithm>

@@ -2,8 +2,6 @@
 // Times are seconds since the epoch, durations seconds.
 #pragma once
 
-#include "board/move.h"
-
 // The wall clock, to the millisecond.
 double currentTime();
 

@@ -10,7 +10,6 @@
 #include "board/types.h"
 
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
 #include <cstring>
 

@@ -5,6 +5,9 @@
 #include "search/trial.h"
 #include "search/zero_window_steps.h"
 
+#include <algorithm>
+#include <cstdlib>
+
 struct ZeroTrial : Trial {
     int ext = 0;  // half plies
 

@@ -7,11 +7,13 @@
 #include "board/make_move.h"
 #include "board/move_picker.h"
 #include "board/sliders.h"
+#include "board/zobrist.h"
 #include "eval/parameters.h"
 #include "search/history.h"
 #include "search/node.h"
 #include "search/search.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 // One node with the window (beta - 1, beta). The constructor leaves the arrays unwritten.

@@ -4,7 +4,6 @@
 #include "board/output.h"
 #include "board/types.h"
 #include "endgame/tb_probe.h"
-#include "search/limits.h"
 #include "search/search_host.h"
 #include "search/thread_pool.h"
 #include "search/time_manager.h"

@@ -5,7 +5,6 @@
 #include "board/legality.h"
 #include "board/make_move.h"
 #include "board/move_picker.h"
-#include "search/search_thread.h"
 #include "search/thread_pool.h"
 #include "search/time_manager.h"
 #include "tree/leaf_search.h"
