@@ -1,3 +1,5 @@
+// Retrograde analysis of one pawn square after another, from those next to promotion backwards: sets of the
+// weak king's squares grow until nothing changes.
 #include "eval/king_pawn_bitbase.h"
 
 #include "board/geometry.h"

@@ -1,3 +1,5 @@
+// Workers sleep on one condition until a search starts them, and leave it through a barrier at which thread 0
+// alone waits. The records of all threads are one block of memory, made anew when their number changes.
 #include "search/thread_pool.h"
 
 #include "board/fen.h"

@@ -1,3 +1,4 @@
+// The process: commands from standard input, or the benchmark where the first argument asks for it.
 #include "shell/bench.h"
 #include "shell/main_loop.h"
 #include "shell/start_up.h"
