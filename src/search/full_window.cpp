@@ -232,7 +232,7 @@ static inline int reductionFor(FullWindowNode& node, const Trial& trial) {
     const int stat = quietStat(pos, move) - historyBase;
     pos.moveStat = stat;
     reduction += reductionByTurn(pos, stat);
-    reduction = std::max(reduction - stat / 9600, 0);
+    reduction = std::max(reduction - stat / StatPerHalfPly, 0);
     if (reduction >= 2 && node.phase > 48 && node.depth <= 15 && movesOfficer(pos, move) &&
         !seeFromSquareSafe(pos, move))
         reduction -= 2;

@@ -128,6 +128,8 @@ inline int previousMoveStat(const Position& pos) { return pos.prev ? pos.prev->m
 inline int previousReduction(const Position& pos) { return pos.prev ? pos.prev->singularMark : 0; }
 inline bool previousInCheck(const Position& pos) { return pos.prev && pos.prev->inCheck; }
 
+inline constexpr int StatPerHalfPly = 9600;  // of a quiet move's stat, for one off its reduction
+
 // What a quiet move's stat adds to its reduction beside the stat of the move before: a line that turns for
 // the worse is reduced more, one that turns for the better less. The tree search makes no difference.
 inline int reductionByTurn(const Position& pos, int stat) {

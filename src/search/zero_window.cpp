@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+// The move that is being tried.
 struct ZeroTrial : Trial {
     int ext = 0;  // half plies
 
@@ -24,7 +25,7 @@ static inline bool skipMove(const ZeroWindowNode& node, const Trial& trial) {
 
 // Prunes a move that forces nothing by its number and history, by the static score, and by its exchanges.
 static inline bool pruneQuietMove(ZeroWindowNode& node, const Trial& trial) {
-    constexpr int GoodStat = 60000, UsualCounter = 16000;
+    constexpr int GoodStat = 60000;
     const Position& pos = node.pos;
     const int stat = quietStat(pos, trial.move);
     if (node.movesSeen > node.moveLimit && node.depth < 21 && !pos.inCheck && stat < GoodStat) {
@@ -36,7 +37,7 @@ static inline bool pruneQuietMove(ZeroWindowNode& node, const Trial& trial) {
     const int reducedDepth = std::max(node.depth - OnePly - reduction, 0);
     if (reducedDepth <= 6) {
         const int index = continuationIndex(quietMoveOf(pos, trial.move));
-        if (pos.contHist[index] < UsualCounter && pos.contHist2[index] < UsualCounter) {
+        if (pos.contHist[index] < HistoryCentre && pos.contHist2[index] < HistoryCentre) {
             ++node.movesSeen;
             return true;
         }
@@ -141,6 +142,9 @@ static inline int childScore(ZeroWindowNode& node, const Trial& trial, int depth
     return score;
 }
 
+// Whether the static score promised a fail high, so that quiet moves which miss it are to blame.
+static inline bool promisesCutoff(const ZeroWindowNode& node) { return node.eval > node.beta - 55; }
+
 static inline bool isNeverReduced(const ZeroWindowNode& node, const ZeroTrial& trial) {
     const std::uint32_t stage = node.picker.stage;
     return node.played == 1 || node.depth + trial.ext < 7 || stage == StageCaptures ||
@@ -152,7 +156,7 @@ static inline bool searchUnreduced(ZeroWindowNode& node, Trial& trial) {
     trial.score = childScore(node, trial, trial.newDepth, 0, false, !node.cutNode);
     if (isStopped(node.pos)) return node.endWith(0);
     if (node.played == 1 && trial.score < node.beta && trial.isQuietOutOfCheck() && !node.excluded &&
-        node.depth < 32 && node.eval > node.beta - 55 && node.tried.hasQuiet())
+        node.depth < 32 && promisesCutoff(node) && node.tried.hasQuiet())
         penaliseContinuations(node.pos, node.tried.firstQuiet(), contBonus(node.depth));
     return false;
 }
@@ -169,7 +173,7 @@ static inline int quietReduction(ZeroWindowNode& node, const Trial& trial, int r
     }
     const int stat = quietStat(pos, move) - historyBase;
     pos.moveStat = stat;
-    reduction -= stat / 9600;
+    reduction -= stat / StatPerHalfPly;
     reduction += reductionByTurn(pos, stat);
     const bool threatTest = node.phase > 48 && !node.cutNode;
     if (reduction > 1 && threatTest && trial.isQuietOutOfCheck() && movesOfficer(pos, move) &&
@@ -235,8 +239,8 @@ static inline void learnFromMoves(ZeroWindowNode& node) {
     const Position& pos = node.pos;
     if (node.pv[0]) node.tried.learnCaptures(pos, node.pv[0], node.depth);
     if (node.depth <= LastBonusDepth && node.hasCutoffQuiet)
-        node.tried.learnCutoff(pos, node.cutoffQuiet, node.eval > node.beta - 55,
-                               historyBonus(node.depth - 1), contBonus(node.depth));
+        node.tried.learnCutoff(pos, node.cutoffQuiet, promisesCutoff(node), historyBonus(node.depth - 1),
+                               contBonus(node.depth));
 }
 
 static inline int finishNode(ZeroWindowNode& node) {
