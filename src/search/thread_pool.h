@@ -47,7 +47,7 @@ void attachRoot(Position& root, int threadIndex);
 // Forgets what the threads have cached of evaluations, after the parameters have changed. Only while no
 // search runs.
 void clearEvalCaches();
-// All threads' caches.
+// From now on, for all threads' caches.
 void useHugePages();
 
 }  // namespace ThreadPool

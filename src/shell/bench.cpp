@@ -63,7 +63,7 @@ void runPass(int lastDepth) {
     initEvalParameters();
     buildSearchTables();
     const double start = currentTime();
-    double previous = 1e15;
+    double previous = 0;  // seconds at the end of the depth before
     if (lastDepth < FirstDepth) {
         std::printf("\n\n");
         return;

@@ -80,8 +80,8 @@ static Tokens splitTokens(const std::string& line) {
     return tokens;
 }
 
-// The next line that holds something; a line that begins with a byte above 127 is dropped, and a NUL ends
-// any.
+// The oldest line of the queue, up to the first NUL or line end. Empty if there is none, or if it begins with
+// a byte above 127.
 static std::string nextLine() {
     std::string line = popInputLine();
     line.resize(std::strlen(line.c_str()));
