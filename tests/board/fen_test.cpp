@@ -1,130 +1,88 @@
 // Reading and writing FEN: castling tables, en passant, and texts that no one should send.
 #include "board/fen.h"
 
-#include "board/attacks.h"
-#include "board/zobrist.h"
 #include "support/board_environment.h"
 
 #include <cctype>
 #include <random>
 
-struct CastlingRow {
-    const char* name;
-    const char* fen;
-    int lost;                       // expected `castleLost`
-    std::uint32_t rooks[4];         // expected `castleRook`
-    Bitboard path[4], kingPath[4];  // 0 where the right isn't granted
-};
-
-static void PrintTo(const CastlingRow& row, std::ostream* out) { *out << row.fen; }
-
-class CastlingTables : public ::testing::TestWithParam<CastlingRow> {};
-
-TEST_P(CastlingTables, FollowTheField) {
-    const CastlingRow& row = GetParam();
-    const Position pos = positionOf(row.fen);
-    EXPECT_EQ(pos.castleLost, row.lost);
-    Bitboard homes[2] = {pos.pieces[White][King], pos.pieces[Black][King]};
-    for (int right = 0; right < 4; ++right) {
-        SCOPED_TRACE(right);
-        EXPECT_EQ(castleRook[right], row.rooks[right]);
-        EXPECT_EQ(castlePath[right], row.path[right]);
-        EXPECT_EQ(castleKingPath[right], row.kingPath[right]);
-        EXPECT_EQ(castleKeep[right], ~(homes[right / 2] | bit(int(row.rooks[right]))));
-    }
-    // A right that stands is lost from the king's and from its own rook's square, and from no other.
-    for (int right = 0; right < 4; ++right) {
-        if (pos.castleLost >> right & 1) continue;
-        for (int square = 0; square < 64; ++square) {
-            const bool ends = (homes[right / 2] & bit(square)) || square == int(row.rooks[right]);
-            EXPECT_EQ((castleMask[square] >> right & 1) != 0, ends) << right << " on " << square;
+TEST(Fen, CastlingTablesFollowTheField) {
+    // White's back rank, where the squares of a walk are a byte. Black's case is the mirror image.
+    struct Case {
+        std::string rank, field;
+        int rooks[2];  // files of the short and the long right, -1 where it isn't granted
+        Bitboard path[2], kingPath[2];
+    };
+    const Case cases[] = {
+        {"R3K2R", "KQ", {7, 0}, {0xf0, 0x1f}, {0x70, 0x1c}},
+        {"R3K2R", "-", {-1, -1}, {}, {}},
+        {"R3K2R", "KxQ", {7, -1}, {0xf0}, {0x70}},  // an odd character ends the field
+        {"6RK", "K", {-1, -1}, {}, {}},             // the rook hides behind the king
+        {"R3K3", "KQ", {-1, 0}, {0, 0x1f}, {0, 0x1c}},
+        {"BQ1BNRKR", "HF", {7, 5}, {0xe0, 0x7c}, {0x40, 0x7c}},
+        {"BQ1BNRKR", "KQ", {7, 5}, {0xe0, 0x7c}, {0x40, 0x7c}},
+        {"RR2K1RR", "KQ", {7, 0}, {0xf0, 0x1f}, {0x70, 0x1c}},  // the outermost rooks
+        {"RR2K1RR", "GB", {6, 1}, {0x70, 0x1e}, {0x70, 0x1c}},
+        {"RKR5", "CA", {2, 0}, {0x7e, 0x0f}, {0x7e, 0x06}},
+    };
+    for (Case one : cases) {
+        for (const Colour colour : {White, Black}) {
+            if (colour == Black)
+                for (std::string* text : {&one.rank, &one.field})
+                    for (char& letter : *text) letter = char(std::tolower(letter));
+            const std::string fen = colour == White ? "4k3/8/8/8/8/8/8/" + one.rank + " w " + one.field + " -"
+                                                    : one.rank + "/8/8/8/8/8/8/4K3 b " + one.field + " -";
+            SCOPED_TRACE(fen);
+            const Position pos = positionOf(fen);
+            const int home = colour == White ? A1 : A8;
+            int lost = 15;
+            for (int side = 0; side < 2; ++side) {
+                if (one.rooks[side] < 0) continue;
+                const int right = 2 * colour + side;
+                const int rook = home + one.rooks[side];
+                lost -= 1 << right;
+                EXPECT_EQ(castleRook[right], std::uint32_t(rook));
+                EXPECT_EQ(castlePath[right], one.path[side] << home);
+                EXPECT_EQ(castleKingPath[right], one.kingPath[side] << home);
+                EXPECT_EQ(castleKeep[right], ~(pos.pieces[colour][King] | bit(rook)));
+            }
+            EXPECT_EQ(pos.castleLost, lost);
         }
     }
+    EXPECT_EQ(positionOf(StartFen).castleLost, 0);
+    EXPECT_EQ(positionOf("r3k2r/8/8/8/8/8/8/R3K2R w").castleLost, 15) << "no field";
+    EXPECT_EQ(positionOf("r6r/4k3/8/8/8/8/4K3/R6R w KQkq -").castleLost, 15) << "kings off their ranks";
 }
 
-// Rows of squares on the first and eighth rank are written as that rank's byte.
-static constexpr Bitboard Top = 56;
-static const CastlingRow CastlingRows[] = {
-    {"Start",
-     StartFen,
-     0,
-     {7, 0, 63, 56},
-     {0xf0, 0x1f, 0xf0ULL << Top, 0x1fULL << Top},
-     {0x70, 0x1c, 0x70ULL << Top, 0x1cULL << Top}},
-    {"NoneAsked", "r3k2r/8/8/8/8/8/8/R3K2R w - -", 15, {7, 0, 63, 56}, {}, {}},
-    {"FieldMissing", "r3k2r/8/8/8/8/8/8/R3K2R w", 15, {7, 0, 63, 56}, {}, {}},
-    {"OddCharacterEndsField", "r3k2r/8/8/8/8/8/8/R3K2R w Kxkq -", 14, {7, 0, 63, 56}, {0xf0}, {0x70}},
-    {"RookHidesBehindKing", "4k3/8/8/8/8/8/8/6RK w K -", 15, {7, 6, 63, 56}, {}, {}},
-    {"NoRookThere",
-     "4k2r/8/8/8/8/8/8/R3K3 w KQkq -",
-     9,
-     {7, 0, 63, 56},
-     {0, 0x1f, 0xf0ULL << Top, 0},
-     {0, 0x1c, 0x70ULL << Top, 0}},
-    {"KingOffItsRank", "r6r/4k3/8/8/8/8/4K3/R6R w KQkq -", 15, {7, 0, 63, 56}, {}, {}},
-    {"LoneRookIsShort", "4k3/8/8/8/8/8/4K3/R7 w KQ -", 15, {0, 0, 63, 56}, {}, {}},
-    {"RookFiles",
-     "bqnb1rkr/8/8/8/8/8/8/BQ1BNRKR w HFhf -",
-     0,
-     {7, 5, 63, 61},
-     {0xe0, 0x7c, 0xe0ULL << Top, 0x7cULL << Top},
-     {0x40, 0x7c, 0x40ULL << Top, 0x7cULL << Top}},
-    {"LettersFindTheSameRooks",
-     "bqnb1rkr/8/8/8/8/8/8/BQ1BNRKR w KQkq -",
-     0,
-     {7, 5, 63, 61},
-     {0xe0, 0x7c, 0xe0ULL << Top, 0x7cULL << Top},
-     {0x40, 0x7c, 0x40ULL << Top, 0x7cULL << Top}},
-    {"OutermostByLetter", "4k3/8/8/8/8/8/8/RR2K1RR w KQ -", 12, {7, 0, 63, 56}, {0xf0, 0x1f}, {0x70, 0x1c}},
-    {"InnerByFile", "4k3/8/8/8/8/8/8/RR2K1RR w GB -", 12, {6, 1, 63, 56}, {0x70, 0x1e}, {0x70, 0x1c}},
-    {"KingOnTheBFile",
-     "rkr5/8/8/8/8/8/8/RKR5 w CAca -",
-     0,
-     {2, 0, 58, 56},
-     {0x7e, 0x0f, 0x7eULL << Top, 0x0fULL << Top},
-     {0x7e, 0x06, 0x7eULL << Top, 0x06ULL << Top}},
-};
-INSTANTIATE_TEST_SUITE_P(Fen, CastlingTables, ::testing::ValuesIn(CastlingRows),
-                         [](const auto& row) { return row.param.name; });
-
-struct EnPassantRow {
-    const char* name;
-    const char* fen;
-    int target;  // NoSquare: no capture on offer
-    Move lastMove;
-};
-
-static void PrintTo(const EnPassantRow& row, std::ostream* out) { *out << row.fen; }
-
-class EnPassantField : public ::testing::TestWithParam<EnPassantRow> {};
-
-TEST_P(EnPassantField, IsKeptOnlyForARealCapture) {
-    const EnPassantRow& row = GetParam();
-    const Position pos = positionOf(row.fen);
-    EXPECT_EQ(pos.epMask, row.target == NoSquare ? 0 : bit(row.target));
-    EXPECT_EQ(pos.lastMove, row.lastMove);
-    Position without = pos;
-    without.epMask = 0;
-    const Key plain = computeKey(without);
-    EXPECT_EQ(pos.key, row.target == NoSquare ? plain : plain ^ zobrist[1][NoPiece][row.target]);
+TEST(Fen, EnPassantIsKeptOnlyForARealCapture) {
+    struct Case {
+        const char* fen;
+        int target;  // NoSquare: no capture on offer
+        Move lastMove;
+    };
+    const Case cases[] = {
+        {"4k3/8/8/8/3pP3/8/8/4K3 b - e3", E3, makeWord(E2, E4)},
+        {"4k3/8/8/3pP3/8/8/8/4K3 w - d6", D6, makeWord(D7, D5)},
+        {"4k3/8/8/8/4P3/8/8/4K3 b - e3", NoSquare, makeWord(E2, E4)},     // nobody stands beside it
+        {"8/8/8/8/k2pP2R/8/8/4K3 b - e3", E3, makeWord(E2, E4)},          // a pinned capturer counts
+        {"4k3/8/8/7p/P7/8/8/4K3 b - a3", NoSquare, makeWord(A2, A4)},     // no wrap round the edge
+        {"4k3/8/8/p7/7P/8/8/4K3 b - h3", NoSquare, makeWord(H2, H4)},     //
+        {"4k3/8/8/8/3p4/8/8/4K3 b - e3", NoSquare, makeWord(E2, E4)},     // no pawn was pushed
+        {"4k3/8/8/8/3PP3/8/8/4K3 w - e3", NoSquare, makeWord(E2, E4)},    // the wrong side's push
+        {"4k3/8/8/8/3pP3/8/4R3/4K3 b - e3", NoSquare, makeWord(E2, E4)},  // from where a rook stands
+        {"4k3/8/8/8/3pP3/8/8/4K3 b - e4", NoSquare, NoMove},
+        {"4k3/8/8/8/3pP3/8/8/4K3 b - zz", NoSquare, NoMove},
+        {"4k3/8/8/8/3pP3/8/8/4K3 b - -", NoSquare, NoMove},
+        {"4k3/8/8/8/3pP3/8/8/4K3 b", NoSquare, NoMove},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.fen);
+        const Position pos = positionOf(one.fen);
+        EXPECT_EQ(pos.epMask, one.target == NoSquare ? 0 : bit(one.target));
+        EXPECT_EQ(pos.lastMove, one.lastMove);
+        EXPECT_TRUE(isConsistent(pos, true));
+    }
 }
-
-static const EnPassantRow EnPassantRows[] = {
-    {"BesideWhitesPush", "4k3/8/8/8/3pP3/8/8/4K3 b - e3", E3, makeWord(E2, E4)},
-    {"BesideBlacksPush", "4k3/8/8/3pP3/8/8/8/4K3 w - d6", D6, makeWord(D7, D5)},
-    {"NobodyBeside", "4k3/8/8/8/4P3/8/8/4K3 b - e3", NoSquare, makeWord(E2, E4)},
-    {"PinnedCapturerCounts", "8/8/8/8/k2pP2R/8/8/4K3 b - e3", E3, makeWord(E2, E4)},
-    {"NoWrapRoundTheEdge", "4k3/8/8/7p/P7/8/8/4K3 b - a3", NoSquare, makeWord(A2, A4)},
-    {"NoWrapUpward", "4k3/8/8/p7/7P/8/8/4K3 b - h3", NoSquare, makeWord(H2, H4)},
-    {"NoPawnWasPushed", "4k3/8/8/8/3p4/8/8/4K3 b - e3", NoSquare, makeWord(E2, E4)},
-    {"WrongSidesPush", "4k3/8/8/8/3PP3/8/8/4K3 w - e3", NoSquare, makeWord(E2, E4)},
-    {"NotACaptureRank", "4k3/8/8/8/3pP3/8/8/4K3 b - e4", NoSquare, NoMove},
-    {"NotASquare", "4k3/8/8/8/3pP3/8/8/4K3 b - zz", NoSquare, NoMove},
-    {"Dash", "4k3/8/8/8/3pP3/8/8/4K3 b - -", NoSquare, NoMove},
-    {"Missing", "4k3/8/8/8/3pP3/8/8/4K3 b", NoSquare, NoMove},
-};
-INSTANTIATE_TEST_SUITE_P(Fen, EnPassantField, ::testing::ValuesIn(EnPassantRows),
-                         [](const auto& row) { return row.param.name; });
 
 TEST(Fen, FillsTheRecord) {
     const Position pos = positionOf("r3k3/8/8/1B6/8/8/8/4K2R b Kq - 57 90");
@@ -138,11 +96,7 @@ TEST(Fen, FillsTheRecord) {
     EXPECT_EQ(pos.prev, nullptr);
     EXPECT_EQ(pos.contHist, boardArrays.continuationHistory);
     EXPECT_EQ(pos.history, boardArrays.history);
-    EXPECT_TRUE(isConsistent(pos, true));
-    // An empty text is the start position.
-    const Position start = positionOf("");
-    EXPECT_EQ(start.key, positionOf(StartFen).key);
-    EXPECT_EQ(start.phase, MaxPhase);
+    EXPECT_EQ(positionOf("").key, positionOf(StartFen).key) << "an empty text is the start position";
 }
 
 TEST(FenDeathTest, AWrongSideToMoveEndsTheProcess) {
@@ -158,20 +112,19 @@ TEST(FenDeathTest, AWrongSideToMoveEndsTheProcess) {
 
 TEST(Fen, AnyTextGivesASoundRecord) {
     std::mt19937 random(7);
-    const std::string letters = "pnbrqkPNBRQK/12345678/90xKk \t-eEhHaA36\x80\xff";
+    const std::string letters = "pnbrqkPNBRQK/12345678/90xKk-eEhHaA36\x80\xff \t";
+    const auto addLetters = [&](std::string& text, std::size_t most, std::size_t kinds) {
+        for (std::size_t length = random() % most; length > 0; --length) text += letters[random() % kinds];
+    };
     int playable = 0;
     for (int round = 0; round < 20000; ++round) {
         std::string text;
-        for (std::size_t length = random() % 120; length > 0; --length) {
-            const char letter = letters[random() % letters.size()];
-            if (!std::isspace(static_cast<unsigned char>(letter))) text += letter;
-        }
+        addLetters(text, 120, letters.size() - 2);  // a board field without spaces
         text += random() % 2 ? " w " : " b ";
-        for (std::size_t length = random() % 12; length > 0; --length)
-            text += letters[random() % letters.size()];
+        addLetters(text, 12, letters.size());
         const Position pos = positionOf(text);
         ASSERT_TRUE(isConsistent(pos, true)) << text;
-        if (isPlayable(pos)) ++playable;
+        playable += isPlayable(pos);
         for (int right = 0; right < 4; ++right) {
             if (pos.castleLost >> right & 1) continue;
             ASSERT_EQ(typeOfCode(pos.board[castleRook[right]]), Rook) << text;

@@ -36,8 +36,13 @@ std::string boardText(const std::string& squares) {
     return text;
 }
 
+std::vector<Move> listOf(const Position& pos, int (*generate)(const Position&, Move*)) {
+    Move list[MaxListMoves];
+    return {list, list + generate(pos, list)};
+}
+
 std::vector<Move> pseudoLegalMoves(const Position& pos) {
-    std::vector<Move> moves = listOf([&](Move* list) { return genAllMoves(pos, list); });
+    std::vector<Move> moves = listOf(pos, genAllMoves);
     for (Move& move : moves) move = cleanMove(move);
     return moves;
 }
@@ -67,13 +72,17 @@ std::vector<Position> playLine(const std::string& fen, const std::vector<std::st
     line[0] = positionOf(fen);
     for (std::size_t i = 0; i < moves.size(); ++i) {
         const Move move = moveOf(line[i], moves[i]);
-        EXPECT_NE(move, NoMove) << moves[i];
+        EXPECT_TRUE(move != NoMove || moves[i] == "0000") << moves[i];
         EXPECT_TRUE(makeChild(line[i], line[i + 1], move)) << moves[i];
     }
     return line;
 }
 
-const std::vector<WalkStart> walkStarts = {
+struct WalkStart {
+    const char* fen;
+    bool chess960;
+};
+static const WalkStart walkStarts[] = {
     {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -", false},
     {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -", false},
     {"8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - -", false},

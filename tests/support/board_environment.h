@@ -49,12 +49,7 @@ Position positionOf(const std::string& fen);
 std::string boardText(const std::string& squares);
 
 // What a generator writes, word for word.
-template <class Generate>
-std::vector<Move> listOf(Generate generate) {
-    Move list[MaxListMoves];
-    const int count = generate(list);
-    return {list, list + count};
-}
+std::vector<Move> listOf(const Position& pos, int (*generate)(const Position&, Move*));
 
 // Clean words. Legal ones are those that make accepts.
 std::vector<Move> pseudoLegalMoves(const Position& pos);
@@ -63,19 +58,14 @@ std::vector<Move> legalMoves(const Position& pos);
 // The pseudo-legal move with this text, in the notation that the settings ask for; NoMove if there is none.
 Move moveOf(const Position& pos, const std::string& text);
 
-// A root and the child of each move. The records point at each other, so the line must not be copied.
+// A root and the child of each move, of which "0000" passes. The records point at each other, so the line
+// must not be copied.
 std::vector<Position> playLine(const std::string& fen, const std::vector<std::string>& moves);
 
 // Makes a move and sets the child's check flag, as every search does. False if make refuses.
 bool makeChild(const Position& parent, Position& child, Move move);
 
-struct WalkStart {
-    const char* fen;
-    bool chess960;
-};
-// Rich in castling, promotions, en passant, pins and checks; half of them Chess960.
-extern const std::vector<WalkStart> walkStarts;
-
-// Plays random legal games from every start, the same ones each time, and shows each position on the way with
-// `settings.chess960` as the start asks. The chain of `prev` holds while the visit lasts.
+// Plays random legal games, the same ones each time, and shows each position on the way. The starts are rich
+// in castling, promotions, en passant, pins and checks; half of them are Chess960, and `settings.chess960`
+// says so. The chain of `prev` holds while the visit lasts.
 void walkRandomGames(int gamesPerStart, int plies, const std::function<void(const Position&)>& visit);

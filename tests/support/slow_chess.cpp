@@ -118,16 +118,21 @@ SlowBoard slowBoardOf(const Position& pos) {
     return board;
 }
 
-bool slowIsAttacked(const SlowBoard& board, int square, bool byWhite) {
-    bool attacked = false;
+std::vector<int> slowAttackers(const SlowBoard& board, int square, bool byWhite) {
+    std::vector<int> attackers;
     for (const char kind : {'n', 'b', 'r', 'q', 'k'})
-        forEachReached(board, square, kind,
-                       [&](int from) { attacked = attacked || board.at[from] == letterOf(kind, byWhite); });
+        forEachReached(board, square, kind, [&](int from) {
+            if (board.at[from] == letterOf(kind, byWhite)) attackers.push_back(from);
+        });
     for (const int side : {-1, 1}) {
         const int from = stepped(square, {side, byWhite ? -1 : 1});
-        attacked = attacked || (from >= 0 && board.at[from] == letterOf('p', byWhite));
+        if (from >= 0 && board.at[from] == letterOf('p', byWhite)) attackers.push_back(from);
     }
-    return attacked;
+    return attackers;
+}
+
+bool slowIsAttacked(const SlowBoard& board, int square, bool byWhite) {
+    return !slowAttackers(board, square, byWhite).empty();
 }
 
 bool slowInCheck(const SlowBoard& board, bool white) {

@@ -25,6 +25,8 @@ struct SlowBoard {
 // The engine's record read as a plain board.
 SlowBoard slowBoardOf(const Position& pos);
 
+// The squares of the pieces of one colour that attack a square, in no order.
+std::vector<int> slowAttackers(const SlowBoard& board, int square, bool byWhite);
 bool slowIsAttacked(const SlowBoard& board, int square, bool byWhite);
 // Whether the king of that colour is attacked.
 bool slowInCheck(const SlowBoard& board, bool white);
