@@ -22,10 +22,13 @@
 #include "search/trans_table.h"
 
 #include <gtest/gtest.h>
+#include <set>
 #include <string>
 #include <vector>
 
 inline const std::string Middlegame = "r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N2N2/PP2BPPP/R1BQ1RK1 w - -";
+inline const std::string Mated = "R5k1/5ppp/8/8/8/8/5PPP/6K1 b - -";
+inline const std::string Stalemated = "7k/5Q2/6K1/8/8/8/8/8 b - -";
 
 // Brings the engine's process-wide tables up once, whichever test comes first.
 inline void startSearchTables() {
@@ -49,12 +52,9 @@ class SearchTest : public ::testing::Test {
    protected:
     SearchTest() : settingsBefore(settings), hostBefore(searchHost) {
         startSearchTables();
-        settings.threads = 1;
-        searchState.useLmr = true;
-        searchState.nullMovePruning = true;
+        searchState = SearchState{};
+        searchControl = SearchControl{};
         searchState.searchStart = currentTime();
-        searchControl.benchMode = false;
-        searchControl.stopRequested = false;
         treeSearchActive = false;
         tbPieceLimit = 0;
         timeLimits.hardLimit = timeLimits.softLimit = searchState.searchStart + 3600;
@@ -87,17 +87,31 @@ class SearchTest : public ::testing::Test {
         ThreadPool::attachRoot(pos, 0);
         pos.psqPair = computePsqPair(pos);
         pos.phase = std::uint16_t(computePhase(pos));
-        pos.nullFloor = -8;
+        pos.nullFloor = RootExtensionCredit;
         return pos;
     }
 
-    // The words of a move in the position, 0 if there is none with this text.
+    // Lists the legal moves of thread 0's position, or those named, and returns how many there are.
+    static int listMoves(const Position& pos, RootMove* list, const std::set<std::string>& only = {}) {
+        const std::uint64_t nodesBefore = nodes();
+        Move moves[MaxListMoves];
+        const int generated = genAllMoves(pos, moves);
+        int count = 0;
+        Position child;
+        for (int i = 0; i < generated; ++i) {
+            const Move move = cleanMove(moves[i]);
+            if (!only.empty() && !only.contains(moveText(move))) continue;
+            if (makeMove(&pos, &child, move)) list[count++] = {move, 0, 1};
+        }
+        list[count] = RootMove{};
+        thread().nodes = nodesBefore;
+        return count;
+    }
+    // The legal move with this text.
     static Move moveOf(const Position& pos, const std::string& text) {
-        Move list[MaxListMoves];
-        const int count = genAllMoves(pos, list);
-        for (int i = 0; i < count; ++i)
-            if (moveText(cleanMove(list[i])) == text) return cleanMove(list[i]);
-        return NoMove;
+        RootMove list[MaxListMoves];
+        EXPECT_EQ(listMoves(pos, list, {text}), 1) << text;
+        return list[0].move;
     }
 
     // A chain of records: the root and the child of each move.
@@ -105,9 +119,7 @@ class SearchTest : public ::testing::Test {
         std::vector<Position> chain(moves.size() + 1);
         chain[0] = rootOf(fen);
         for (std::size_t i = 0; i < moves.size(); ++i) {
-            const Move move = moveOf(chain[i], moves[i]);
-            EXPECT_NE(move, NoMove) << moves[i];
-            EXPECT_TRUE(makeMove(&chain[i], &chain[i + 1], move)) << moves[i];
+            makeMove(&chain[i], &chain[i + 1], moveOf(chain[i], moves[i]));
             chain[i + 1].inCheck = isInCheck(chain[i + 1]);
         }
         return chain;

@@ -10,13 +10,10 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string>
 
 // What the program around the search has seen of it.
 struct Seen {
     int waits = 0;
-    bool stoppedBefore = false;   // thread 0, when the first wait began
-    bool answeredBefore = false;  // the answer came before the stop
     Move answer = NoMove;
     double weightInFlight = 0;
 };
@@ -34,62 +31,40 @@ class TreeTest : public SearchTest {
     ~TreeTest() override {
         MctsTable::capacity = capacityBefore;
         treeReports = reportsBefore;
-        searchControl.moveTime = 0;
-        searchState.infinite = false;
     }
 
     static MctsNode& node(int index) { return MctsTable::nodes[index]; }
-
-    // Prepares the tree of a position whose root list is every legal move. Budgets are those of a very short
-    // search.
-    void prepare(Position& root) {
-        root.nullFloor = -8;
-        Move list[MaxListMoves];
-        const int count = genAllMoves(root, list);
-        RootMove* rootMoves = thread().rootMoves;
-        int kept = 0;
-        Position child;
-        for (int i = 0; i < count; ++i)
-            if (makeMove(&root, &child, cleanMove(list[i]))) rootMoves[kept++] = {cleanMove(list[i]), 0, 0};
-        rootMoves[kept] = RootMove{};
-        searchState.rootMoveCount = kept;
-        prepareTree(root, 0.001);
-    }
-
-    // The first record as a node without children that was visited so often.
-    static MctsNode& plantRoot(std::uint64_t visits) {
-        MctsNode& root = MctsTable::nodes[0];
-        MctsTable::nodeCount.store(0);
-        mctsSelDepth = 0;
-        for (Relaxed<bool>& pruned : mctsPruned) pruned = false;
-        return setNumbers(root, NoMove, visits, 0.5);
-    }
-    // One more child of a planted node, whose position is `pos`.
-    static MctsNode& plantChild(MctsNode& parent, const Position& pos, const std::string& move,
-                                std::uint64_t visits, double mean) {
-        MctsNode& made = MctsTable::nodes[MctsTable::nodeCount.fetch_add(1) + 1];
-        setNumbers(made, moveOf(pos, move), visits, mean);
-        std::atomic<MctsNode*>* link = &parent.firstChild;
-        while (MctsNode* earlier = link->load()) link = &earlier->nextSibling;
-        link->store(&made);
-        return made;
-    }
-
-    static const MctsNode& child(int index) { return MctsTable::nodes[index + 1]; }
+    static const MctsNode& child(int index) { return node(index + 1); }
     static const MctsNode& childBy(const std::string& text) {
         for (int i = 0; i < searchState.rootMoveCount; ++i)
             if (moveText(child(i).move) == text) return child(i);
         ADD_FAILURE() << text;
         return child(0);
     }
-    static void runPlayouts(Position& root, int playouts) {
-        for (int i = 0; i < playouts; ++i) {
-            const PlayoutResult result = mctsPlayout(&MctsTable::nodes[0], root, 0);
-            if (!result.credited) continue;
-            MctsTable::nodes[0].valueSum.add(result.value);
-            MctsTable::nodes[0].visitWeight.add(1.0);
-            MctsTable::nodes[0].visits.fetch_add(1);
-        }
+
+    // Prepares the tree of a position whose root list is every legal move. Budgets are those of a very short
+    // search.
+    static void prepare(Position& root) {
+        searchState.rootMoveCount = listMoves(root, thread().rootMoves);
+        prepareTree(root, 0.001);
+    }
+
+    // The first record as a node without children that was visited so often.
+    static MctsNode& plantRoot(std::uint64_t visits) {
+        MctsTable::nodeCount.store(0);
+        mctsSelDepth = 0;
+        for (Relaxed<bool>& pruned : mctsPruned) pruned = false;
+        return setNumbers(node(0), NoMove, visits, 0.5);
+    }
+    // One more child of a planted node, whose position is `pos`.
+    static MctsNode& plantChild(MctsNode& parent, const Position& pos, const std::string& move,
+                                std::uint64_t visits, double mean) {
+        MctsNode& made = node(MctsTable::nodeCount.fetch_add(1) + 1);
+        setNumbers(made, moveOf(pos, move), visits, mean);
+        std::atomic<MctsNode*>* link = &parent.firstChild;
+        while (MctsNode* earlier = link->load()) link = &earlier->nextSibling;
+        link->store(&made);
+        return made;
     }
 
     // The records from `first` on filled with a pattern, and whether it still stands.
