@@ -1,6 +1,5 @@
-// Facts about full-window and zero-window nodes that can be seen from outside: bounds by mate distance,
-// terminal positions, excluded moves, draws by rule, mates, and what the options take away.
-#include "search/history.h"
+// Facts about full-window, zero-window and quiescence nodes that can be seen from outside: bounds by mate
+// distance, terminal positions, excluded moves, draws by rule, mates, and what the options take away.
 #include "search/node.h"
 #include "search/search_environment.h"
 
@@ -8,13 +7,19 @@ namespace {
 
 class NodeSearch : public SearchTest {
    protected:
+    // At ply 0 the root search, over all legal moves.
     static int full(Position pos, int depth, int ply = 1, int alpha = -32001, int beta = 32001) {
         giveAncestors(pos);
-        return searchFullWindow(pos, alpha, beta, depth, ply, line, false);
+        if (ply > 0) return searchFullWindow(pos, alpha, beta, depth, ply, line, false);
+        listMoves(pos, thread().rootMoves);
+        return searchRoot(pos, depth, alpha, beta, line);
     }
     static int zero(Position pos, int beta, int depth, int ply = 1, Move excluded = NoMove) {
         giveAncestors(pos);
         return searchZeroWindow(pos, beta, depth, ply, line, excluded, false, false);
+    }
+    static int quiescence(Position pos, int qDepth) {
+        return searchQuiescence(pos, -32001, 32001, qDepth, 1, line);
     }
     // Nodes from ply 2 on have two records behind them.
     static void giveAncestors(Position& pos) {
@@ -27,14 +32,10 @@ class NodeSearch : public SearchTest {
         ancestors[0].prev = &ancestors[1];
         pos.prev = &ancestors[0];
     }
+    static bool isStored(const Position& pos) { return transTable.probe(pos.key, data); }
     static inline Position ancestors[2];
     static inline Move line[PvLength];
-
-    // A chain of two shuffling moves each with one more to come, which would repeat the position after the
-    // first.
-    static std::vector<Position> shuffled() {
-        return play("6k1/5ppp/8/3q4/8/8/8/K7 w - -", {"a1b1", "g8h8", "b1a1", "h8g8"});
-    }
+    static inline TransData data;
 };
 
 TEST_F(NodeSearch, TheWindowEndsWhereMatesDo) {
@@ -46,55 +47,17 @@ TEST_F(NodeSearch, TheWindowEndsWhereMatesDo) {
 }
 
 TEST_F(NodeSearch, MateAndStalemateAreFinal) {
-    const Position mate = rootOf("R5k1/5ppp/8/8/8/8/5PPP/6K1 b - -");
-    const Position stalemate = rootOf("7k/5Q2/6K1/8/8/8/8/8 b - -");
-    EXPECT_EQ(full(mate, 2, 3), 3 - MateScore);
-    EXPECT_EQ(full(stalemate, 2, 3), 0);
-    TransData data;
-    ASSERT_TRUE(transTable.probe(mate.key, data));
-    EXPECT_TRUE(data.terminal());
-    EXPECT_EQ(data.score(), -MateScore) << "as a distance from the node";
-    ASSERT_TRUE(transTable.probe(stalemate.key, data));
-    EXPECT_TRUE(data.terminal());
-    transTable.clear();
-    EXPECT_EQ(zero(mate, 0, 2, 3), 3 - MateScore);
-    EXPECT_EQ(zero(stalemate, 100, 2, 3), 0);
-    ASSERT_TRUE(transTable.probe(mate.key, data));
-    EXPECT_TRUE(data.terminal());
-}
-
-// A full-window node believes a table score only of a position without moves, but that one at any depth.
-TEST_F(NodeSearch, OnlyTerminalEntriesEndAFullWindowNode) {
-    const Position pos = rootOf(Middlegame);
-    transTable.store(pos.key, 2, 77, TerminalFlags, NoMove, 0);
-    EXPECT_EQ(full(pos, 40), 77);
-    EXPECT_EQ(nodes(), 0u);
-    transTable.clear();
-    transTable.store(pos.key, 40, 777, ExactBound, NoMove, 0);
-    EXPECT_NE(full(pos, 4), 777);
-    EXPECT_GT(nodes(), 0u);
-    transTable.store(pos.key, 40, 777, ExactBound, NoMove, 0);
-    EXPECT_EQ(zero(pos, 0, 40), 777) << "a zero-window node believes it";
-}
-
-// A bound counts only on its own side of the window.
-TEST_F(NodeSearch, ABoundMustFitTheWindow) {
-    const Position pos = rootOf(Middlegame);
-    transTable.store(pos.key, 40, 300, LowerBound, NoMove, 0);
-    EXPECT_EQ(zero(pos, 250, 40), 300);
-    EXPECT_EQ(nodes(), 0u);
-    zero(pos, 350, 4);
-    EXPECT_GT(nodes(), 0u);
-}
-
-TEST_F(NodeSearch, AQuietHashMoveThatCutsOffIsLearnt) {
-    const auto chain = play(Middlegame, {"h2h3"});
-    const Move quiet = moveOf(chain[1], "b7b6");
-    transTable.store(chain[1].key, 10, 500, LowerBound, quiet, 0);
-    EXPECT_EQ(zero(chain[1], 100, 8), 500);
-    EXPECT_EQ(thread().killers[1].first, quiet);
-    EXPECT_EQ(counterMoveOf(thread(), chain[1]), quiet);
-    EXPECT_EQ(historyEntry(chain[1], quietMoveOf(chain[1], quiet)), 16000 + historyBonus(8));
+    for (const std::string& fen : {Mated, Stalemated}) {
+        const Position pos = rootOf(fen);
+        const int stored = fen == Mated ? -MateScore : 0, score = fen == Mated ? 3 - MateScore : 0;
+        for (const bool fullWindow : {true, false}) {
+            transTable.clear();
+            EXPECT_EQ(fullWindow ? full(pos, 2, 3) : zero(pos, 100, 2, 3), score) << fen;
+            ASSERT_TRUE(isStored(pos));
+            EXPECT_TRUE(data.terminal());
+            EXPECT_EQ(data.score(), stored) << "as a distance from the node";
+        }
+    }
 }
 
 TEST_F(NodeSearch, AnExcludedMoveIsNotPlayed) {
@@ -104,72 +67,56 @@ TEST_F(NodeSearch, AnExcludedMoveIsNotPlayed) {
     EXPECT_EQ(line[0], winning);
     transTable.clear();
     EXPECT_EQ(zero(pos, 20, 8, 1, winning), 19) << "no better than the window";
-    TransData data;
-    EXPECT_FALSE(transTable.probe(pos.key, data)) << "the table keeps such a search apart";
-}
-
-// The only legal move being excluded is no mate.
-TEST_F(NodeSearch, NothingLeftButTheExcludedMoveIsNoMate) {
-    const Position pos = rootOf("R5k1/2n2ppp/8/8/8/8/5PPP/6K1 b - -");
-    EXPECT_EQ(zero(pos, -500, 8, 1, moveOf(pos, "c7a8")), -501);
+    EXPECT_FALSE(isStored(pos)) << "the table keeps such a search apart";
+    const Position forced = rootOf("R5k1/2n2ppp/8/8/8/8/5PPP/6K1 b - -");
+    EXPECT_EQ(zero(forced, -500, 8, 1, moveOf(forced, "c7a8")), -501) << "the only move excluded is no mate";
 }
 
 // The root always has a line to show, if a move there is all that fails low.
 TEST_F(NodeSearch, AFailedLowNodeKeepsALineAtPly1Alone) {
     const Position pos = rootOf(Middlegame);
-    EXPECT_LE(full(pos, 6, 1, 900, 910), 900);
-    EXPECT_NE(line[0], NoMove);
-    transTable.clear();
-    EXPECT_LE(full(pos, 6, 2, 900, 910), 900);
-    EXPECT_EQ(line[0], NoMove);
+    for (const int ply : {1, 2}) {
+        transTable.clear();
+        EXPECT_LE(full(pos, 6, ply, 900, 910), 900);
+        EXPECT_EQ(line[0] != NoMove, ply == 1);
+    }
 }
 
-// The lost side may repeat: once is a draw inside the tree, but not among the moves at ply 1.
-TEST_F(NodeSearch, OneRepetitionDrawsFromPly2On) {
-    const auto chain = shuffled();
-    EXPECT_LT(full(chain[4], 4, 1), -500);
-    transTable.clear();
-    EXPECT_EQ(full(chain[4], 4, 2), 0);
-    EXPECT_EQ(moveText(line[0]), "a1b1");
-    transTable.clear();
-    EXPECT_LT(zero(chain[4], 0, 4, 1), 0);
-    transTable.clear();
-    EXPECT_EQ(zero(chain[4], 0, 4, 2), 0);
-    TransData data;
-    EXPECT_FALSE(transTable.probe(chain[4].key, data)) << "a draw by rule isn't for the table";
-}
-
-TEST_F(NodeSearch, TwoRepetitionsDrawAtPly1Too) {
+// The lost side may repeat: once is a draw inside the tree, but at the root and at ply 1 it takes two.
+TEST_F(NodeSearch, RepetitionsDrawByPly) {
     const auto chain = play("6k1/5ppp/8/3q4/8/8/8/K7 w - -",
                             {"a1b1", "g8h8", "b1a1", "h8g8", "a1b1", "g8h8", "b1a1", "h8g8"});
-    EXPECT_EQ(full(chain[8], 4, 1), 0);
+    for (const std::size_t plies : {4u, 8u})
+        for (const int ply : {0, 1, 2}) {
+            SCOPED_TRACE(testing::Message() << plies << " plies, at ply " << ply);
+            const Position& pos = chain[plies];
+            const bool drawn = plies == 8 || ply == 2;
+            transTable.clear();
+            const int score = full(pos, 4, ply);
+            EXPECT_TRUE(drawn ? score == 0 && moveText(line[0]) == "a1b1" : score < -500) << score;
+            if (ply == 0) continue;
+            transTable.clear();
+            EXPECT_EQ(zero(pos, 0, 4, ply) == 0, drawn);
+            EXPECT_EQ(isStored(pos), !drawn) << "a draw by rule isn't for the table";
+        }
 }
 
 // On the hundredth half-move a mate still counts; every other quiet move draws.
 TEST_F(NodeSearch, AMateOnTheHundredthHalfMoveCounts) {
     Position pos = rootOf("6k1/5ppp/8/8/8/8/5PPP/R5K1 w - -");
-    pos.halfmoveClock = 99;
-    EXPECT_EQ(full(pos, 4), MateScore - 2);
-    EXPECT_EQ(moveText(line[0]), "a1a8");
-    transTable.clear();
-    EXPECT_EQ(zero(pos, MateScore - 2, 8), MateScore - 2);
-    pos.halfmoveClock = 100;
-    transTable.clear();
-    EXPECT_LT(full(pos, 4), MateBound) << "a half-move too late";
     Position other = rootOf("6k1/5pp1/7p/8/8/8/8/R5K1 w - -");
     other.halfmoveClock = 99;
-    EXPECT_EQ(full(other, 4), 0) << "no pawn to push and no mate";
-}
-
-// The line of a mate is whole, and its score counts every ply.
-TEST_F(NodeSearch, AMateShowsItsWholeLine) {
-    const Position pos = rootOf("7k/8/8/8/8/8/R7/1R4K1 w - -");  // Ra7, then Rb8
-    int score = 0;
-    for (int depth = 4; depth <= 12; depth += 2) score = full(pos, depth);
-    ASSERT_EQ(score, MateScore - 4);
-    int length = 0;
-    while (line[length]) ++length;
-    EXPECT_EQ(length, 3);
+    for (const int ply : {0, 1}) {
+        transTable.clear();
+        pos.halfmoveClock = 99;
+        EXPECT_EQ(full(pos, 4, ply), MateScore - 1 - ply);
+        EXPECT_EQ(moveText(line[0]), "a1a8");
+        EXPECT_EQ(zero(pos, MateScore - 2, 8), MateScore - 2);
+        transTable.clear();
+        pos.halfmoveClock = 100;
+        EXPECT_LT(full(pos, 4, ply), MateBound) << "a half-move too late";
+        EXPECT_EQ(full(other, 4, ply), 0) << "no pawn to push and no mate";
+    }
 }
 
 TEST_F(NodeSearch, PruningOptionsSaveNodes) {
@@ -186,45 +133,47 @@ TEST_F(NodeSearch, PruningOptionsSaveNodes) {
     EXPECT_LT(both, nodesFor(true, false));
 }
 
-TEST_F(NodeSearch, ReturnsNothingAfterAStop) {
+TEST_F(NodeSearch, NothingIsKeptAfterAStop) {
+    const Position pos = rootOf(Middlegame);
     thread().stopFlag = 1;
-    EXPECT_EQ(full(rootOf(Middlegame), 12), 0);
-    EXPECT_EQ(zero(rootOf(Middlegame), 10, 12), 0);
+    for (const int ply : {0, 1}) EXPECT_EQ(full(pos, 12, ply), 0);
+    EXPECT_EQ(zero(pos, 10, 12), 0);
+    EXPECT_EQ(quiescence(pos, 0), 0);
     EXPECT_EQ(nodes(), 0u);
+    EXPECT_FALSE(isStored(pos));
 }
 
 // Lines may not grow for ever: from a fixed ply on a node answers with its static score.
 TEST_F(NodeSearch, TheLastPlyAnswersAtOnce) {
-    Position pos = rootOf(Middlegame);
-    const int stand = evaluate(pos, -OpenEvalBound, OpenEvalBound);
+    const Position pos = rootOf(Middlegame);
+    Position same = pos;
+    const int stand = evaluate(same, -OpenEvalBound, OpenEvalBound);
     EXPECT_EQ(full(pos, 20, MaxPly), stand);
     EXPECT_EQ(zero(pos, stand + 50, 20, MaxPly), stand);
-    EXPECT_EQ(full(rootOf("R5k1/5ppp/8/8/8/8/5PPP/6K1 b - -"), 20, MaxPly), 0);
+    EXPECT_EQ(full(rootOf(Mated), 20, MaxPly), 0);
     EXPECT_EQ(nodes(), 0u);
 }
 
-TEST_F(NodeSearch, TheTopOfALeafIsTheSameSearch) {
-    const Position pos = rootOf(Middlegame);
-    const int plain = full(pos, 8);
-    const auto plainNodes = nodes();
-    forgetEverything();
-    Position leaf = pos;
-    EXPECT_EQ(treeAlphaBeta(leaf, -32001, 32001, 8, 1, line), plain);
-    EXPECT_EQ(nodes(), plainNodes);
-    // From depth 12 on the plain search looks for a first move before, and the leaf doesn't.
-    forgetEverything();
-    full(pos, 12);
-    const auto deepened = nodes();
-    forgetEverything();
-    treeAlphaBeta(leaf, -32001, 32001, 12, 1, line);
-    EXPECT_NE(nodes(), deepened);
+// From depth 12 on the plain search looks for a first move before, and a tree's leaf doesn't.
+TEST_F(NodeSearch, TheTopOfALeafIsTheSameSearchButForDeepening) {
+    for (const int depth : {8, 12}) {
+        forgetEverything();
+        Position pos = rootOf(Middlegame);
+        full(pos, depth);
+        const auto plainNodes = nodes();
+        forgetEverything();
+        treeAlphaBeta(pos, -32001, 32001, depth, 1, line);
+        EXPECT_EQ(nodes() == plainNodes, depth == 8);
+    }
 }
 
 // With three threads a worker puts off every move but the first that another thread is searching, and makes
 // it again later; thread 0 puts nothing off, and neither does a tree search.
 TEST_F(NodeSearch, AWorkerPutsOffWhatOthersSearch) {
-    settings.threads = 3;
-    ThreadPool::restart();
+    const auto usePool = [](int threads) {
+        settings.threads = threads;
+        ThreadPool::restart();
+    };
     const auto nodesFor = [](int threadIndex, bool marked) {
         SearchThread& searcher = ThreadPool::threadRecords[threadIndex];
         const Position mine = rootOf(StartFen);
@@ -237,47 +186,56 @@ TEST_F(NodeSearch, AWorkerPutsOffWhatOthersSearch) {
         searcher.resetHistory();
         searcher.clearKillers();
         searcher.stopFlag = 0;
-        searcher.nodes = 0;
-        std::vector<Key> children;
-        Move moves[MaxListMoves];
-        const int count = genAllMoves(pos, moves);
+        RootMove moves[MaxListMoves];
+        const int count = listMoves(mine, moves);
+        std::vector<Position> children(std::size_t(count), mine);
         for (int i = 0; i < count; ++i) {
-            Position child;
-            makeMove(&pos, &child, cleanMove(moves[i]));
-            children.push_back(child.key);
-            if (marked) transTable.markBusy(child.key, true);
+            makeMove(&mine, &children[std::size_t(i)], moves[i].move);
+            if (marked) transTable.markBusy(children[std::size_t(i)].key, true);
         }
         searcher.nodes = 0;
         searchFullWindow(pos, -32001, 32001, 2, 1, line, false);
-        for (const Key key : children) {
-            TransData data;
-            if (transTable.probe(key, data)) {
-                EXPECT_FALSE(data.busy());
-            }
-        }
+        const bool takesMarksAway = threadCount > 2 && !treeSearchActive;
+        for (const Position& child : children) EXPECT_FALSE(takesMarksAway && isStored(child) && data.busy());
         return std::uint64_t(searcher.nodes);
     };
+    usePool(3);
     EXPECT_EQ(nodesFor(1, true), nodesFor(1, false) + 19);
     EXPECT_EQ(nodesFor(0, true), nodesFor(0, false));
     treeSearchActive = true;
-    const auto inTree = nodesFor(1, false);
+    const auto inTree = nodesFor(1, true);
     treeSearchActive = false;
     EXPECT_EQ(inTree, nodesFor(1, false));
-    settings.threads = 2;
-    ThreadPool::restart();
-    const auto withTwo = nodesFor(1, false);
-    EXPECT_EQ(withTwo, nodesFor(0, false));
-    settings.threads = 1;
-    ThreadPool::restart();
+    usePool(2);
+    EXPECT_EQ(nodesFor(1, true), nodesFor(0, true)) << "two threads share nothing out";
+    usePool(1);
 }
 
-TEST_F(NodeSearch, EnemySpansAreWideAndBeginAheadOfThePawn) {
-    const Position pos = rootOf("4k3/3p4/8/8/8/8/8/4K3 w - -");
-    const Bitboard files = fileMask[2] | fileMask[3] | fileMask[4];
-    EXPECT_EQ(enemyPawnSpans(pos),
-              files & (rankMask(5) | rankMask(4) | rankMask(3) | rankMask(2) | rankMask(1) | rankMask(0)));
-    const Position edge = rootOf("4k3/8/8/8/8/P7/8/4K3 b - -");
-    EXPECT_EQ(enemyPawnSpans(edge), (fileMask[0] | fileMask[1]) & ~(rankMask(0) | rankMask(1) | rankMask(2)));
+// Quiet checks are tried at the first ply alone, and a mate is a mate however deep.
+TEST_F(NodeSearch, QuiescenceKnowsMates) {
+    const Position pos = rootOf("6k1/5ppp/8/8/8/8/5PPP/R5K1 w - -");
+    EXPECT_EQ(quiescence(pos, 0), MateScore - 2);
+    transTable.clear();
+    EXPECT_LT(quiescence(pos, -2), MateBound);
+    EXPECT_EQ(quiescence(rootOf(Mated), -100), 1 - MateScore);
+    // Only taking the rook saves the game.
+    quiescence(rootOf("R5k1/2n2ppp/8/8/8/8/5PPP/6K1 b - -"), -100);
+    EXPECT_EQ(moveText(line[0]), "c7a8");
+}
+
+// Deep down only captures where the opponent has just moved are tried, and none in the end.
+TEST_F(NodeSearch, QuiescenceNarrowsWithItsDepth) {
+    struct Row {
+        const char* lastMove;
+        int qDepth;
+        const char* best;
+    };
+    for (const Row& row : {Row{"a5d5", -18, "e4d5"}, Row{"e8e7", -16, "b4a5"}, Row{"e8e7", -18, "0000"},
+                           Row{"a5d5", -60, "0000"}}) {
+        transTable.clear();
+        quiescence(play("4k3/pp6/8/q2P4/1P2P3/8/8/4K3 b - -", {row.lastMove})[1], row.qDepth);
+        EXPECT_EQ(moveText(line[0]), row.best) << row.lastMove << ' ' << row.qDepth;
+    }
 }
 
 }  // namespace

@@ -3,142 +3,61 @@
 
 #include "search/search_environment.h"
 
-#include <array>
-
-namespace {
-
 class SearchTables : public SearchTest {};
 
-using CountRow = std::array<int, MoveCountDepths>;
-
-CountRow countRow(int improving) {
-    CountRow row{};
-    std::copy(std::begin(moveCountTable[improving]), std::end(moveCountTable[improving]), row.begin());
-    return row;
-}
-
-TEST_F(SearchTables, MoveCountsOfTheDefaults) {
-    EXPECT_EQ(countRow(0),
-              (CountRow{1, 1, 1, 1, 1, 2, 2, 3, 4, 5, 6, 8, 9, 11, 13, 15, 17, 19, 21, 23, 26, 29, 31, 34}));
-    EXPECT_EQ(countRow(1), (CountRow{3,  3,  3,  3,  3,  4,  5,  6,  8,  10, 12, 14,
-                                     16, 19, 22, 25, 28, 32, 36, 40, 44, 48, 53, 58}));
-}
-
-// A larger selectivity lets fewer moves pass, against what its name may suggest.
-TEST_F(SearchTables, SelectivityDividesTheMoveCounts) {
-    settings.selectivity = 10;
-    buildSearchTables();
-    EXPECT_EQ(moveCountTable[0][20], 440);
-    settings.selectivity = 250;
-    buildSearchTables();
-    EXPECT_EQ(moveCountTable[0][20], 18);
-}
-
-struct ReductionRow {
-    int depth, count;
-    int high[2], low[2];  // by not improving, improving
-};
-
-TEST_F(SearchTables, ReductionsOfTheDefaults) {
-    for (const ReductionRow& row :
-         {ReductionRow{10, 10, {5, 4}, {3, 2}}, ReductionRow{20, 30, {10, 9}, {8, 7}},
-          ReductionRow{40, 20, {12, 10}, {10, 8}}})
-        for (int improving = 0; improving < 2; ++improving) {
-            EXPECT_EQ(reduceHigh[improving][row.depth][row.count], row.high[improving]) << row.depth;
-            EXPECT_EQ(reduceLow[improving][row.depth][row.count], row.low[improving]) << row.depth;
-        }
-}
-
-// Values just beside a half tell the rounding and the distance between the tables exactly.
-TEST_F(SearchTables, ReductionsRoundToTheNearest) {
-    EXPECT_EQ(reduceLow[1][5][29], 2);   // 1.508
-    EXPECT_EQ(reduceLow[1][4][23], 0);   // 0.495
-    EXPECT_EQ(reduceLow[1][1][29], -5);  // -4.513
-}
-
-// The tables end at depth 127 and count 63; the first plies have nothing to take away.
-TEST_F(SearchTables, ReductionsAtTheEdges) {
-    EXPECT_GT(reduceHigh[0][127][63], reduceHigh[0][100][63]);
-    EXPECT_EQ(reductionOf(reduceHigh, false, 300, 200), reduceHigh[0][127][63]);
-    EXPECT_LE(reduceHigh[1][1][63], 0);
-    EXPECT_EQ(reduceLow[1][2][63], -2);
-}
-
-// A move count passes to the wider tables of more threads, and reductions grow step by step.
-TEST_F(SearchTables, MoreThreadsReduceMore) {
-    int before = 0;
-    for (const int threads : {1, 2, 4, 6, 10}) {
-        settings.threads = threads;
+// Worked out by hand. Intended: a larger selectivity lets fewer moves pass, more threads reduce more, and a
+// tree search hears of neither option.
+TEST_F(SearchTables, FollowOptionsAndMode) {
+    struct Row {
+        bool tree;
+        int threads, selectivity, reduction;
+        int count[2];   // at depth 20, by not improving, improving
+        int high, low;  // at depth 100 and move 60, not improving and improving
+    };
+    for (const Row& row :
+         {Row{false, 1, 170, -15, {26, 44}, 21, 16}, Row{false, 1, 10, -15, {440, 721}, 21, 16},
+          Row{false, 1, 250, 51, {18, 30}, 36, 26}, Row{false, 2, 170, -15, {25, 43}, 22, 17},
+          Row{false, 3, 170, -15, {25, 42}, 22, 17}, Row{false, 4, 170, -15, {24, 41}, 24, 18},
+          Row{false, 5, 170, -15, {24, 41}, 24, 18}, Row{false, 6, 170, -15, {24, 41}, 26, 19},
+          Row{false, 9, 170, -15, {24, 40}, 26, 19}, Row{false, 10, 170, -15, {24, 40}, 28, 21},
+          Row{true, 1, 10, 50, {35, 58}, 14, 11}, Row{true, 3, 10, 50, {35, 58}, 15, 12},
+          Row{true, 4, 10, 50, {35, 58}, 16, 12}}) {
+        SCOPED_TRACE(testing::Message() << row.threads << " threads, tree " << row.tree << ", selectivity "
+                                        << row.selectivity << ", reduction " << row.reduction);
+        treeSearchActive = row.tree;
+        settings.threads = row.threads;
+        settings.selectivity = row.selectivity;
+        settings.reduction = row.reduction;
         buildSearchTables();
-        EXPECT_GT(reduceHigh[0][100][63], before) << threads;
-        before = reduceHigh[0][100][63];
-        settings.threads = threads == 1 ? 1 : threads + 1;
-        buildSearchTables();
-        EXPECT_EQ(reduceHigh[0][100][63], before) << threads;
+        for (int improving = 0; improving < 2; ++improving)
+            EXPECT_EQ(moveCountTable[improving][20], row.count[improving]);
+        EXPECT_EQ(reduceHigh[0][100][60], row.high);
+        EXPECT_EQ(reduceLow[1][100][60], row.low);
+        EXPECT_EQ(reductionOf(reduceHigh, false, 300, 200), reduceHigh[0][127][63]);
+        EXPECT_EQ(historyBase, row.tree ? 45000 : 44000);
+        EXPECT_EQ(futilityStep, row.tree ? 45 : 40);
+        EXPECT_EQ(contBonus(10), row.tree ? 2500 : 2000);
     }
 }
 
-TEST_F(SearchTables, TheTreeSearchHasItsOwn) {
-    const int plain = reduceHigh[0][60][60];
-    treeSearchActive = true;
-    settings.selectivity = 10;
-    settings.reduction = 50;
-    buildSearchTables();
-    EXPECT_EQ(moveCountTable[0][20], 35);  // round(11 / 130 * 400) and one more
-    EXPECT_EQ(moveCountTable[1][0], 4);
-    EXPECT_LT(reduceHigh[0][60][60], plain);
-    EXPECT_EQ(historyBase, 45000);
-    EXPECT_EQ(futilityStep, 45);
-    EXPECT_EQ(contBonus(10), 2500);
-    treeSearchActive = false;
-    buildSearchTables();
-    EXPECT_EQ(historyBase, 44000);
-    EXPECT_EQ(futilityStep, 40);
-    EXPECT_EQ(contBonus(10), 2000);
-}
-
-TEST_F(SearchTables, BonusesStopAtDepth30) {
-    EXPECT_EQ(historyBonus(1), 700);
-    EXPECT_EQ(historyBonus(30), 10500);
-    EXPECT_EQ(historyBonus(31), 0);
-    EXPECT_EQ(contBonus(0), 400);
-    EXPECT_EQ(contBonus(31), 0);
-}
-
-TEST_F(SearchTables, RootStatFloorsFallByAFixedShare) {
-    const int expected[] = {18000, 16560, 15235, 14016, 12895, 11863};
-    for (int number = 1; number <= 6; ++number)
-        EXPECT_EQ(rootStatFloor[number], expected[number - 1]) << number;
-}
-
-TEST_F(SearchTables, ContemptFallsToTheMoverAtTheRoot) {
+TEST_F(SearchTables, ContemptFallsToTheMoverAtTheRootOrToWhite) {
     setContempt(-17, Black);
     EXPECT_EQ(contemptValue[Black], -17);
     EXPECT_EQ(contemptValue[White], 17);
-    EXPECT_EQ(mgOf(contemptPair[Black]), -170);
-    EXPECT_EQ(egOf(contemptPair[Black]), -42);
-    EXPECT_EQ(mgOf(contemptPair[White]), 170);
-    EXPECT_EQ(egOf(contemptPair[White]), 42);
+    EXPECT_EQ(contemptPair[Black], pair(-170, -42));
+    EXPECT_EQ(contemptPair[White], pair(170, 42));
     settings.whiteContempt = true;
     setContempt(16, Black);
     EXPECT_EQ(contemptValue[White], 16);
-    EXPECT_EQ(mgOf(contemptPair[White]), 160);
-    EXPECT_EQ(egOf(contemptPair[White]), 40);
-}
-
-TEST_F(SearchTables, ATreeSearchKnowsContemptOnlyAsAValue) {
+    EXPECT_EQ(contemptPair[White], pair(160, 40));
+    // A tree search knows it only as a value.
     treeSearchActive = true;
-    setContempt(16, White);
-    EXPECT_EQ(contemptValue[White], 16);
+    setContempt(15, Black);
+    EXPECT_EQ(contemptValue[White], 15);
     EXPECT_EQ(contemptPair[White], Score{});
     EXPECT_EQ(contemptPair[Black], Score{});
-}
-
-TEST_F(SearchTables, ContemptFollowsTheScore) {
-    EXPECT_EQ(contemptFromScore(0, 16), 16);
+    // An iteration's score moves it, truncated towards 0.
     EXPECT_EQ(contemptFromScore(100, 16), 27);
     EXPECT_EQ(contemptFromScore(-100, 16), 5);
-    EXPECT_EQ(contemptFromScore(-31990, 0), -21);  // truncated towards 0
+    EXPECT_EQ(contemptFromScore(-31990, 0), -21);
 }
-
-}  // namespace

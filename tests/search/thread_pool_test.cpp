@@ -2,7 +2,6 @@
 #include "eval/caches.h"
 #include "search/search_environment.h"
 
-#include <cstring>
 #include <thread>
 
 class Pool : public SearchTest {
@@ -22,17 +21,15 @@ class Pool : public SearchTest {
     // Publishes a root with all its moves, as the driver does.
     static void publish(const std::string& fen) {
         ThreadPool::searchRootPosition = rootOf(fen);
-        Move list[MaxListMoves];
-        const int count = genAllMoves(ThreadPool::searchRootPosition, list);
-        for (int i = 0; i < count; ++i) ThreadPool::searchRootMoves[i] = {cleanMove(list[i]), 0, 0};
-        ThreadPool::searchRootMoves[count] = RootMove{};
+        listMoves(ThreadPool::searchRootPosition, ThreadPool::searchRootMoves);
     }
-    // Wakes the workers and lets each of them search some nodes.
-    static void searchAWhile(int depth) {
+    // Wakes the workers, lets each of them search some nodes unless it is brief, and ends the search.
+    static void searchAWhile(int depth, bool brief = false) {
         ThreadPool::searchDepthNow = depth;
         ThreadPool::wakeWorkers();
-        for (int i = 1; i < threadCount; ++i)
+        for (int i = 1; i < threadCount && !brief; ++i)
             while (record(i).nodes < 100u) std::this_thread::yield();
+        ThreadPool::finishSearch();
     }
     static void expectIdle() {
         const std::uint64_t nodesBefore = ThreadPool::totalNodes();
@@ -45,15 +42,13 @@ class Pool : public SearchTest {
     }
 };
 
-struct CacheRow {
-    int megabytes, threads;
-    std::uint64_t pawnEntries, evalEntries;
-};
-
 TEST_F(Pool, SharesTheTableMemoryOut) {
-    for (const CacheRow& row :
-         {CacheRow{128, 1, 1048576, 4194304}, CacheRow{128, 2, 524288, 2097152},
-          CacheRow{128, 4, 262144, 1048576}, CacheRow{1, 1, 8192, 32768}, CacheRow{1, 128, 64, 256}}) {
+    struct Row {
+        int megabytes, threads;
+        std::uint64_t pawnEntries, evalEntries;
+    };
+    for (const Row& row : {Row{128, 1, 1048576, 4194304}, Row{128, 2, 524288, 2097152},
+                           Row{128, 4, 262144, 1048576}, Row{1, 1, 8192, 32768}, Row{1, 128, 64, 256}}) {
         ThreadPool::tableMemoryInUse = row.megabytes;
         makePool(row.threads);
         EXPECT_EQ(prefetchBases.pawnMask + 1, row.pawnEntries) << row.megabytes << ' ' << row.threads;
@@ -70,11 +65,7 @@ TEST_F(Pool, WakesAndEndsSearchesOnEveryNumberOfThreads) {
         makePool(threads);
         publish("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -");
         for (int i = 0; i < 10; ++i) {
-            if (i % 2)
-                searchAWhile(1 + i % 3);
-            else
-                ThreadPool::wakeWorkers();  // and ends before it has well begun
-            ThreadPool::finishSearch();
+            searchAWhile(1 + i % 3, i % 2 == 0);
             expectIdle();
         }
     }
@@ -84,7 +75,6 @@ TEST_F(Pool, NobodySearchesTheOldRootWhenItIsTornDown) {
     makePool(4);
     publish("");
     searchAWhile(5);
-    ThreadPool::finishSearch();
     for (int i = 1; i < 4; ++i) record(i).nodes = 0;
     ThreadPool::stopWorkers();
     for (int i = 1; i < 4; ++i) {
@@ -102,7 +92,6 @@ TEST_F(Pool, NobodySearchesTheOldRootWhenItIsTornDown) {
     ThreadPool::barrierWait();  // nobody armed it
     makePool(2);
     searchAWhile(2);
-    ThreadPool::finishSearch();
     expectIdle();
 }
 
@@ -117,15 +106,12 @@ TEST_F(Pool, WorkersKeepTheirHistoryFromSearchToSearch) {
     worker.counterMoves[1][6][4095] = 1;
     worker.killers[KillerRows - 1].evasion = 1;
     searchAWhile(1);
-    ThreadPool::finishSearch();
-    EXPECT_EQ(worker.history[15][4095], 123);
     EXPECT_EQ(worker.captureHistory[15][63][15], 456);
     EXPECT_EQ(worker.continuationHistory[959][15][63], 789);
     EXPECT_EQ(worker.counterMoves[1][6][4095], NoMove);
     EXPECT_EQ(worker.killers[KillerRows - 1].evasion, NoMove);
-    // A pool of the same size keeps the records.
     makePool(2);
-    EXPECT_EQ(record(1).history[15][4095], 123);
+    EXPECT_EQ(record(1).history[15][4095], 123) << "a pool of the same size keeps the records";
     makePool(3);
     EXPECT_EQ(record(1).history[15][4095], 16000);
 }
@@ -145,15 +131,10 @@ TEST_F(Pool, AWorkerTakesTheDepthOfThreadZero) {
 
 TEST_F(Pool, ForgetsEvaluationsOnAllThreads) {
     makePool(2);
-    const auto fill = [](int index) { std::memset(record(index).evalCache, 1, sizeof(EvalCacheEntry)); };
-    const auto isEmpty = [](int index) {
-        static const EvalCacheEntry none{};
-        return std::memcmp(record(index).evalCache, &none, sizeof none) == 0;
-    };
     rootOf("");  // the caches are in use
-    for (const int index : {0, 1}) fill(index);
+    for (const int index : {0, 1}) record(index).evalCache->key = 1;
     ThreadPool::clearEvalCaches();
-    EXPECT_TRUE(isEmpty(0) && isEmpty(1));
+    for (const int index : {0, 1}) EXPECT_EQ(record(index).evalCache->key, 0u);
 }
 
 // The input thread raises the flags whenever the input ends, also while the records are being replaced.
@@ -168,14 +149,11 @@ TEST_F(Pool, StopsComeAtAnyMoment) {
     publish("");
     for (int i = 0; i < 20; ++i) {
         makePool(1 + i % 4);
-        ThreadPool::searchDepthNow = 1;
-        ThreadPool::wakeWorkers();
-        ThreadPool::finishSearch();
+        searchAWhile(1, true);
     }
     done = true;
     other.join();
     makePool(2);
     searchAWhile(1);
-    ThreadPool::finishSearch();
     expectIdle();
 }

@@ -1,73 +1,47 @@
-// The transposition table: what a store keeps, what it replaces, and its sizes.
-#include "search/trans_table.h"
+// The transposition table: what a store keeps, what it replaces, its sizes, and its image in a file.
+#include "search/search_environment.h"
+#include "support/temporary_folder.h"
 
-#include "search/limits.h"
-
+#include <algorithm>
 #include <cstdlib>
-#include <gtest/gtest.h>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <iterator>
 
-class TransTableTest : public ::testing::Test {
+class TransTableTest : public SearchTest {
    protected:
-    TransTableTest() { table.resize(1); }
-    ~TransTableTest() override {
-        table.free();
-        searchState.analysisSearch = false;
-        // The process-wide table owns the prefetch base.
-        if (transTable.bucketCount() > 0) {
-            const int megabytes = 16;
-            transTable.free();
-            transTable.resize(megabytes);
-        }
-    }
+    TransTableTest() { transTable.resize(1); }
+    ~TransTableTest() override { transTable.resize(16); }
 
     // Keys that fall into one bucket, told apart by their high halves.
-    static Key keyOf(std::uint32_t check) { return Key(check) << 32 | 77; }
-    TransData at(std::uint32_t check) const {
+    static Key keyOf(std::uint32_t check, Key bucket = 77) { return Key(check) << 32 | bucket; }
+    static bool holds(std::uint32_t check) {
         TransData data;
-        EXPECT_TRUE(table.probe(keyOf(check), data)) << check;
+        return transTable.probe(keyOf(check), data);
+    }
+    static TransData at(std::uint32_t check, Key bucket = 77) {
+        TransData data;
+        EXPECT_TRUE(transTable.probe(keyOf(check, bucket), data)) << check << " in " << bucket;
         return data;
     }
-    bool holds(std::uint32_t check) const {
-        TransData data;
-        return table.probe(keyOf(check), data);
-    }
-    void store(std::uint32_t check, int depth, int score = 10, int flags = LowerBound, Move move = 0x123,
-               int nodeRank = 0) {
-        table.store(keyOf(check), depth, score, flags, move, nodeRank);
+    static void store(std::uint32_t check, int depth, int score = 10, int flags = LowerBound,
+                      Move move = 0x123, int nodeRank = 0) {
+        transTable.store(keyOf(check), depth, score, flags, move, nodeRank);
     }
     // Ages the table.
-    void nextSearch() { table.newSearch(++lastRoot); }
-
-    TransTable table;
-    Key lastRoot = 1000;
+    static void nextSearch() { transTable.newSearch(++lastRoot); }
+    static inline Key lastRoot = 1000;
 };
 
-TEST_F(TransTableTest, KeepsEveryFieldOfAnEntry) {
-    store(9, -2, -31990, TerminalFlags, 0x7fff, 5);
-    const TransData data = at(9);
-    EXPECT_EQ(data.score(), -31990);
-    EXPECT_EQ(data.depth(), -2);
-    EXPECT_EQ(data.move(), 0x7fffu);
-    EXPECT_EQ(data.bound(), ExactBound);
-    EXPECT_TRUE(data.terminal());
-    EXPECT_EQ(data.nodeRank(), 5);
-    EXPECT_FALSE(data.busy());
-}
-
 TEST_F(TransTableTest, DropsScoresBeyondItsRange) {
-    store(1, 4, 32501);
-    store(2, 4, -32501);
-    EXPECT_FALSE(holds(1) || holds(2));
-    store(3, 4, 32500);
-    EXPECT_TRUE(holds(3));
-}
-
-TEST_F(TransTableTest, AStoreWithoutAMoveKeepsTheOldOne) {
-    store(1, 4, 10, LowerBound, 0x456);
-    nextSearch();
-    store(1, 8, 20, UpperBound, NoMove);
-    EXPECT_EQ(at(1).move(), 0x456u);
-    EXPECT_EQ(at(1).depth(), 8);
+    for (const int sign : {1, -1}) {
+        store(1, 4, sign * 32501);
+        EXPECT_FALSE(holds(1));
+        store(2, 4, sign * 32500);
+        EXPECT_EQ(at(2).score(), sign * 32500);
+        transTable.clear();
+    }
 }
 
 TEST_F(TransTableTest, DeeperResultsOfTheSameKindStand) {
@@ -80,18 +54,18 @@ TEST_F(TransTableTest, DeeperResultsOfTheSameKindStand) {
           Row{LowerBound, 50, LowerBound, 60, false}, Row{LowerBound, 50, UpperBound, 40, false},
           Row{UpperBound, 30, UpperBound, 40, true}, Row{UpperBound, 30, UpperBound, 20, false},
           Row{UpperBound, 30, LowerBound, 40, false}}) {
-        table.clear();
+        transTable.clear();
         store(1, 10, row.oldScore, row.oldFlags, 0x111);
         store(1, 8, row.newScore, row.newFlags, 0x222);
-        EXPECT_EQ(at(1).depth(), row.stands ? 10 : 8);
-        EXPECT_EQ(at(1).move(), 0x222u);  // the move is taken either way
+        EXPECT_EQ(at(1).depth(), row.stands ? 10 : 8) << row.oldFlags << " by " << row.newFlags;
+        EXPECT_EQ(at(1).move(), 0x222u) << "the move is taken either way";
     }
-    // In the next search nothing stands.
-    table.clear();
-    store(1, 10, 10, ExactBound);
+    // In the next search nothing stands but the move.
+    store(2, 10, 10, ExactBound, 0x111);
     nextSearch();
-    store(1, 2, 5, UpperBound);
-    EXPECT_EQ(at(1).depth(), 2);
+    store(2, 2, 5, UpperBound, NoMove);
+    EXPECT_EQ(at(2).depth(), 2);
+    EXPECT_EQ(at(2).move(), 0x111u);
 }
 
 TEST_F(TransTableTest, AnalysisKeepsDeeperExactEntriesOverSearches) {
@@ -109,32 +83,23 @@ TEST_F(TransTableTest, AnalysisKeepsDeeperExactEntriesOverSearches) {
 
 TEST_F(TransTableTest, TheOldAndShallowMakeRoom) {
     for (std::uint32_t check : {1u, 2u, 3u, 4u}) store(check, 20);
-    store(5, 6);  // no free slot: the first of equals goes
-    EXPECT_FALSE(holds(1));
-    EXPECT_TRUE(holds(5));
+    store(5, 6);
+    EXPECT_FALSE(holds(1)) << "without a free slot the first of equals goes";
     store(6, 30);
-    EXPECT_FALSE(holds(5));  // the shallowest
-    // A search of age weighs six half plies.
+    EXPECT_FALSE(holds(5)) << "the shallowest";
     nextSearch();
     store(2, 20);
-    store(3, 20);
+    store(3, 15);
     store(6, 20);
     store(7, 13);
-    EXPECT_FALSE(holds(4)) << "aged by one search: 6 - 20 against -20";
+    EXPECT_FALSE(holds(4)) << "a search of age weighs six half plies: 6 - 20 against -15";
     store(8, 20);
     EXPECT_FALSE(holds(7));
-}
-
-TEST_F(TransTableTest, NodeRankKeepsEntriesLonger) {
-    store(1, 10, 0, LowerBound, 1, 2);
-    store(2, 10, 0, LowerBound, 1, 1);
-    store(3, 10, 0, LowerBound, 1, 0);
-    store(4, 10, 0, LowerBound, 1, 2);
-    store(5, 10);
+    // Among equals off the principal variation goes first.
+    transTable.clear();
+    for (std::uint32_t check : {1u, 2u, 3u, 4u}) store(check, 20, 0, LowerBound, 1, check == 3 ? 1 : 2);
+    store(5, 20);
     EXPECT_FALSE(holds(3));
-    store(6, 12);
-    EXPECT_FALSE(holds(5));
-    EXPECT_TRUE(holds(2));
 }
 
 TEST_F(TransTableTest, AgeWrapsRound) {
@@ -142,41 +107,36 @@ TEST_F(TransTableTest, AgeWrapsRound) {
     store(1, 10);
     EXPECT_EQ(at(1).generation(), 255);
     nextSearch();
-    store(2, 10);
+    for (std::uint32_t check : {2u, 3u, 4u, 5u}) store(check, 10);
     EXPECT_EQ(at(2).generation(), 0);
-    store(3, 10);
-    store(4, 10);
-    store(5, 10);  // one search old loses to none, whatever the number says
-    EXPECT_FALSE(holds(1));
-    table.newSearch(lastRoot);
+    EXPECT_FALSE(holds(1)) << "one search old loses to none, whatever the number says";
+    transTable.newSearch(lastRoot);
     store(6, 40);
-    EXPECT_EQ(at(6).generation(), 0);  // the same root again ages nothing
+    EXPECT_EQ(at(6).generation(), 0) << "the same root again ages nothing";
 }
 
 TEST_F(TransTableTest, BusyMarksComeAndGo) {
-    table.markBusy(keyOf(1), true);
+    transTable.markBusy(keyOf(1), true);
     EXPECT_TRUE(at(1).busy());
     EXPECT_EQ(at(1).bound(), NoBound);
     EXPECT_EQ(at(1).depth(), -10);
     store(1, 8);
     EXPECT_TRUE(at(1).busy()) << "a store keeps the mark";
-    table.markBusy(keyOf(1), false);
+    transTable.markBusy(keyOf(1), false);
     EXPECT_FALSE(at(1).busy());
     EXPECT_EQ(at(1).depth(), 8);
     for (std::uint32_t check : {2u, 3u, 4u}) store(check, 20);
-    table.markBusy(keyOf(9), true);
+    transTable.markBusy(keyOf(9), true);
     EXPECT_FALSE(holds(1)) << "a placeholder takes the shallowest slot";
     store(10, 2);
     EXPECT_FALSE(holds(9)) << "and gives it up first";
 }
 
 TEST_F(TransTableTest, MateScoresCountFromTheNode) {
-    for (const int ply : {0, 7}) {
-        for (const int score : {31990, 31800, -31800, -31999, 31799, 0, -500}) {
-            const int stored = scoreToTable(score, ply);
-            EXPECT_EQ(std::abs(stored), std::abs(score) >= 31800 ? std::abs(score) + ply : std::abs(score));
-            EXPECT_EQ(scoreFromTable(stored, ply), score);
-        }
+    for (const int score : {31990, 31800, -31800, -31999, 31799, -31799, 0}) {
+        const int stored = std::abs(score) < 31800 ? score : score > 0 ? score + 7 : score - 7;
+        EXPECT_EQ(scoreToTable(score, 7), stored);
+        EXPECT_EQ(scoreFromTable(stored, 7), score);
     }
 }
 
@@ -188,29 +148,110 @@ TEST_F(TransTableTest, SizesAreThoseOfTheFile) {
     for (const Row& row :
          {Row{1, 16384, 786432}, Row{16, 262144, 12582912}, Row{64, 1048576, 50331648},
           Row{192, 4194304, 201326592}, Row{256, 4194304, 201326592}, Row{95, 2097152, 100663296}}) {
-        table.resize(row.megabytes);
-        EXPECT_EQ(table.bucketCount(), row.buckets);
-        EXPECT_EQ(table.byteSize(), row.bytes);
+        transTable.resize(row.megabytes);
+        EXPECT_EQ(transTable.bucketCount(), row.buckets);
+        EXPECT_EQ(transTable.byteSize(), row.bytes);
     }
-    EXPECT_FALSE(table.resize(95)) << "the same size only clears";
+    EXPECT_FALSE(transTable.resize(95)) << "the same size only clears";
 }
 
-TEST_F(TransTableTest, ClearingEmptiesAndStartsTheAgesAgain) {
-    for (int i = 0; i < 3; ++i) nextSearch();
-    for (std::uint32_t check : {1u, 2u, 3u, 4u}) store(check, 10);
-    table.markBusy(keyOf(4), true);
-    table.clear();
-    for (std::uint32_t check : {1u, 2u, 3u, 4u}) EXPECT_FALSE(holds(check));
-    store(4, 6);
-    EXPECT_EQ(at(4).generation(), 0);
-    EXPECT_FALSE(at(4).busy());
+TEST_F(TransTableTest, ClearingStartsTheAgesAgain) {
+    nextSearch();
+    EXPECT_EQ(transTable.occupancy(), 0);
+    for (Key bucket = 0; bucket < 500; ++bucket) transTable.store(keyOf(5, bucket), 4, 0, LowerBound, 1, 0);
+    EXPECT_EQ(transTable.occupancy(), 500);
+    nextSearch();
+    EXPECT_EQ(transTable.occupancy(), 0) << "only this search counts";
+    transTable.markBusy(keyOf(5), true);
+    transTable.clear();
+    EXPECT_FALSE(holds(5));
+    store(5, 6);
+    EXPECT_EQ(at(5).generation(), 0);
+    EXPECT_FALSE(at(5).busy());
 }
 
-TEST_F(TransTableTest, OccupancyCountsThisSearch) {
-    nextSearch();
-    EXPECT_EQ(table.occupancy(), 0);
-    for (Key bucket = 0; bucket < 500; ++bucket) table.store(Key(5) << 32 | bucket, 4, 0, LowerBound, 1, 0);
-    EXPECT_EQ(table.occupancy(), 500);
-    nextSearch();
-    EXPECT_EQ(table.occupancy(), 0);
+// ---- The file ----
+
+class HashFile : public TransTableTest {
+   protected:
+    static std::string save(const std::string& to) {
+        ::testing::internal::CaptureStdout();
+        transTable.saveToFile(to.c_str());
+        return ::testing::internal::GetCapturedStdout();
+    }
+    static std::string load(const std::string& from) {
+        ::testing::internal::CaptureStdout();
+        transTable.loadFromFile(from.c_str());
+        return ::testing::internal::GetCapturedStdout();
+    }
+    // Fills all slots of the buckets in a search of age 1.
+    static void fill(std::initializer_list<Key> buckets) {
+        transTable.clear();
+        nextSearch();
+        for (const Key bucket : buckets)
+            for (std::uint32_t check = 1; check <= 4; ++check)
+                transTable.store(keyOf(check, bucket), 12, 34, ExactBound, 0x321, 2);
+    }
+    static void expectAge(Key bucket, int age) {
+        for (std::uint32_t check = 1; check <= 4; ++check)
+            EXPECT_EQ(at(check, bucket).generation(), age) << bucket << ' ' << check;
+    }
+
+    const TemporaryFolder folder;
+    const std::string path = folder.file("hash").string();
+};
+
+TEST_F(HashFile, IsTheImageOfTheBuckets) {
+    constexpr std::size_t BucketBytes = 48, EntryBytes = 12;
+    const Key key = 0x0a0b0c0d00000000ULL | 5;
+    fill({5});
+    fill({});
+    transTable.store(key, -2, -3, TerminalFlags, 0x1234, 6);
+    transTable.markBusy(key, true);
+    EXPECT_EQ(save(path), "info string Saving Hash\ninfo string Hash Saved\n");
+    std::ifstream file(path, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    ASSERT_EQ(bytes.size(), 786432u);
+    // Key check, score, move, depth, rank with busy mark over flags, generation; the lowest byte first.
+    const std::string entry("\x0d\x0c\x0b\x0a\xfd\xff\x34\x12\xfe\xff\xe7\x01", EntryBytes);
+    EXPECT_EQ(bytes.substr(5 * BucketBytes, EntryBytes), entry);
+    EXPECT_EQ(std::count(bytes.begin(), bytes.end(), '\0'), 786432 - 12);
+}
+
+// Of 16,384 buckets a quarter forgets its ages: the first 16,384 entries are those of the first 4,096.
+TEST_F(HashFile, LoadsBackWithAQuarterOfTheAgesForgotten) {
+    fill({0, 4095, 4096, 16383});
+    save(path);
+    transTable.clear();
+    EXPECT_EQ(load(path), "info string Loading Hash from " + path + "\ninfo string Hash Loaded\n");
+    expectAge(0, 0);
+    expectAge(4095, 0);
+    expectAge(4096, 1);
+    expectAge(16383, 1);
+    store(9, 4);
+    EXPECT_EQ(at(9).generation(), 0) << "the table itself is new again";
+}
+
+TEST_F(HashFile, FailedLoadsKeepTheTableButForgetTheAges) {
+    const std::string missing = "info string no such file " + path + "\n";
+    const std::string mismatch =
+        "info string Loading Hash from " + path + "\ninfo string File size does not match Hash size\n";
+    for (const std::uintmax_t size : {0u, 786431u, 786433u, 1572864u}) {  // 0: there is no file
+        std::filesystem::remove(path);
+        if (size) {
+            folder.write("hash", "x");
+            std::filesystem::resize_file(path, size);
+        }
+        fill({7, 9000});
+        EXPECT_EQ(load(path), size ? mismatch : missing) << size;
+        expectAge(7, 0);
+        expectAge(9000, 1);
+    }
+}
+
+TEST_F(HashFile, SaysWhatCannotBeWritten) {
+    const std::string nowhere = path + "-missing/file";
+    EXPECT_EQ(save(nowhere), "info string failed to open " + nowhere + "\n");
+    // A disk that is full.
+    EXPECT_EQ(save("/dev/full"), "info string Saving Hash\ninfo string error writing file /dev/full\n");
 }
