@@ -57,7 +57,11 @@ TEST_F(NodeSearch, MateAndStalemateAreFinal) {
             EXPECT_TRUE(data.terminal());
             EXPECT_EQ(data.score(), stored) << "as a distance from the node";
         }
+        EXPECT_EQ(full(pos, 4, 0), stored);
     }
+    const Position pos = rootOf(Middlegame);
+    transTable.store(pos.key, 2, 77, TerminalFlags, NoMove, 0);
+    EXPECT_EQ(full(pos, 40), 77) << "an entry of such a position ends any node";
 }
 
 TEST_F(NodeSearch, AnExcludedMoveIsNotPlayed) {
@@ -195,8 +199,9 @@ TEST_F(NodeSearch, AWorkerPutsOffWhatOthersSearch) {
         }
         searcher.nodes = 0;
         searchFullWindow(pos, -32001, 32001, 2, 1, line, false);
-        const bool takesMarksAway = threadCount > 2 && !treeSearchActive;
-        for (const Position& child : children) EXPECT_FALSE(takesMarksAway && isStored(child) && data.busy());
+        const bool sharesOut = threadCount > 2 && !treeSearchActive;  // and takes the marks away
+        for (const Position& child : children)
+            EXPECT_EQ(isStored(child) && data.busy(), marked && !sharesOut);
         return std::uint64_t(searcher.nodes);
     };
     usePool(3);

@@ -119,12 +119,12 @@ TEST_F(Pool, WorkersKeepTheirHistoryFromSearchToSearch) {
 TEST_F(Pool, AWorkerTakesTheDepthOfThreadZero) {
     makePool(2);
     publish("");
-    ThreadPool::searchDepthNow = 3;
+    ThreadPool::searchDepthNow = 7;
     ThreadPool::wakeWorkers();
     SearchThread& worker = record(1);
-    while (worker.iterationDepth != 3) std::this_thread::yield();
-    ThreadPool::searchDepthNow = 7;
     while (worker.iterationDepth != 7) std::this_thread::yield();
+    ThreadPool::searchDepthNow = 3;
+    while (worker.iterationDepth != 3) std::this_thread::yield();
     ThreadPool::finishSearch();
     expectIdle();
 }
