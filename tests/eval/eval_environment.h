@@ -15,6 +15,13 @@
 #include <random>
 #include <string>
 
+// Exchanges the colours of all letters.
+inline std::string colourSwapped(std::string men) {
+    for (char& man : men)
+        if (man & 64) man = char(man ^ 32);
+    return men;
+}
+
 // Both kings and these men on squares drawn at random, as the first field of a FEN. B and b stand on light
 // squares; C and c are bishops on dark ones. Kings among the letters don't count.
 inline std::string placedAtRandom(const std::string& letters, std::mt19937& random) {
@@ -37,12 +44,11 @@ inline std::string placedAtRandom(const std::string& letters, std::mt19937& rand
 class EvalTest : public ::testing::Test {
    protected:
     EvalTest() {
-        static const bool started = [] {
+        [[maybe_unused]] static const bool started = [] {
             initKingPawnBitbase();
             initMaterialTable();
             return true;
         }();
-        (void)started;
         settings.threads = 1;
         contemptPair[White] = contemptPair[Black] = Score{};
         contemptValue[White] = contemptValue[Black] = 0;
@@ -50,15 +56,8 @@ class EvalTest : public ::testing::Test {
         kingSafetyJitter = 0;
         treeSearchActive = false;
         initEvalParameters();
-        prefetchBases.evalMask = Entries - 1;
-        prefetchBases.pawnMask = Entries - 1;
-        forgetCaches();
-    }
-
-    static void forgetCaches() {
-        std::memset(static_cast<void*>(caches.eval), 0, sizeof caches.eval);
-        std::memset(static_cast<void*>(caches.pawn), 0, sizeof caches.pawn);
-        std::memset(static_cast<void*>(caches.mat), 0, sizeof caches.mat);
+        prefetchBases.evalMask = prefetchBases.pawnMask = Entries - 1;
+        std::memset(static_cast<void*>(&caches), 0, sizeof caches);
     }
 
     // A root with the test's caches.
@@ -72,20 +71,15 @@ class EvalTest : public ::testing::Test {
         pos.psqBlend = 0;
         return pos;
     }
-    static int scoreOf(Position pos) { return evaluate(pos, -OpenEvalBound, OpenEvalBound); }
-    static int scoreOf(const std::string& fen) {
-        forgetCaches();
-        return scoreOf(rootOf(fen));
-    }
-    // Material in blended units, and its scale.
-    static int materialOf(const std::string& fen, float* scale = nullptr) {
-        forgetCaches();
-        float found = 0;
-        const int material = evaluateMaterial(rootOf(fen), found);
-        if (scale) *scale = found;
-        return material;
+    static EvalCacheEntry& cacheEntryOf(const Position& pos) { return caches.eval[pos.key & (Entries - 1)]; }
+    // As if the position were met for the first time: another one's score is in its place. Its pawns and its
+    // material may be known.
+    static int freshScore(Position& pos, int alpha = -OpenEvalBound, int beta = OpenEvalBound) {
+        cacheEntryOf(pos) = {pos.key + Entries, 7};
+        return evaluate(pos, alpha, beta);
     }
 
+   private:
     static constexpr std::size_t Entries = 1024;
     struct Caches {
         EvalCacheEntry eval[Entries];
@@ -93,7 +87,5 @@ class EvalTest : public ::testing::Test {
         MatCacheEntry mat[MatCacheEntries];
     };
     static inline Caches caches;
-
-   private:
     SettingsGuard settingsGuard;
 };

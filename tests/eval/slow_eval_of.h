@@ -11,15 +11,15 @@
 
 inline slow::EvalBoard slowEvalBoardOf(const Position& pos) {
     slow::EvalBoard board;
-    for (std::size_t square = 0; square < 64; ++square)
+    for (int square = 0; square < 64; ++square) {
         board.man[square] = ".PNBRQK..pnbrqk"[pos.board[square]];
-    board.whiteToMove = pos.sideToMove() == White;
-    board.castlesShort = {!(pos.castleLost & 1), !(pos.castleLost & 4)};
-    board.halfmoveClock = pos.halfmoveClock;
-    for (const char man : board.man) {
-        const char type = char(man & ~32);
+        const char type = board.typeOn(square);
         board.phase += type == 'N' ? 3 : type == 'B' ? 4 : type == 'R' ? 8 : type == 'Q' ? 18 : 0;
     }
+    board.whiteToMove = pos.sideToMove() == White;
+    board.castlesShort[White] = !(pos.castleLost & 1);
+    board.castlesShort[Black] = !(pos.castleLost & 4);
+    board.halfmoveClock = pos.halfmoveClock;
     return board;
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <initializer_list>
 
 namespace slow {
 
@@ -33,7 +34,7 @@ static constexpr int KingEg[8][4] = {
 static constexpr int RookEgByRank[8] = {0, 2, 2, 1, 0, 0, 0, 0};  // from the eighth rank down
 // clang-format on
 
-static Pair whitePawnValue(int file, int rank) {
+static Pair pawnValue(int file, int rank) {
     constexpr int RankBonus[8] = {0, -1, 0, 2, 4, 6, 6, 0};
     constexpr int FileMg[4] = {-14, -4, 3, 8}, FileEg[4] = {0, -1, -3, -5};
     constexpr int RankWeight[4] = {-4, 0, 4, 8};
@@ -42,11 +43,11 @@ static Pair whitePawnValue(int file, int rank) {
     return {8 * (FileMg[column] + bonus) + RankWeight[column] * bonus, 7 * (FileEg[column] + bonus) / 2};
 }
 
-// `type` is a capital, file and rank count from a1 as White sees it.
-static Pair whiteManValue(char type, int file, int rank) {
+// `type` is a capital, the rank the one that the man's side sees.
+static Pair manValue(char type, int file, int rank) {
     const int column = std::min(file, 7 - file), row = 7 - rank;
     switch (type) {
-        case 'P': return whitePawnValue(file, rank);
+        case 'P': return pawnValue(file, rank);
         case 'N': {
             // In the endgame the far corners are less of a grave than in the middlegame.
             const bool farCorner = row == 0 && column == 0;
@@ -60,24 +61,15 @@ static Pair whiteManValue(char type, int file, int rank) {
     }
 }
 
-// White's view: a black man has the negated value of a white one on the mirrored square.
-Pair pieceSquareValue(char man, int square) {
-    const int file = square % 8, rank = square / 8;
-    if (man >= 'a' && man <= 'z') return Pair{} - whiteManValue(char(man - 'a' + 'A'), file, 7 - rank);
-    return whiteManValue(man, file, rank);
+static void judgePlaces(Army& us, Army&) {
+    for (const int square : us.men)
+        us.add("pieceSquares", manValue(us.board.typeOn(square), fileOf(square), us.rank(square)));
 }
 
-static void judgePlaces(const EvalBoard& board, Sheet& sheet) {
-    for (int square = 0; square < 64; ++square) {
-        const char man = board.man[std::size_t(square)];
-        if (man == '.') continue;
-        const Pair value = pieceSquareValue(man, square);
-        if (man >= 'a') {
-            sheet.add("pieceSquares", Black, Pair{} - value);
-        } else {
-            sheet.add("pieceSquares", White, value);
-        }
-    }
+// White's value alone, whichever side searches; this is intended.
+static void judgeClosed(const Army& white, const Army& black, const Given& given) {
+    if (given.contemptOption > 0 && countOf(white.pawns | black.pawns) >= 15)
+        white.add("closedContempt", {-given.contemptValue, 0});
 }
 
 // Nearest whole quotient, halves away from 0.
@@ -86,63 +78,68 @@ static int rounded(int value, int divisor) {
 }
 
 // A bishop that can't drive the king from the corner where its rook's pawns promote is worth next to nothing.
-// Tenths, White's view.
-static int limitWrongBishop(const EvalBoard& board, int value) {
-    const int colour = value > 0 ? White : Black;
-    const Squares bishops = menOf(board, colour, "B");
-    if (bishops.empty() || !menOf(board, colour, "N").empty()) return value;
-    const int bishop = *bishops.begin();  // the lowest alone; others are not looked at
-    const bool dark = (bishop / 8 + bishop % 8) % 2 == 0;
-    const int pawnFile = dark == (colour == White) ? 0 : 7;  // whose promotion square it doesn't reach
-    for (const int pawn : menOf(board, colour, "P")) {
-        if (pawn % 8 != pawnFile) return value;
-    }
-    const int king = kingOf(board, 1 - colour);
-    const bool inCorner = relativeRank(king, colour) >= 6 && std::abs(king % 8 - pawnFile) <= 1;
-    if (!inCorner) return value;
-    return colour == White ? 30 : -30;
+// Tenths, White's view, more than 30 for the side whose bishop it is.
+static int limitWrongBishop(const Army& us, const Army& them, int value) {
+    if (us.bishops.empty() || !us.knights.empty()) return value;
+    const int bishop = *us.bishops.begin();  // the lowest alone; others are not looked at
+    const int pawnFile = isLight(bishop) == (us.colour == White) ? 7 : 0;  // where it doesn't help
+    const auto isElsewhere = [&](int pawn) { return fileOf(pawn) != pawnFile; };
+    const bool inCorner = us.rank(them.king) >= 6 && std::abs(fileOf(them.king) - pawnFile) <= 1;
+    if (!inCorner || !us.pawns.where(isElsewhere).empty()) return value;
+    return us.colour == White ? 30 : -30;
 }
 
-static int pawnSpanValue(int span) { return span <= 5 ? 2 * (span * span - 16) : 2 * (9 * span - 36); }
+static int spanValue(const Army& us) {
+    const int span = us.pawnSpan();
+    return span <= 5 ? 2 * (span * span - 16) : 2 * (9 * span - 36);
+}
+
+// Files without a pawn of the colour on which the other side's, if any, are still at home. A file without any
+// pawn counts for both sides.
+static int nearlyOpenFiles(const Army& us, const Army& them) {
+    const Squares advanced = them.pawns.where([&](int pawn) { return them.rank(pawn) != 1; });
+    int open = 0;
+    for (int file = 0; file < 8; ++file) open += !(us.pawns | advanced).holdsFile(file);
+    return open;
+}
 
 // Blended units, White's view: positional sum and material together. Writes psqBlend.
-static int assemble(const EvalBoard& board, const Given& given, const PawnFacts& facts,
-                    Judgement& judgement) {
+static int assemble(const Army& white, const Army& black, const Given& given, Judgement& judgement) {
     constexpr float RamScale[9] = {1.0f, 1.0f, 0.95f, 0.9f, 0.8f, 0.7f, 0.6f, 0.5f, 0.4f};
-    const int phase = std::min(board.phase, 96);
+    const int phase = std::min(white.board.phase, 96);
     const Pair pieces = judgement.pieces.sum(White) - judgement.pieces.sum(Black);
     const Pair scaled = {pieces.mg * given.dynamismMg / 128, pieces.eg * given.dynamismEg / 128};
-    Pair total = judgement.pawns.sum(White) - judgement.pawns.sum(Black);
-    total += given.contempt + scaled;
-    if (phase < 18) total.eg += pawnSpanValue(facts.span[White]) - pawnSpanValue(facts.span[Black]);
-    int blend = total.eg * (96 - phase) + total.mg * phase;
-    judgement.psqBlend = blend;
-    float scale = given.scale;
-    const bool queens = !menOf(board, White, "Q").empty() || !menOf(board, Black, "Q").empty();
-    const bool passers = !facts.passed[White].empty() || !facts.passed[Black].empty();
-    if (!queens && !passers) scale = float(double(scale) * 0.9);  // formed in double, kept in single
-    blend = int(float(blend) * scale);
-    if (facts.fewOpenFiles) blend = int(double(blend) * 0.9);
-    return int(float(blend + given.material) * RamScale[std::min(facts.rams, 8)]);
+    Pair total = judgement.pawns.sum(White) - judgement.pawns.sum(Black) + given.contempt + scaled;
+    if (phase < 18) total.eg += spanValue(white) - spanValue(black);
+    judgement.psqBlend = total.eg * (96 - phase) + total.mg * phase;
+    const bool eventful = !(white.queens | black.queens | white.passed | black.passed).empty();
+    // Formed in double, kept in single.
+    const float scale = eventful ? given.scale : float(double(given.scale) * 0.9);
+    int blend = int(float(judgement.psqBlend) * scale);
+    if (nearlyOpenFiles(white, black) + nearlyOpenFiles(black, white) < 2) blend = int(double(blend) * 0.9);
+    const auto isRammed = [&](int pawn) { return black.pawns.contains(white.ahead(pawn)); };
+    const int rams = countOf(white.pawns.where(isRammed));
+    return int(float(blend + given.material) * RamScale[std::min(rams, 8)]);
+}
+
+static int levelCut(const Given& given, int value) {
+    return std::abs(given.material) < 19200 ? value * 88 / 100 : value;
 }
 
 // From tenths in White's view to the score for the side to move that would be remembered.
-static int finish(const EvalBoard& board, const Given& given, const PawnFacts& facts, int value) {
+static int finish(const Army& white, const Army& black, const Given& given, int value) {
     constexpr int SpanPull[9] = {12, 10, 8, 6, 4, 2, 0, -2, -4};
-    const int phase = std::min(board.phase, 96), sign = board.whiteToMove ? 1 : -1;
-    if (phase >= 4 && phase <= 8 && std::abs(value) > 30) value = limitWrongBishop(board, value);
+    const int phase = std::min(white.board.phase, 96), sign = white.board.whiteToMove ? 1 : -1;
+    if (phase >= 4 && phase <= 8 && value > 30) value = limitWrongBishop(white, black, value);
+    if (phase >= 4 && phase <= 8 && value < -30) value = limitWrongBishop(black, white, value);
     const int tempo = (2496 + 91 * phase + 48) / 96;
     value = rounded(sign * value + tempo, 10);
     if (given.noise > 0) value += int(given.noiseWord % unsigned(given.noise)) - given.noise / 2;
     value *= sign;
     // White's view again: in endgames a wide pawn front helps the side that is ahead, a narrow one doesn't.
-    if (value != 0) {
-        const int span = facts.span[value > 0 ? White : Black];
-        const int pulled = std::clamp(value, -150, 150);
-        value -= pulled * (96 - phase) * SpanPull[span] / 12288;
-    }
-    value *= sign;
-    return std::abs(given.material) < 19200 ? value * 88 / 100 : value;
+    const int pull = SpanPull[(value > 0 ? white : black).pawnSpan()];
+    value -= std::clamp(value, -150, 150) * (96 - phase) * pull / 12288;
+    return levelCut(given, sign * value);
 }
 
 // Scores shrink towards 0 when no progress is made.
@@ -151,26 +148,39 @@ static int shrink(const EvalBoard& board, const Given& given, int value) {
     return int(std::int64_t(101 - board.halfmoveClock) * value / (100 - given.progressThreshold));
 }
 
+// From blended units in White's view.
+static int forMover(const EvalBoard& board, int value) {
+    return rounded(board.whiteToMove ? value : -value, 960);
+}
+
+int estimate(const EvalBoard& board, const Given& given, int psqBlend) {
+    const int blend = int(given.scale * float(psqBlend)) + given.material;
+    return shrink(board, given, levelCut(given, forMover(board, blend)));
+}
+
 Judgement judge(const EvalBoard& board, const Given& given) {
     Judgement judgement;
     const int phase = std::min(board.phase, 96);
     if (given.scale == 0) {
         const int value = given.contempt.mg * phase + given.contempt.eg * (96 - phase) + given.material;
-        judgement.shortPath = true;
-        judgement.score = shrink(board, given, rounded(board.whiteToMove ? value : -value, 960));
+        judgement.score = shrink(board, given, forMover(board, value));
         return judgement;
     }
-    const PawnFacts facts = judgePawns(board, judgement.pawns);
-    judgePlaces(board, judgement.pieces);
-    const AttackSets sets = judgePieces(board, facts, judgement.pieces);
-    judgePassedPawns(board, facts, sets, judgement.pieces);
-    // White's value alone, whichever side searches; this is intended.
-    const std::size_t pawns = menOf(board, White, "P").size() + menOf(board, Black, "P").size();
-    if (given.contemptOption > 0 && pawns >= 15) {
-        judgement.pieces.add("closedContempt", White, {-given.contemptValue, 0});
-    }
-    const int tenths = rounded(assemble(board, given, facts, judgement), 96);
-    judgement.score = shrink(board, given, finish(board, given, facts, tenths));
+    Army white(board, White), black(board, Black);
+    const auto run = [&](Sheet& sheet, std::initializer_list<void (*)(Army&, Army&)> stages) {
+        white.sheet = black.sheet = &sheet;
+        for (const auto stage : stages) {
+            stage(white, black);
+            stage(black, white);
+        }
+    };
+    run(judgement.pawns, {judgePawns});
+    run(judgement.pieces,
+        {judgePlaces, judgeLesserPieces, judgeQueens, judgeQueenOnlyDefence, judgeWing, countUnits,
+         judgeKingSafety, judgeThreats, judgeOutposts, judgeRelations, judgePassers});
+    judgeClosed(white, black, given);
+    const int tenths = rounded(assemble(white, black, given, judgement), 96);
+    judgement.score = shrink(board, given, finish(white, black, given, tenths));
     return judgement;
 }
 

@@ -1,5 +1,5 @@
-// Preparation, the loops over the pieces and the wing term of the slow evaluation.
-#include "support/slow_pieces.h"
+// The loops over the pieces and the wing term of the slow evaluation.
+#include "support/slow_eval.h"
 
 #include <algorithm>
 
@@ -15,266 +15,165 @@ constexpr Pair BishopMobility[] = {
 constexpr Pair RookMobility[] = {
     {-172, -340}, {-130, -208}, {-96, -130}, {-65, -75}, {-39, -32}, {-15, 2}, {7, 32}, {26, 57}, {44, 80},
     {61, 100}, {77, 118}, {91, 135}, {105, 150}, {118, 164}, {130, 177}};
-constexpr Pair QueenMobility[] = {
-    {-463, -463}, {-388, -388}, {-324, -324}, {-269, -269}, {-221, -221}, {-178, -178}, {-139, -139},
-    {-103, -103}, {-70, -70}, {-39, -39}, {-12, -12}, {14, 14}, {38, 38}, {63, 63}, {85, 85}, {106, 106},
-    {126, 126}, {144, 144}, {163, 163}, {180, 180}, {197, 197}, {213, 213}, {228, 228}, {243, 243},
-    {258, 258}, {271, 271}, {285, 285}, {299, 299}};
+constexpr int QueenMobility[] = {
+    -463, -388, -324, -269, -221, -178, -139, -103, -70, -39, -12, 14, 38, 63, 85, 106, 126, 144, 163, 180,
+    197, 213, 228, 243, 258, 271, 285, 299};
 constexpr Pair BishopPawnMobility[] = {
     {-171, -194}, {-139, -157}, {-112, -127}, {-89, -101}, {-68, -77}, {-49, -56}, {-32, -36}, {-15, -17},
     {0, 0}, {15, 17}, {29, 32}, {42, 48}, {55, 62}, {67, 76}, {79, 90}, {91, 103}};
-constexpr Pair KnightKingDistance[] = {
-    {0, 0}, {40, 16}, {15, 6}, {0, 0}, {-10, -4}, {-15, -6}, {-20, -8}, {-25, -10}};
-constexpr Pair BishopKingDistance[] = {
-    {0, 0}, {24, 0}, {9, 0}, {0, 0}, {-6, 0}, {-9, 0}, {-12, 0}, {-15, 0}};
-constexpr Pair KnightPawnSpan[] = {
-    {0, 30}, {0, 30}, {0, 30}, {0, 30}, {0, 20}, {0, 10}, {0, 0}, {0, -10}, {0, -20}};
 // clang-format on
-constexpr Pair OpenFile{20, 20};
+// What is near the own king is worth more, by the distance in steps.
+constexpr int KingDistance[] = {0, 8, 3, 0, -2, -3, -4, -5};
 
-static Squares kingZoneOf(int king) {
-    const int file = std::clamp(king % 8, 1, 6), rank = std::clamp(king / 8, 1, 6);
-    Squares zone;
-    for (int square = 0; square < 64; ++square) {
-        const int steps = distance(square, rank * 8 + file);
-        if (steps == 1 || (steps == 0 && square != king)) zone.insert(square);
-    }
-    return zone;
+// Own pawns that are defended or have hardly moved, and the king.
+static Squares settledMen(const Army& us) {
+    const auto isAtHome = [&](int pawn) { return us.rank(pawn) == 1 || us.rank(pawn) == 2; };
+    return (us.pawns & us.byPawns) | us.pawns.where(isAtHome) | Squares{us.king};
 }
 
-static Squares pinnedFor(const EvalBoard& board, int colour, const Squares& occupied) {
-    const int king = kingOf(board, colour), enemy = enemyOf(colour);
-    Squares pinned;
-    for (const char line : {'B', 'R'}) {
-        const Squares pinners = menOf(board, enemy, std::string{line, 'Q'});
-        for (const int pinner : common(attacksFrom(line, king, colour, {}), pinners)) {
-            const Squares shields = common(between(king, pinner), occupied);
-            if (shields.size() == 1) pinned.insert(*shields.begin());
-        }
-    }
-    return pinned;
+static Pair openFilesValue(const Army& us, const Army& them) {
+    int open = 0;
+    for (int file = 0; file < 8; ++file) open += !(us.pawns | them.pawns).holdsFile(file);
+    return open * Pair{20, 20};
 }
 
-// Own pawns that are defended or have hardly moved.
-static Squares settledPawns(const PieceMaps& maps, int us) {
-    return filtered(maps.pawns[at(us)], [&](int square) {
-        const int rank = relativeRank(square, us);
-        return has(maps.byPawns[at(us)], square) || rank == 1 || rank == 2;
-    });
+// What a piece attacks, through the friends that a slider works with. It brings units if that meets the zone
+// of the other king, whose middle is never on the edge.
+static Squares reachOf(Army& us, const Army& them, char type, int square, int units) {
+    const Squares friends = type == 'B' ? us.queens : type == 'R' ? us.queens | us.rooks : Squares{};
+    const Squares attacked = attacksFrom(type, square, us.everyone - friends);
+    const int centre = std::clamp(them.king / 8, 1, 6) * 8 + std::clamp(fileOf(them.king), 1, 6);
+    Squares zone = attacksFrom('K', centre, {}) | Squares{centre};
+    if (centre == them.king) zone.erase(centre);
+    if (meet(attacked, zone)) us.units += units;
+    return attacked;
 }
 
-static PieceMaps prepare(const EvalBoard& board) {
-    PieceMaps maps;
-    for (const int us : BothColours) {
-        maps.king[at(us)] = kingOf(board, us);
-        maps.men[at(us)] = menOf(board, us, "PNBRQK");
-        maps.pawns[at(us)] = menOf(board, us, "P");
-    }
-    maps.occupied = joined(maps.men[White], maps.men[Black]);
-    for (const int us : BothColours) {
-        maps.byPawns[at(us)] = attacksOf(board, us, 'P', maps.occupied);
-        maps.byKnights[at(us)] = attacksOf(board, us, 'N', maps.occupied);
-        maps.byKing[at(us)] = attacksFrom('K', maps.king[at(us)], us, maps.occupied);
-        maps.pinned[at(us)] = pinnedFor(board, us, maps.occupied);
-        maps.kingZone[at(us)] = kingZoneOf(maps.king[at(us)]);
-    }
-    for (const int us : BothColours) {
-        const std::size_t them = at(enemyOf(us));
-        maps.avoid[at(us)] = joined(settledPawns(maps, us), without(maps.byPawns[them], maps.men[them]));
-        maps.avoid[at(us)].insert(maps.king[at(us)]);
-    }
-    return maps;
+// The squares that count for a slider's mobility: a pinned one has those towards its king.
+static int mobility(const Army& us, int square, const Squares& reach) {
+    return countOf(us.pinned.contains(square) ? reach & between(us.king, square) : reach);
 }
 
-// Only the king's wing is tested.
-static void judgeShutInRook(const EvalBoard& board, int us, Sheet& sheet) {
-    const auto isOn = [&](char type, int file, int rank) {
-        return board.man[at(us == White ? rank * 8 + file : (7 - rank) * 8 + file)] == letter(type, us);
-    };
-    const bool kingThere = isOn('K', 5, 0) || isOn('K', 6, 0);
-    const bool rookThere = isOn('R', 6, 0) || isOn('R', 7, 0) || isOn('R', 6, 1) || isOn('R', 7, 1);
-    if (kingThere && rookThere) sheet.add("shutInRook", us, {-282, -101});
-}
-
-static void judgeKnights(const EvalBoard& board, const PawnFacts& facts, PieceMaps& maps, int us,
-                         Sheet& sheet) {
-    const std::size_t them = at(enemyOf(us));
-    for (const int square : menOf(board, us, "N")) {
-        const Squares attacked = attacksFrom('N', square, us, maps.occupied);
-        const Squares reach = without(attacked, maps.avoid[at(us)]);
-        int count = countOf(reach);
-        for (const int target : reach) {
-            if (relativeRank(target, us) > relativeRank(square, us)) ++count;
-        }
-        if (has(maps.pinned[at(us)], square)) count = 0;
-        sheet.add("knightPawnSpan", us, entry(KnightPawnSpan, facts.span[them]));
-        sheet.add("knightKingDistance", us, entry(KnightKingDistance, distance(square, maps.king[at(us)])));
-        sheet.add("knightMobility", us, entry(KnightMobility, count));
-        if (meet(attacked, maps.kingZone[them])) maps.units[at(us)] += 2;
+static void judgeKnights(Army& us, const Army& them, const Squares& avoid) {
+    for (const int square : us.knights) {
+        const Squares reach = reachOf(us, them, 'N', square, 2) - avoid;
+        const auto isForward = [&](int target) { return us.rank(target) > us.rank(square); };
+        const int count = countOf(reach) + countOf(reach.where(isForward));
+        us.add("knightPawnSpan", {0, 10 * std::min(3, 6 - them.pawnSpan())});
+        us.add("knightKingDistance", KingDistance[distance(square, us.king)] * Pair{5, 2});
+        us.add("knightMobility", KnightMobility[us.pinned.contains(square) ? 0 : count]);
     }
 }
 
-// Targets on the lines of a slider with one man in front of them score by that man.
-static void judgeLinePressure(const EvalBoard& board, const PieceMaps& maps, int us, int square, char line,
-                              Sheet& sheet) {
-    const Squares targets = menOf(board, enemyOf(us), line == 'B' ? "RQ" : "Q");
-    for (const int target : common(attacksFrom(line, square, us, {}), targets)) {
-        const Squares shields = common(between(square, target), maps.occupied);
+// A target on the line of a slider with one man in front of it scores by that man: own ones in capitals.
+static void judgeLinePressure(const Army& us, const Army& them, int square, char line) {
+    static const std::map<char, int> bishopValues = {{'N', 90},  {'R', 60},  {'Q', 60}, {'p', 10},
+                                                     {'n', 120}, {'r', 225}, {'q', 225}};
+    static const std::map<char, int> rookValues = {{'N', 100}, {'B', 100}, {'p', 10}, {'n', 100}, {'b', 100}};
+    const std::map<char, int>& values = line == 'B' ? bishopValues : rookValues;
+    const Squares targets = line == 'B' ? them.queens | them.rooks : them.queens;
+    for (const int target : attacksFrom(line, square, {}) & targets) {
+        const Squares shields = between(square, target) & us.everyone;
         if (shields.size() != 1) continue;
-        const char type = typeOn(board, *shields.begin());
-        const bool own = has(maps.men[at(us)], *shields.begin());
-        int value = 0;
-        if (line == 'B') {
-            if (type == 'P') value = own ? 0 : 10;
-            if (type == 'N') value = own ? 90 : 120;
-            if (type == 'R' || type == 'Q') value = own ? 60 : 225;
-        } else {
-            if (type == 'P') value = own ? 0 : 10;
-            if (type == 'N' || type == 'B') value = 100;
-        }
-        sheet.add(line == 'B' ? "bishopLinePressure" : "rookLinePressure", us, {value, value});
+        const int shield = *shields.begin();
+        const char type = us.board.typeOn(shield);
+        const auto value = values.find(us.men.contains(shield) ? type : char(type | 32));
+        if (value == values.end()) continue;
+        us.add(line == 'B' ? "bishopLinePressure" : "rookLinePressure", value->second * Pair{1, 1});
     }
 }
 
-// What a pinned slider may still reach: the squares towards its king.
-static Squares heldByPin(const Squares& reach, const PieceMaps& maps, int us, int square) {
-    if (!has(maps.pinned[at(us)], square)) return reach;
-    return common(reach, between(maps.king[at(us)], square));
-}
-
-static void judgeBishops(const EvalBoard& board, PieceMaps& maps, int us, Sheet& sheet) {
-    const int enemy = enemyOf(us);
-    const std::size_t them = at(enemy);
-    const Squares bishops = menOf(board, us, "B"), enemyKnights = menOf(board, enemy, "N");
-    const Squares allPawns = joined(maps.pawns[White], maps.pawns[Black]);
-    for (const int square : bishops) {
-        sheet.add("bishopKingDistance", us, entry(BishopKingDistance, distance(square, maps.king[at(us)])));
-        judgeLinePressure(board, maps, us, square, 'B', sheet);
-        const int pawnReach = countOf(attacksFrom('B', square, us, allPawns));
-        sheet.add("bishopPawnMobility", us, entry(BishopPawnMobility, pawnReach));
-        const Squares attacked = attacksFrom('B', square, us, without(maps.occupied, menOf(board, us, "Q")));
-        if (meet(attacked, maps.kingZone[them])) maps.units[at(us)] += 1;
-        const Squares reach = heldByPin(without(attacked, maps.avoid[at(us)]), maps, us, square);
-        sheet.add("bishopMobility", us, entry(BishopMobility, countOf(reach)));
-        const bool light = isLight(square);
-        const int same = countOf(ofShade(maps.pawns[at(us)], light));
-        sheet.add("sameColourPawns", us, same * Pair{-16, -16});
-        sheet.add("otherColourPawns", us, countOf(ofShade(maps.pawns[at(us)], !light)) * Pair{16, 16});
-        if (countOf(bishops) >= 2 && ofShade(menOf(board, enemy, "B"), light).empty()) {
-            sheet.add("sameColourPawnsUnopposed", us, same * Pair{-16, -16});
-        }
-        const auto dominated = [&](int knight) {
-            return has(enemyKnights, knight) && relativeRank(knight, us) >= 4;
+static void judgeBishops(Army& us, const Army& them, const Squares& avoid) {
+    for (const int square : us.bishops) {
+        const auto isSameShade = [&](int other) { return isLight(other) == isLight(square); };
+        const auto isDominated = [&](int knight) {
+            return them.knights.contains(knight) && us.rank(knight) >= 4;
         };
-        if (dominated(square + 24) || dominated(square - 24)) sheet.add("bishopFacesKnight", us, {20, 19});
-        maps.byBishops[at(us)] = joined(maps.byBishops[at(us)], attacked);
+        const Squares attacked = reachOf(us, them, 'B', square, 1);
+        const Squares sameShade = us.pawns.where(isSameShade);
+        const int pawnReach = countOf(attacksFrom('B', square, us.pawns | them.pawns));
+        us.add("bishopKingDistance", KingDistance[distance(square, us.king)] * Pair{3, 0});
+        judgeLinePressure(us, them, square, 'B');
+        us.add("bishopPawnMobility", BishopPawnMobility[pawnReach]);
+        us.add("bishopMobility", BishopMobility[mobility(us, square, attacked - avoid)]);
+        us.add("sameColourPawns", countOf(sameShade) * Pair{-16, -16});
+        us.add("otherColourPawns", countOf(us.pawns - sameShade) * Pair{16, 16});
+        if (us.bishops.size() >= 2 && them.bishops.where(isSameShade).empty())
+            us.add("sameColourPawnsUnopposed", countOf(sameShade) * Pair{-16, -16});
+        if (isDominated(square + 24) || isDominated(square - 24)) us.add("bishopFacesKnight", {20, 19});
+        us.byBishops |= attacked;
     }
 }
 
-static void judgeRookFile(const PieceMaps& maps, int us, int square, Sheet& sheet) {
-    const std::size_t them = at(enemyOf(us));
-    const auto onFile = [square](int other) { return fileOf(other) == fileOf(square); };
-    if (!filtered(maps.pawns[at(us)], onFile).empty()) return;
-    const Squares enemyPawns = filtered(maps.pawns[them], onFile);
-    if (enemyPawns.empty()) {
-        sheet.add("rookOpenFile", us, {185, 157});
-    } else if (!meet(enemyPawns, maps.byPawns[them])) {
-        sheet.add("rookHalfOpenFile", us, {112, 94});
-    } else {
-        sheet.add("rookDefendedFile", us, {20, 44});
+static void judgeRookFile(const Army& us, const Army& them, int file) {
+    if (us.pawns.holdsFile(file)) return;
+    if (!them.pawns.holdsFile(file))
+        us.add("rookOpenFile", {185, 157});
+    else if ((them.pawns & them.byPawns).holdsFile(file))
+        us.add("rookDefendedFile", {20, 44});
+    else
+        us.add("rookHalfOpenFile", {112, 94});
+}
+
+static void judgeRooks(Army& us, const Army& them, const Squares& avoid) {
+    const Squares knightFear = them.byKnights - them.men;
+    for (const int square : us.rooks) {
+        const Squares attacked = reachOf(us, them, 'R', square, 1);
+        us.add("openFiles", openFilesValue(us, them));
+        judgeLinePressure(us, them, square, 'R');
+        if (us.rank(square) == 6 && us.rank(them.king) == 7) us.add("rookOnSeventh", {64, 163});
+        if (fileOf(square) == fileOf(them.king) && !meet(between(square, them.king), us.pawns)) us.units += 2;
+        judgeRookFile(us, them, fileOf(square));
+        us.add("rookMobility", RookMobility[mobility(us, square, attacked - avoid - knightFear)]);
+        us.byRooks |= attacked;
     }
 }
 
-static void judgeRooks(const EvalBoard& board, const PawnFacts& facts, PieceMaps& maps, int us,
-                       Sheet& sheet) {
-    const std::size_t them = at(enemyOf(us));
-    const int enemyKing = maps.king[them];
-    const Squares knightFear = without(maps.byKnights[them], maps.men[them]);
-    for (const int square : menOf(board, us, "R")) {
-        sheet.add("openFiles", us, facts.openFiles * OpenFile);
-        judgeLinePressure(board, maps, us, square, 'R', sheet);
-        const Squares attacked = attacksFrom('R', square, us, without(maps.occupied, menOf(board, us, "QR")));
-        if (meet(attacked, maps.kingZone[them])) maps.units[at(us)] += 1;
-        const Squares counted = without(attacked, joined(maps.avoid[at(us)], knightFear));
-        const Squares reach = heldByPin(counted, maps, us, square);
-        if (relativeRank(square, us) == 6 && relativeRank(enemyKing, us) == 7) {
-            sheet.add("rookOnSeventh", us, {64, 163});
-        }
-        if (fileOf(square) == fileOf(enemyKing) && !meet(between(square, enemyKing), maps.pawns[at(us)])) {
-            maps.units[at(us)] += 2;
-        }
-        judgeRookFile(maps, us, square, sheet);
-        sheet.add("rookMobility", us, entry(RookMobility, countOf(reach)));
-        maps.byRooks[at(us)] = joined(maps.byRooks[at(us)], attacked);
-    }
+void judgeLesserPieces(Army& us, Army& them) {
+    const Squares avoid = settledMen(us) | (them.byPawns - them.men);
+    // A rook in the corner beside its king: g1, h1, g2 and h2 or, for Black, g8, h8, g7 and h7. Only the
+    // king's wing is tested.
+    const int corner = us.colour == White ? 7 : 63;
+    const bool kingThere = us.king == corner - 1 || us.king == corner - 2;
+    const auto isThere = [&](int rook) { return distance(rook, corner) <= 1; };
+    if (kingThere && !us.rooks.where(isThere).empty()) us.add("shutInRook", {-282, -101});
+    us.add("openFiles", -1 * openFilesValue(us, them));
+    us.units = 6 - them.shelterUnits;
+    judgeKnights(us, them, avoid);
+    judgeBishops(us, them, avoid);
+    judgeRooks(us, them, avoid);
+    us.byMinors = us.byKnights | us.byBishops;
+    us.withoutQueen = us.byMinors | us.byPawns | us.byRooks;
 }
 
-static void judgeQueens(const EvalBoard& board, const PawnFacts& facts, PieceMaps& maps, int us,
-                        Sheet& sheet) {
-    const std::size_t them = at(enemyOf(us));
-    const Squares queens = menOf(board, us, "Q");
-    if (queens.empty()) maps.units[at(us)] -= 7;
-    Squares avoided = settledPawns(maps, us);
-    avoided.insert(maps.king[at(us)]);
-    for (const int square : queens) {
-        const Squares attacked = attacksFrom('Q', square, us, maps.occupied);
-        if (meet(attacked, maps.kingZone[them])) maps.units[at(us)] += 1;
-        const Squares free = without(without(attacked, maps.withoutQueen[them]), avoided);
-        const Squares reach = heldByPin(free, maps, us, square);
-        sheet.add("openFiles", us, facts.openFiles * OpenFile);
-        sheet.add("queenMobility", us, entry(QueenMobility, countOf(reach)));
-        maps.byQueens[at(us)] = joined(maps.byQueens[at(us)], attacked);
+void judgeQueens(Army& us, Army& them) {
+    if (us.queens.empty()) us.units -= 7;
+    for (const int square : us.queens) {
+        const Squares attacked = reachOf(us, them, 'Q', square, 1);
+        const int count = mobility(us, square, attacked - them.withoutQueen - settledMen(us));
+        us.add("openFiles", openFilesValue(us, them));
+        us.add("queenMobility", QueenMobility[count] * Pair{1, 1});
+        us.byQueens |= attacked;
     }
+    us.attacks = us.withoutQueen | us.byQueens;
+    us.allAttacks = us.attacks | us.byKing;
 }
 
 // Credits the attack on pawns that their queen alone defends.
-static void judgeQueenOnlyDefence(const PieceMaps& maps, int us, Sheet& sheet) {
-    const std::size_t them = at(enemyOf(us));
-    const Squares covered = common(common(maps.pawns[them], maps.allAttacks[at(us)]), maps.byQueens[them]);
-    const Squares alone = without(without(covered, maps.withoutQueen[them]), maps.byKing[them]);
-    sheet.add("queenOnlyDefence", us, countOf(alone) * Pair{24, 26});
+void judgeQueenOnlyDefence(Army& us, Army& them) {
+    const Squares alone = them.byQueens - them.withoutQueen - them.byKing;
+    us.add("queenOnlyDefence", countOf(them.pawns & us.allAttacks & alone) * Pair{24, 26});
 }
 
-static void judgeWing(const EvalBoard& board, const PawnFacts& facts, int us, Sheet& sheet) {
-    if (facts.kingWing == 0) return;
-    const bool shortWing = facts.kingWing == 1;
-    const bool light = shortWing == (us == Black);
-    const auto onWing = [shortWing](int square) { return (fileOf(square) >= 4) == shortWing; };
-    if (!ofShade(menOf(board, us, "B"), light).empty()) sheet.add("wingBishop", us, {35, 0});
-    const int helpers = countOf(filtered(menOf(board, us, "QN"), onWing));
-    sheet.add("wingHelpers", us, std::min(helpers, 2) * Pair{35, 0});
-    sheet.add("wingPawns", us, countOf(filtered(menOf(board, us, "P"), onWing)) * Pair{8, 0});
-}
-
-AttackSets judgePieces(const EvalBoard& board, const PawnFacts& facts, Sheet& sheet) {
-    PieceMaps maps = prepare(board);
-    for (const int us : BothColours) {
-        judgeShutInRook(board, us, sheet);
-        sheet.add("openFiles", us, -facts.openFiles * OpenFile);
-        maps.units[at(us)] = 6 - facts.shelterUnits[at(enemyOf(us))];
-    }
-    for (const int us : BothColours) {
-        judgeKnights(board, facts, maps, us, sheet);
-        judgeBishops(board, maps, us, sheet);
-        judgeRooks(board, facts, maps, us, sheet);
-        maps.byMinors[at(us)] = joined(maps.byKnights[at(us)], maps.byBishops[at(us)]);
-        maps.withoutQueen[at(us)] =
-            joined(maps.byMinors[at(us)], joined(maps.byPawns[at(us)], maps.byRooks[at(us)]));
-    }
-    for (const int us : BothColours) {
-        judgeQueens(board, facts, maps, us, sheet);
-        maps.attacks[at(us)] = joined(maps.withoutQueen[at(us)], maps.byQueens[at(us)]);
-        maps.allAttacks[at(us)] = joined(maps.attacks[at(us)], maps.byKing[at(us)]);
-    }
-    for (const int us : BothColours) {
-        judgeQueenOnlyDefence(maps, us, sheet);
-        judgeWing(board, facts, us, sheet);
-    }
-    judgeKingSafety(board, maps, sheet);
-    judgeThreats(board, maps, sheet);
-    judgeOutposts(board, maps, sheet);
-    judgeRelations(board, maps, sheet);
-    return {maps.attacks, maps.byKing};
+void judgeWing(Army& us, Army& them) {
+    const bool shortWing = fileOf(us.king) >= 4;
+    if ((fileOf(them.king) >= 4) != shortWing) return;
+    const auto isPointed = [&](int bishop) { return isLight(bishop) == (shortWing == (us.colour == Black)); };
+    const auto isOnWing = [&](int square) { return (fileOf(square) >= 4) == shortWing; };
+    const int helpers = countOf((us.queens | us.knights).where(isOnWing));
+    if (!us.bishops.where(isPointed).empty()) us.add("wingBishop", {35, 0});
+    us.add("wingHelpers", std::min(helpers, 2) * Pair{35, 0});
+    us.add("wingPawns", countOf(us.pawns.where(isOnWing)) * Pair{8, 0});
 }
 
 }  // namespace slow

@@ -3,66 +3,21 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
 namespace slow {
 
-int distance(int a, int b) { return std::max(std::abs(a % 8 - b % 8), std::abs(a / 8 - b / 8)); }
-
-Squares menOf(const EvalBoard& board, int colour, const std::string& types) {
-    Squares found;
-    for (int square = 0; square < 64; ++square)
-        for (char type : types)
-            if (board.man[std::size_t(square)] == letter(type, colour)) found.insert(square);
-    return found;
-}
-
-int kingOf(const EvalBoard& board, int colour) { return *menOf(board, colour, "K").begin(); }
-
-Squares joined(const Squares& a, const Squares& b) {
-    Squares all = a;
-    all.insert(b.begin(), b.end());
-    return all;
-}
-
-Squares filtered(const Squares& squares, const std::function<bool(int)>& wanted) {
+Squares Squares::where(const std::function<bool(int)>& wanted) const {
     Squares kept;
-    for (int square : squares)
-        if (wanted(square)) kept.insert(square);
+    std::copy_if(begin(), end(), std::inserter(kept, kept.end()), wanted);
     return kept;
 }
 
-Squares common(const Squares& a, const Squares& b) {
-    return filtered(a, [&](int square) { return b.contains(square); });
+bool Squares::holdsFile(int file) const {
+    return std::any_of(begin(), end(), [file](int square) { return fileOf(square) == file; });
 }
 
-Squares without(const Squares& a, const Squares& b) {
-    return filtered(a, [&](int square) { return !b.contains(square); });
-}
-
-// Squares reached by repeating a step until the edge, a blocker or the most steps allowed.
-static void walk(Squares& reached, int from, int fileStep, int rankStep, int most, const Squares& blockers) {
-    int file = from % 8 + fileStep, rank = from / 8 + rankStep;
-    for (int step = 0; step < most && onBoard(file, rank); ++step, file += fileStep, rank += rankStep) {
-        reached.insert(rank * 8 + file);
-        if (blockers.contains(rank * 8 + file)) return;
-    }
-}
-
-Squares attacksFrom(char type, int from, int colour, const Squares& blockers) {
-    Squares reached;
-    for (int file = -2; file <= 2; ++file)
-        for (int rank = -2; rank <= 2; ++rank) {
-            const int reach = std::max(std::abs(file), std::abs(rank));
-            const bool straight = reach == 1 && (file == 0 || rank == 0), diagonal = reach == 1 && !straight;
-            if (type == 'P' && diagonal && rank == forward(colour) / 8)
-                walk(reached, from, file, rank, 1, blockers);
-            if (type == 'N' && std::abs(file * rank) == 2) walk(reached, from, file, rank, 1, blockers);
-            if (type == 'K' && reach == 1) walk(reached, from, file, rank, 1, blockers);
-            if ((type == 'B' || type == 'Q') && diagonal) walk(reached, from, file, rank, 7, blockers);
-            if ((type == 'R' || type == 'Q') && straight) walk(reached, from, file, rank, 7, blockers);
-        }
-    return reached;
-}
+int distance(int a, int b) { return std::max(std::abs(a % 8 - b % 8), std::abs(a / 8 - b / 8)); }
 
 Squares between(int a, int b) {
     const int file = b % 8 - a % 8, rank = b / 8 - a / 8, length = distance(a, b);
@@ -72,10 +27,38 @@ Squares between(int a, int b) {
     return inside;
 }
 
-Squares attacksOf(const EvalBoard& board, int colour, char type, const Squares& blockers) {
+// Whether a man of the type takes steps of that direction.
+static bool stepsBy(char type, int file, int rank, int colour) {
+    const int reach = std::max(std::abs(file), std::abs(rank));
+    const bool diagonal = std::abs(file) == std::abs(rank);
+    switch (type) {
+        case 'P': return reach == 1 && diagonal && (rank > 0) == (colour == White);
+        case 'N': return std::abs(file * rank) == 2;
+        case 'B': return reach == 1 && diagonal;
+        case 'R': return reach == 1 && !diagonal;
+        default: return reach == 1;
+    }
+}
+
+Squares attacksFrom(char type, int from, const Squares& blockers, int colour) {
     Squares reached;
-    for (int from : menOf(board, colour, std::string(1, type)))
-        reached = joined(reached, attacksFrom(type, from, colour, blockers));
+    const int most = type == 'B' || type == 'R' || type == 'Q' ? 7 : 1;
+    for (int file = -2; file <= 2; ++file)
+        for (int rank = -2; rank <= 2; ++rank) {
+            if (!stepsBy(type, file, rank, colour)) continue;
+            for (int step = 1; step <= most; ++step) {
+                const int toFile = from % 8 + step * file, toRank = from / 8 + step * rank;
+                if (toFile < 0 || toFile > 7 || toRank < 0 || toRank > 7) break;
+                reached.insert(toRank * 8 + toFile);
+                if (blockers.contains(toRank * 8 + toFile)) break;
+            }
+        }
+    return reached;
+}
+
+Squares attacksOf(char type, const Squares& men, const Squares& blockers, int colour) {
+    Squares reached;
+    for (const int from : men) reached |= attacksFrom(type, from, blockers, colour);
     return reached;
 }
 
@@ -83,6 +66,56 @@ Pair Sheet::sum(int colour) const {
     Pair total;
     for (const auto& [name, values] : terms) total += values[std::size_t(colour)];
     return total;
+}
+
+// A colour's men of a type, given as a capital.
+static Squares menOf(const EvalBoard& board, int colour, char type) {
+    Squares found;
+    for (int square = 0; square < 64; ++square)
+        if (board.man[square] == (colour == White ? type : type + 'a' - 'A')) found.insert(square);
+    return found;
+}
+
+Army::Army(const EvalBoard& evalBoard, int side)
+    : board(evalBoard),
+      colour(side),
+      king(*menOf(board, side, 'K').begin()),
+      pawns(menOf(board, side, 'P')),
+      knights(menOf(board, side, 'N')),
+      bishops(menOf(board, side, 'B')),
+      rooks(menOf(board, side, 'R')),
+      queens(menOf(board, side, 'Q')),
+      men(pawns | knights | bishops | rooks | queens | Squares{king}) {
+    for (int square = 0; square < 64; ++square)
+        if (board.man[square] != '.') everyone.insert(square);
+    byPawns = attacksOf('P', pawns, {}, colour);
+    byKnights = attacksOf('N', knights, {});
+    byKing = attacksFrom('K', king, {});
+    for (const char line : {'B', 'R'}) {
+        const Squares pinners = menOf(board, 1 - colour, line) | menOf(board, 1 - colour, 'Q');
+        for (const int pinner : attacksFrom(line, king, {}) & pinners) {
+            const Squares shields = between(king, pinner) & everyone;
+            if (shields.size() == 1) pinned |= shields;
+        }
+    }
+}
+
+Squares Army::fileAhead(int square) const {
+    Squares squares;
+    for (int to = ahead(square); to >= 0 && to < 64; to = ahead(to)) squares.insert(to);
+    return squares;
+}
+
+bool Army::mayEverAttack(int square) const {
+    return std::any_of(pawns.begin(), pawns.end(), [&](int pawn) {
+        return std::abs(fileOf(pawn) - fileOf(square)) == 1 && rank(pawn) < rank(square);
+    });
+}
+
+int Army::pawnSpan() const {
+    std::set<int> files;
+    for (const int pawn : pawns) files.insert(fileOf(pawn));
+    return files.empty() ? 0 : *files.rbegin() - *files.begin() + 1;
 }
 
 }  // namespace slow

@@ -18,7 +18,7 @@ class TermList : public EvalTest {
         const slow::Judgement judgement = slow::judge(slowEvalBoardOf(pos), given);
         std::cout << fen << '\n';
         printTerms(std::cout, judgement, given);
-        const int score = scoreOf(pos);
+        const int score = freshScore(pos);
         if (score != judgement.score) std::cerr << "the engine's score differs: " << score << '\n';
         return score == judgement.score;
     }

@@ -1,0 +1,47 @@
+// What the parameter tables hold, and the style that options and threads ask for.
+#include "eval/eval_environment.h"
+
+#include <set>
+
+using Parameters = EvalTest;
+
+TEST_F(Parameters, PricesFollowThePhase) {
+    const int late[7] = {75, 180, 465, 541, 636, 1425, 10000};
+    const int early[7] = {75, 178, 552, 621, 770, 1644, 10000};
+    for (int type = 0; type < 7; ++type) {
+        EXPECT_EQ(PhasePieceValue[0][type], late[type]);
+        EXPECT_EQ(PhasePieceValue[96][type], early[type]);
+    }
+}
+
+TEST_F(Parameters, StyleFollowsOptionsAndThreadsUnlessTheTreeSearches) {
+    struct Case {
+        int threads, dynamism, kingSafety;
+        bool tree;
+        int mg, eg, danger;
+    };
+    const Case cases[] = {
+        {1, 125, 72, false, 160, 185, 7999},   {2, 125, 72, false, 166, 192, 7999},
+        {4, 125, 72, false, 172, 199, 7999},   {8, 125, 72, false, 179, 207, 7999},
+        {1, 400, 200, false, 512, 592, 22220}, {8, 400, 200, true, 160, 185, 7999},
+    };
+    for (const Case& expected : cases) {
+        settings.threads = expected.threads;
+        settings.dynamism = expected.dynamism;
+        settings.kingSafety = expected.kingSafety;
+        treeSearchActive = expected.tree;
+        initEvalParameters();
+        EXPECT_EQ(dynamismMg, expected.mg) << expected.threads;
+        EXPECT_EQ(dynamismEg, expected.eg) << expected.threads;
+        EXPECT_EQ(KingDanger[60], pair(expected.danger, 0)) << expected.kingSafety;
+    }
+    kingSafetyJitter = 20;
+    std::set<int> seen;
+    for (int i = 0; i < 40; ++i) {
+        buildKingSafetyTable(72);
+        EXPECT_EQ(KingDanger[255], KingDanger[128]);
+        EXPECT_NEAR(mgOf(KingDanger[60]), 7999, 19 * 1111 / 10 + 1);
+        seen.insert(mgOf(KingDanger[60]));
+    }
+    EXPECT_GT(seen.size(), 5u);
+}
