@@ -1,5 +1,6 @@
 // The whole evaluation against the slow one, exactly, on games, on every known set of material and on sets
 // drawn at random; its early exit and its symmetries.
+#include "eval/endgames.h"
 #include "eval/eval_environment.h"
 #include "eval/material_patterns.h"
 #include "eval/slow_eval_of.h"
@@ -41,6 +42,8 @@ const char* const RareBoards[] = {
     "4k3/8/8/2p1p1p1/2P1P1P1/8/8/4K3 w - -",
     "5bk1/p5pp/8/8/8/8/PP5P/5BK1 w - -",
     "8/1p1k4/p1pp4/P1P1p1p1/1P1PPpPp/5P1P/3K4/8 w - -",
+    // Queens alone, with passed pawns.
+    "4k3/pp3q2/8/3P4/8/8/1Q4PP/6K1 w - -",
     // The bishop that can't help its rook's pawn, in all four corners, and the one that can; the second one
     // of
     // two, another pawn and a knight.
@@ -138,19 +141,27 @@ TEST_F(WholeEval, AgreesOnRareBoards) {
     EXPECT_EQ(failed, 0);
 }
 
+// The limit itself, in tenths of a centipawn, which few boards meet.
+TEST_F(WholeEval, TheWrongBishopIsWorthThirty) {
+    for (const int value : {-900, -31, -30, 30, 31, 900}) {
+        EXPECT_EQ(wrongBishop(rootOf("k7/8/8/8/P7/8/8/K1B5 w - -"), value), std::min(value, 30));
+        EXPECT_EQ(wrongBishop(rootOf("k4b2/8/8/7p/8/8/8/7K w - -"), value), std::max(value, -30));
+    }
+}
+
 // Outside the window an estimate from the line's last positional score will do, but neither late in the game
 // nor with a pawn about to promote. It has no margin and is not kept.
 TEST_F(WholeEval, EstimatesLeaveEarly) {
     settings.progressThreshold = 41;
     std::mt19937 random(4);
     int left = 0, stayed = 0;
-    walkRandomGames(2, 120, [&](const Position& game) {
-        Position pos = withCaches(game);
+    for (const std::string& fen : drawnFens(random, 8, 3000)) {
+        Position pos = rootOf(fen);
         if (random() % 4 == 0) pos.halfmoveClock = std::uint16_t(random() % 110);
         const int exact = freshScore(pos);
         pos.psqBlend = int(random() % 400001) - 200000;
         const slow::Given given = givenFor(pos);
-        if (given.scale == 0) return;
+        if (given.scale == 0) continue;
         const int estimate = slow::estimate(slowEvalBoardOf(pos), given, pos.psqBlend);
         const bool seventh =
             (pos.pieces[White][Pawn] & rankMask(6)) || (pos.pieces[Black][Pawn] & rankMask(1));
@@ -158,11 +169,11 @@ TEST_F(WholeEval, EstimatesLeaveEarly) {
             const int bound = estimate + shift;
             const bool leaves = shift != 0 && pos.phase > 6 && !seventh;
             Position line = pos;
-            ASSERT_EQ(freshScore(line, bound, bound), leaves ? estimate : exact) << writeFen(pos) << shift;
-            ASSERT_EQ(cacheEntryOf(pos).key == pos.key, !leaves) << writeFen(pos);
+            ASSERT_EQ(freshScore(line, bound, bound), leaves ? estimate : exact) << fen << shift;
+            ASSERT_EQ(cacheEntryOf(pos).key == pos.key, !leaves) << fen;
             ++(leaves ? left : stayed);
         }
-    });
+    }
     EXPECT_GT(left, 1000);
     EXPECT_GT(stayed, 1000);
 }
