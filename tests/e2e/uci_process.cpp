@@ -1,35 +1,33 @@
 #include "e2e/uci_process.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <regex>
 #include <signal.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-// The build says where the engine is; the environment may name another one.
-static std::string binaryPath() {
-    if (const char* path = std::getenv("TARVOK_BINARY")) return path;
-    return TARVOK_BINARY;
-}
 
 double steadySeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-UciProcess::UciProcess(const std::vector<std::string>& arguments) {
+UciProcess::UciProcess(const Lines& arguments) {
     signal(SIGPIPE, SIG_IGN);
-    int in[2], out[2], err[2];
-    if (pipe2(in, O_CLOEXEC) || pipe2(out, O_CLOEXEC) || pipe2(err, O_CLOEXEC)) std::abort();
-    const std::string path = binaryPath();
+    int in[2], out[2];
+    errors = memfd_create("errors", MFD_CLOEXEC);
+    if (pipe2(in, O_CLOEXEC) || pipe2(out, O_CLOEXEC) || errors < 0) std::abort();
+    // The build says where the engine is; the environment may name another one.
+    const char* const named = std::getenv("TARVOK_BINARY");
+    const std::string path = named ? named : TARVOK_BINARY;
     child = fork();
     if (child == 0) {
         dup2(in[0], STDIN_FILENO);
         dup2(out[1], STDOUT_FILENO);
-        dup2(err[1], STDERR_FILENO);
+        dup2(errors, STDERR_FILENO);
         std::vector<char*> words{const_cast<char*>(path.c_str())};
         for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
         words.push_back(nullptr);
@@ -38,10 +36,8 @@ UciProcess::UciProcess(const std::vector<std::string>& arguments) {
     }
     close(in[0]);
     close(out[1]);
-    close(err[1]);
     input = in[1];
     output = out[0];
-    errors = err[0];
 }
 
 UciProcess::~UciProcess() {
@@ -57,13 +53,9 @@ UciProcess::~UciProcess() {
     close(errors);
 }
 
+// Blocks until all is written, unless the engine is gone; then what it said tells why.
 void UciProcess::write(const std::string& bytes) {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t count = ::write(input, bytes.data() + done, bytes.size() - done);
-        if (count <= 0) return;  // the engine is gone; what it said tells why
-        done += std::size_t(count);
-    }
+    [[maybe_unused]] const ssize_t count = ::write(input, bytes.data(), bytes.size());
 }
 
 void UciProcess::closeInput() {
@@ -89,67 +81,71 @@ bool UciProcess::readLine(std::string& line, double deadline) {
     }
 }
 
-std::string UciProcess::expect(const std::string& pattern, double seconds) {
-    const std::regex wanted(pattern);
-    const double deadline = steadySeconds() + seconds;
-    passed.clear();
-    std::string line;
-    while (readLine(line, deadline)) {
-        if (std::regex_match(line, wanted)) return line;
-        passed.push_back(line);
-    }
-    std::string said;
-    for (const std::string& text : passed) said += text + '\n';
-    ADD_FAILURE() << "no line matches \"" << pattern << "\" in:\n" << said << pending;
-    return {};
-}
-
 bool UciProcess::saysWithin(const std::string& pattern, double seconds) {
     const std::regex wanted(pattern);
     const double deadline = steadySeconds() + seconds;
-    std::string line;
-    while (readLine(line, deadline))
+    passed.clear();
+    for (std::string line; readLine(line, deadline);) {
+        passed.push_back(line);
         if (std::regex_match(line, wanted)) return true;
+    }
     return false;
 }
 
-std::vector<std::string> UciProcess::sync() {
-    send("isready");
-    expect("readyok");
-    return passed;
+std::string UciProcess::expect(const std::string& pattern) {
+    if (!saysWithin(pattern, Patience)) {
+        ADD_FAILURE() << "no line matches \"" << pattern << "\" in: " << joined(passed) << pending;
+        if (!ended) kill(child, SIGKILL);
+        return {};
+    }
+    const std::string line = passed.back();
+    passed.pop_back();
+    return line;
 }
 
-std::vector<std::string> UciProcess::rest(double seconds) {
-    const double deadline = steadySeconds() + seconds;
-    std::vector<std::string> lines;
-    std::string line;
-    while (readLine(line, deadline)) lines.push_back(line);
-    if (!pending.empty()) lines.push_back(pending);
-    return lines;
+Lines UciProcess::matching(const std::string& pattern) const {
+    const std::regex wanted(pattern);
+    Lines found;
+    for (const std::string& line : passed)
+        if (std::regex_match(line, wanted)) found.push_back(line);
+    return found;
 }
 
-int UciProcess::exitStatus(double seconds) {
-    const double deadline = steadySeconds() + seconds;
+int UciProcess::exitStatus() {
+    const double deadline = steadySeconds() + Patience;
     while (!ended && steadySeconds() < deadline) {
-        if (waitpid(child, &status, WNOHANG) == child)
-            ended = true;
-        else
-            usleep(2000);
+        ended = wait4(child, &status, WNOHANG, &usage) == child;
+        if (!ended) usleep(2000);
     }
     if (!ended) {
-        ADD_FAILURE() << "the engine still runs after " << seconds << " seconds";
+        ADD_FAILURE() << "the engine still runs after " << Patience << " seconds";
         return -1000;
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-std::string UciProcess::standardError() {
-    char buffer[4096];
-    pollfd source{errors, POLLIN, 0};
-    while (poll(&source, 1, ended ? 0 : 100) > 0) {
-        const ssize_t count = read(errors, buffer, sizeof buffer);
-        if (count <= 0) break;
-        errorText.append(buffer, std::size_t(count));
-    }
-    return errorText;
+std::string UciProcess::standardError() const {
+    char text[65536];
+    const ssize_t count = pread(errors, text, sizeof text, 0);
+    return {text, std::size_t(std::max<ssize_t>(count, 0))};
+}
+
+// ---- Lines ----
+
+testing::AssertionResult matches(const std::string& text, const std::string& pattern) {
+    if (std::regex_match(text, std::regex(pattern))) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << '"' << text << "\" doesn't match \"" << pattern << '"';
+}
+
+std::string joined(const Lines& lines) {
+    std::string text;
+    for (const std::string& line : lines) text += line + '|';
+    return text;
+}
+
+long numberAfter(const std::string& word, const std::string& line) {
+    const std::size_t place = line.find(' ' + word + ' ');
+    if (place != std::string::npos) return std::strtol(line.c_str() + place + word.size() + 2, nullptr, 10);
+    ADD_FAILURE() << "no " << word << " in: " << line;
+    return -1;
 }
