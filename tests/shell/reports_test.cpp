@@ -5,37 +5,22 @@
 
 #include <gtest/gtest.h>
 
-struct ScoreTextRow {
-    int score, bound, rootScore;
-    const char* text;
-};
-
-class ScoreText : public ::testing::TestWithParam<ScoreTextRow> {};
-
-TEST_P(ScoreText, IsWhatTheProtocolWants) {
-    const ScoreTextRow& row = GetParam();
-    tbRootScore = row.rootScore;
-    EXPECT_EQ(scoreToText(row.score, row.bound), row.text);
+TEST(ScoreText, IsWhatTheProtocolWants) {
+    struct Row {
+        int score, bound;
+        const char* text;
+        int rootScore = NoTbScore;  // by the tables
+    };
+    for (const Row& row :
+         {Row{31999, 0, "mate 1"}, Row{31998, 0, "mate 2"}, Row{31997, 0, "mate 2"},
+          Row{-31998, 0, "mate -1"}, Row{-31996, 0, "mate -2"}, Row{31800, 0, "mate 101"},
+          Row{-31800, 0, "mate -100"}, Row{25001, 0, "cp 25000"}, Row{-31750, 0, "cp -25000"},
+          Row{-12, 0, "cp -12"}, Row{-12, 1, "cp -12 lowerbound"}, Row{31999, 2, "mate 1 upperbound"},
+          // Tables that decided the root speak for the search, without a bound, unless it has seen a mate.
+          Row{150, 1, "mate 1000", 31799}, Row{150, 0, "mate -1000", -31799}, Row{150, 2, "cp 0", 0},
+          Row{150, 0, "cp 2", 2}, Row{31999, 1, "mate 1", 2}}) {
+        tbRootScore = row.rootScore;
+        EXPECT_EQ(scoreToText(row.score, row.bound), row.text) << row.score << ' ' << row.rootScore;
+    }
     tbRootScore = NoTbScore;
 }
-
-INSTANTIATE_TEST_SUITE_P(Plain, ScoreText,
-                         ::testing::Values(ScoreTextRow{31999, 0, NoTbScore, "mate 1"},
-                                           ScoreTextRow{31998, 0, NoTbScore, "mate 2"},
-                                           ScoreTextRow{31997, 0, NoTbScore, "mate 2"},
-                                           ScoreTextRow{-31998, 0, NoTbScore, "mate -1"},
-                                           ScoreTextRow{-31996, 0, NoTbScore, "mate -2"},
-                                           ScoreTextRow{31800, 0, NoTbScore, "mate 101"},
-                                           ScoreTextRow{-31800, 0, NoTbScore, "mate -100"},
-                                           ScoreTextRow{25001, 0, NoTbScore, "cp 25000"},
-                                           ScoreTextRow{31750, 0, NoTbScore, "cp 25000"},
-                                           ScoreTextRow{-12, 0, NoTbScore, "cp -12"},
-                                           ScoreTextRow{-12, 1, NoTbScore, "cp -12 lowerbound"},
-                                           ScoreTextRow{31999, 2, NoTbScore, "mate 1 upperbound"}));
-
-// Tables that decided the root speak for the search, without a bound, unless it has seen a mate.
-INSTANTIATE_TEST_SUITE_P(Tables, ScoreText,
-                         ::testing::Values(ScoreTextRow{150, 1, 31799, "mate 1000"},
-                                           ScoreTextRow{150, 0, -31799, "mate -1000"},
-                                           ScoreTextRow{150, 2, 0, "cp 0"}, ScoreTextRow{150, 0, 2, "cp 2"},
-                                           ScoreTextRow{31999, 1, 2, "mate 1"}));
