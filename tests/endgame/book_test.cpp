@@ -1,14 +1,14 @@
-// The opening book, on small books made for each test and on one that another program made.
+// The opening book, on small books made for each test and on one that another program made, and its keys
+// against those that other programs published.
 #include "endgame/book.h"
 
 #include "board/move_text.h"
 #include "endgame/polyglot_keys.h"
 #include "endgame/table_files.h"
-#include "support/board_environment.h"
 #include "support/book_record.h"
-#include "support/temporary_folder.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <set>
 
@@ -17,6 +17,8 @@ struct BookRecord {
     std::string move;  // as the book writes it
     int weight;
 };
+
+using Counts = std::map<std::string, int>;
 
 class Book : public testing::Test {
    protected:
@@ -27,19 +29,18 @@ class Book : public testing::Test {
     void TearDown() override { closeBook(); }
 
     static std::string bytesOf(const BookRecord& record) {
-        unsigned move = 0;
-        if (record.move != "0000")
-            move = unsigned(squareFromText(&record.move[2])) | unsigned(squareFromText(&record.move[0])) << 6;
+        const char* const text = record.move.c_str();
+        unsigned move = unsigned(squareFromText(text + 2)) | unsigned(squareFromText(text)) << 6;
         if (record.move.size() == 5) move |= unsigned(std::string(" nbrq").find(record.move[4])) << 12;
         return bookRecord(record.key, move, unsigned(record.weight));
     }
     // Sorts by key alone, so that a group keeps its order, and ends with a record of another key.
     void open(std::vector<BookRecord> records, bool withEnd = true) {
-        if (withEnd) records.push_back({~0ULL, "0000", 0});
         std::stable_sort(records.begin(), records.end(),
                          [](const auto& a, const auto& b) { return a.key < b.key; });
         std::string bytes;
         for (const BookRecord& record : records) bytes += bytesOf(record);
+        if (withEnd) bytes += bookRecord(~0ULL, 0, 0);
         openBytes(bytes);
     }
     void openBytes(const std::string& bytes) {
@@ -47,36 +48,31 @@ class Book : public testing::Test {
         openBook();
     }
     // The moves that come up in many probes, and how often.
-    static std::map<std::string, int> drawn(const Position& pos, int times = 400) {
-        std::map<std::string, int> counts;
-        Position copy = pos;
-        for (int i = 0; i < times; ++i) ++counts[moveText(bookProbe(copy))];
+    static Counts drawn(Position pos, int times = 400) {
+        Counts counts;
+        for (int i = 0; i < times; ++i) ++counts[moveText(bookProbe(pos))];
         return counts;
     }
 
     const SettingsGuard guard;
     const TemporaryFolder folder;
-    const Position start = positionOf("");
+    Position start = positionOf("");
     const Key startKey = bookKey(start);
 };
-using Counts = std::map<std::string, int>;
-
-TEST_F(Book, DrawsByWeight) {
+TEST_F(Book, DrawsByWeightOrAmongTheHeaviest) {
     open(
-        {{startKey, "e2e4", 300}, {startKey, "d2d4", 100}, {startKey, "a2a3", 0}, {startKey + 1, "h2h4", 9}});
-    const Counts counts = drawn(start, 4000);
+        {{startKey, "a2a3", 0}, {startKey, "e2e4", 300}, {startKey, "d2d4", 100}, {startKey + 1, "h2h4", 9}});
+    Counts counts = drawn(start, 4000);
     EXPECT_EQ(counts.size(), 2u);
-    EXPECT_NEAR(counts.at("e2e4"), 3000, 200);
-    EXPECT_NEAR(counts.at("d2d4"), 1000, 200);
-}
+    EXPECT_NEAR(counts["e2e4"], 3000, 200);
+    EXPECT_NEAR(counts["d2d4"], 1000, 200);
 
-TEST_F(Book, BestLineKeepsTheHeaviestMoves) {
     settings.bestBookLine = true;
     open({{startKey, "a2a3", 3}, {startKey, "e2e4", 5}, {startKey, "d2d4", 5}});
-    const Counts counts = drawn(start);
+    counts = drawn(start);
     EXPECT_EQ(counts.size(), 2u);
-    EXPECT_NEAR(counts.at("e2e4"), 200, 60);
-    EXPECT_NEAR(counts.at("d2d4"), 200, 60);
+    EXPECT_NEAR(counts["e2e4"], 200, 60);
+    EXPECT_NEAR(counts["d2d4"], 200, 60);
     open({{startKey, "a2a3", 3}});
     EXPECT_EQ(drawn(start), (Counts{{"a2a3", 400}}));
 }
@@ -87,7 +83,6 @@ TEST_F(Book, FindsAGroupWhereverItStands) {
         for (int group = 1; group < 5; ++group)
             for (int after = 1; after < 12; ++after) {
                 std::vector<BookRecord> records;
-                records.reserve(28);
                 for (int i = 0; i < before; ++i) records.push_back({startKey - 1 - Key(i), "a2a3", 1});
                 for (int i = 0; i < group; ++i) records.push_back({startKey, i ? "d2d4" : "e2e4", 1});
                 for (int i = 0; i < after; ++i) records.push_back({startKey + 1 + Key(i), "a2a3", 1});
@@ -107,85 +102,72 @@ TEST_F(Book, OneIllegalMoveThrowsOutTheGroup) {
     EXPECT_EQ(drawn(start), (Counts{{"0000", 400}})) << "nothing to draw from";
 }
 
-TEST_F(Book, ReadsCastlingAndPromotions) {
-    struct Row {
-        const char* fen;
-        const char* book;
-        const char* played;
-    };
-    const Row rows[] = {{"r3k2r/8/8/8/8/8/8/R3K2R w KQkq -", "e1h1", "e1g1"},
-                        {"r3k2r/8/8/8/8/8/8/R3K2R w KQkq -", "e1a1", "e1c1"},
-                        {"r3k2r/8/8/8/8/8/8/R3K2R b KQkq -", "e8h8", "e8g8"},
-                        {"r3k2r/8/8/8/8/8/8/R3K2R b KQkq -", "e8a8", "e8c8"},
-                        {"7k/P7/8/8/8/8/8/K7 w - -", "a7a8n", "a7a8n"},
-                        {"7k/P7/8/8/8/8/8/K7 w - -", "a7a8q", "a7a8q"},
-                        {"k7/8/8/8/8/8/K7/4R3 w - -", "e1h1", "e1h1"}};
-    for (const Row& row : rows) {
-        const Position pos = positionOf(row.fen);
-        open({{bookKey(pos), row.book, 1}});
-        EXPECT_EQ(drawn(pos, 5), (Counts{{row.played, 5}})) << row.fen;
-    }
-}
-
 // Intended: the castling text is rewritten in Chess960 too, and then matches no move.
-TEST_F(Book, LosesCastlingInChess960) {
-    settings.chess960 = true;
-    const Position pos = positionOf("4k3/8/8/8/8/8/8/4K2R w H -");
-    open({{bookKey(pos), "e1h1", 1}});
-    EXPECT_EQ(drawn(pos, 5), (Counts{{"0000", 5}}));
-    open({{bookKey(pos), "e1f1", 1}});
-    EXPECT_EQ(drawn(pos, 5), (Counts{{"e1f1", 5}}));
+TEST_F(Book, ReadsCastlingAndPromotions) {
+    const char* const castling[] = {"r3k2r/8/8/8/8/8/8/R3K2R w KQkq -", "r3k2r/8/8/8/8/8/8/R3K2R b KQkq -"};
+    const char* const promotion = "7k/P7/8/8/8/8/8/K7 w - -";
+    const char* const chess960 = "4k3/8/8/8/8/8/8/4K2R w H -";
+    const std::array<const char*, 3> rows[] = {{castling[0], "e1h1", "e1g1"},
+                                               {castling[0], "e1a1", "e1c1"},
+                                               {castling[1], "e8h8", "e8g8"},
+                                               {castling[1], "e8a8", "e8c8"},
+                                               {promotion, "a7a8n", "a7a8n"},
+                                               {promotion, "a7a8q", "a7a8q"},
+                                               {chess960, "e1h1", "0000"},
+                                               {chess960, "e1f1", "e1f1"},
+                                               {"k7/8/8/8/8/8/K7/4R3 w - -", "e1h1", "e1h1"}};
+    for (const auto& [fen, book, played] : rows) {
+        settings.chess960 = fen == chess960;
+        const Position pos = positionOf(fen);
+        open({{bookKey(pos), book, 1}});
+        EXPECT_EQ(drawn(pos, 5), (Counts{{played, 5}})) << fen << " " << book;
+    }
 }
 
 TEST_F(Book, EndsWithTheMoveLimitAndTheSwitches) {
-    Position pos = start;
     open({{startKey, "e2e4", 1}});
     bookMoveLimit = 10;
-    for (const int ply : {0, 18, 19, 20}) {
-        pos.gamePly = std::uint16_t(ply & ~1);  // the key knows the side to move
-        EXPECT_EQ(bookProbe(pos) != NoMove, ply < 20) << ply;
+    for (const int ply : {0, 18, 20}) {
+        start.gamePly = std::uint16_t(ply);
+        EXPECT_EQ(bookProbe(start) != NoMove, ply < 20) << ply;
     }
-    pos = start;
+    start.gamePly = 0;
     settings.ownBook = 0;
-    EXPECT_EQ(bookProbe(pos), NoMove);
+    EXPECT_EQ(bookProbe(start), NoMove);
     settings.ownBook = 1000;
-    EXPECT_NE(bookProbe(pos), NoMove) << "the file stayed open";
+    EXPECT_NE(bookProbe(start), NoMove) << "the file stayed open";
     settings.bookMoves = 0;
     openBook();
-    EXPECT_EQ(bookProbe(pos), NoMove);
+    EXPECT_EQ(bookProbe(start), NoMove);
 }
 
 TEST_F(Book, MissingAndTinyBooksAreSilent) {
-    Position pos = start;
-    EXPECT_EQ(errorsOf([&] {
-                  settings.bookFile = folder.file("absent.bin");
-                  openBook();
-                  EXPECT_EQ(bookProbe(pos), NoMove);
-                  settings.bookFile = folder.path();
-                  openBook();
-                  EXPECT_EQ(bookProbe(pos), NoMove) << "a folder";
-                  settings.bookFile = folder.file("book.bin");
+    EXPECT_EQ(errorsOf([this] {
                   for (const std::size_t size : {0u, 1u, 15u}) {
                       openBytes(std::string(size, '\0'));
-                      EXPECT_EQ(bookProbe(pos), NoMove);
+                      EXPECT_EQ(bookProbe(start), NoMove);
+                  }
+                  for (const std::string& path : {folder.path(), folder.path() + "/absent.bin"}) {
+                      settings.bookFile = path;
+                      openBook();
+                      EXPECT_EQ(bookProbe(start), NoMove) << path;
                   }
               }),
               "");
 }
 
 TEST_F(Book, AKeyAboveTheBookReadsPastItsEnd) {
-    Position pos = start;
     open({{startKey - 1, "e2e4", 1}}, false);
-    EXPECT_EQ(errorsOf([&] { EXPECT_EQ(bookProbe(pos), NoMove); }), "info Error with fread opening book\n");
+    EXPECT_EQ(errorsOf([this] { EXPECT_EQ(bookProbe(start), NoMove); }),
+              "info Error with fread opening book\n");
     open({{startKey + 1, "e2e4", 1}, {startKey + 2, "e2e4", 1}}, false);
-    EXPECT_EQ(errorsOf([&] { EXPECT_EQ(bookProbe(pos), NoMove); }), "") << "below all keys";
+    EXPECT_EQ(errorsOf([this] { EXPECT_EQ(bookProbe(start), NoMove); }), "") << "below all keys";
 }
 
 // Intended: a group at the very end of the file ends the process.
 TEST_F(Book, AGroupAtTheEndIsFatal) {
-    Position pos = start;
     open({{startKey - 1, "e2e4", 1}, {startKey, "e2e4", 1}}, false);
-    EXPECT_EXIT(bookProbe(pos), testing::ExitedWithCode(1), "^Error with fread opening book\n$");
+    EXPECT_EXIT(bookProbe(start), testing::ExitedWithCode(1), "^Error with fread opening book\n$");
 }
 
 TEST_F(Book, ManyRepeatedRecordsStayInBounds) {
@@ -195,27 +177,44 @@ TEST_F(Book, ManyRepeatedRecordsStayInBounds) {
     EXPECT_EQ(drawn(start, 20), (Counts{{"e2e4", 20}}));
 }
 
+// The rows of a file of shared data, split at their bars.
+static std::vector<std::vector<std::string>> rowsOf(const char* name) {
+    std::vector<std::vector<std::string>> rows;
+    std::ifstream file(*sharedData() / name);
+    for (std::string line; std::getline(file, line);) {
+        if (line.empty() || line[0] == '#') continue;
+        rows.emplace_back();
+        for (std::size_t begin = 0, end; begin < line.size(); begin = end + 3) {
+            end = std::min(line.find(" | ", begin), line.size());
+            rows.back().push_back(line.substr(begin, end - begin));
+        }
+    }
+    return rows;
+}
+
 TEST_F(Book, PlaysTheMovesOfAListedBook) {
     REQUIRE_SHARED_DATA();
     settings.bookFile = *sharedData() / "book.bin";
     openBook();
     std::map<std::string, std::set<std::string>> listed;
-    std::ifstream file(*sharedData() / "book.txt");
-    for (std::string line; std::getline(file, line);) {
-        const std::size_t bar = line.find(" | ");
-        if (line[0] == '#' || bar == std::string::npos) continue;
-        std::string move = line.substr(bar + 3, line.find(" | ", bar + 3) - bar - 3);
-        const Position pos = positionOf(line.substr(0, bar));
-        if (typeOfCode(pos.board[squareFromText(move.c_str())]) == King && (move == "e1h1" || move == "e8h8"))
-            move[2] = 'g';
-        if (typeOfCode(pos.board[squareFromText(move.c_str())]) == King && (move == "e1a1" || move == "e8a8"))
-            move[2] = 'c';
-        if (line.substr(line.rfind('|')) != "| 0") listed[line.substr(0, bar)].insert(move);
+    for (const std::vector<std::string>& row : rowsOf("book.txt")) {
+        std::string move = row.at(1);
+        const bool king = typeOfCode(positionOf(row[0]).board[squareFromText(move.c_str())]) == King;
+        if (king && move[0] == 'e')  // castling, where the target is the rook
+            move[2] = move[2] == 'h' ? 'g' : move[2] == 'a' ? 'c' : move[2];
+        if (row.at(2) != "0") listed[row[0]].insert(move);
     }
     EXPECT_GT(listed.size(), 100u);
-    for (const auto& [fen, moves] : listed) {
-        std::set<std::string> played;
-        for (const auto& [move, times] : drawn(positionOf(fen), 200)) played.insert(move);
-        EXPECT_TRUE(std::includes(moves.begin(), moves.end(), played.begin(), played.end())) << fen;
-    }
+    for (const auto& [fen, moves] : listed)
+        for (const auto& [move, times] : drawn(positionOf(fen), 200))
+            EXPECT_TRUE(moves.count(move)) << fen << " " << move;
+}
+
+TEST(BookKey, EqualsThePublishedKeys) {
+    EXPECT_EQ(bookKey(positionOf("")), 0x463b96181691fc9cULL);
+    REQUIRE_SHARED_DATA();
+    const std::vector<std::vector<std::string>> rows = rowsOf("polyglot_keys.txt");
+    EXPECT_GT(rows.size(), 50u);
+    for (const std::vector<std::string>& row : rows)
+        EXPECT_EQ(bookKey(positionOf(row.at(0))), std::stoull(row.at(1), nullptr, 16)) << row[0];
 }
