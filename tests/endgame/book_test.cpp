@@ -107,15 +107,12 @@ TEST_F(Book, ReadsCastlingAndPromotions) {
     const char* const castling[] = {"r3k2r/8/8/8/8/8/8/R3K2R w KQkq -", "r3k2r/8/8/8/8/8/8/R3K2R b KQkq -"};
     const char* const promotion = "7k/P7/8/8/8/8/8/K7 w - -";
     const char* const chess960 = "4k3/8/8/8/8/8/8/4K2R w H -";
-    const std::array<const char*, 3> rows[] = {{castling[0], "e1h1", "e1g1"},
-                                               {castling[0], "e1a1", "e1c1"},
-                                               {castling[1], "e8h8", "e8g8"},
-                                               {castling[1], "e8a8", "e8c8"},
-                                               {promotion, "a7a8n", "a7a8n"},
-                                               {promotion, "a7a8q", "a7a8q"},
-                                               {chess960, "e1h1", "0000"},
-                                               {chess960, "e1f1", "e1f1"},
-                                               {"k7/8/8/8/8/8/K7/4R3 w - -", "e1h1", "e1h1"}};
+    const std::array<const char*, 3> rows[] = {
+        {castling[0], "e1h1", "e1g1"}, {castling[0], "e1a1", "e1c1"},
+        {castling[1], "e8h8", "e8g8"}, {castling[1], "e8a8", "e8c8"},
+        {promotion, "a7a8n", "a7a8n"}, {promotion, "a7a8b", "a7a8b"},
+        {promotion, "a7a8q", "a7a8q"}, {chess960, "e1h1", "0000"},
+        {chess960, "e1f1", "e1f1"},    {"k7/8/8/8/8/8/K7/4R3 w - -", "e1h1", "e1h1"}};
     for (const auto& [fen, book, played] : rows) {
         settings.chess960 = fen == chess960;
         const Position pos = positionOf(fen);
