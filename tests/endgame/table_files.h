@@ -1,28 +1,29 @@
-// Folders of table files for tests: the real ones beside the repository, and small ones made for a test.
+// What tests and fuzzers of endgame tables share: folders of table files, the real ones beside the repository
+// and small ones made for a test, tables in memory, positions of a table's men, and what probes tell.
 #pragma once
 
-#include "endgame/tb_files.h"
+#include "board/fen.h"
+#include "endgame/tb_entry.h"
+#include "endgame/tb_probe.h"
+#include "endgame/tb_setup.h"
+#include "support/board_environment.h"
 #include "support/shared_data.h"
 #include "support/temporary_folder.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <gtest/gtest.h>
 #include <iterator>
-#include <string>
-#include <vector>
+#include <memory>
+#include <optional>
+#include <random>
+
+// ---- Files ----
 
 // The folder of real tables. Only behind REQUIRE_SHARED_DATA().
 inline std::filesystem::path realTables() { return *sharedData() / "syzygy"; }
 
-// What `call` writes to standard output, and what to standard error.
-template <class Call>
-std::string outputOf(Call call) {
-    testing::internal::CaptureStdout();
-    call();
-    return testing::internal::GetCapturedStdout();
-}
+// What `call` writes to standard error.
 template <class Call>
 std::string errorsOf(Call call) {
     testing::internal::CaptureStderr();
@@ -32,8 +33,18 @@ std::string errorsOf(Call call) {
 
 // Registers the tables of a path without its line in the test's output; returns the line.
 inline std::string initTables(const std::string& path) {
-    return outputOf([&] { tbInit(path.c_str()); });
+    testing::internal::CaptureStdout();
+    tbInit(path.c_str());
+    return testing::internal::GetCapturedStdout();
 }
+
+struct RealTables : testing::Test {
+    void SetUp() override {
+        REQUIRE_SHARED_DATA();
+        initTables(realTables());
+    }
+    void TearDown() override { tbInit(""); }
+};
 
 // A folder whose tables are given up before it goes away.
 class TableFolder : public TemporaryFolder {
@@ -50,10 +61,119 @@ class TableFolder : public TemporaryFolder {
     }
 };
 
+inline std::string fileName(const std::string& table, TbKind kind) {
+    return table + (kind == TbWdl ? ".rtbw" : ".rtbz");
+}
+
 inline std::vector<char> readBytes(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
+
+// A well-formed win/draw/loss table that holds the same result for every position.
+inline std::vector<char> singleValueTable(const std::string& name, int wdl) {
+    const TbMenCounts men = tbCountMen(name.c_str());
+    std::string codes;  // pawns first, kings last
+    for (int type = Pawn; type <= King; ++type)
+        for (const int code : {type, type + 8}) codes.append(men.of[code], char(code | code << 4));
+    const int sidesWithPawns = (men.of[Pawn] > 0) + (men.of[Pawn + 8] > 0);
+    std::string bytes = "\x71\xe8\x23\x5d";
+    bytes += char(1 | (sidesWithPawns ? 2 : 0) | int(codes.size()) << 4);
+    for (int file = 0; file < (sidesWithPawns ? LeadingFiles : 1); ++file) {
+        bytes += '\0';
+        if (sidesWithPawns == 2) bytes += '\x11';
+        bytes += codes;
+    }
+    if (bytes.size() % 2) bytes += '\0';
+    for (int slice = 0; slice < (sidesWithPawns ? 8 : 2); ++slice) bytes += {'\x80', char(wdl + 2)};
+    bytes.resize((bytes.size() + 63) / 64 * 64 + 16);
+    return {bytes.begin(), bytes.end()};
+}
+
+// A table read from memory of exactly its size, where a sanitizer sees every read beyond the end.
+class TableInMemory {
+   public:
+    TableInMemory(const std::string& name, TbKind kind, const std::vector<char>& file)
+        : bytes(new std::uint8_t[file.size()]), tableKind(kind) {
+        std::copy(file.begin(), file.end(), bytes.get());
+        const TbMenCounts men = tbCountMen(name.c_str());
+        const std::uint8_t white = men.of[Pawn], black = men.of[Pawn + 8];
+        entry.hasPawns = white || black;
+        entry.symmetric = std::equal(men.of, men.of + 8, men.of + 8);
+        entry.menCount = std::uint8_t(name.size() - 1);
+        entry.kkEncoding = !entry.hasPawns && std::count(std::begin(men.of), std::end(men.of), 1) == 2;
+        entry.pawnsLeading = white && (!black || white <= black) ? white : black;
+        entry.pawnsOther = std::uint8_t(white + black - entry.pawnsLeading);
+        entry.mappedData[kind] = bytes.get();
+        entry.mappedSize[kind] = file.size();
+        readable = tbReadTable(entry, name.c_str(), kind);
+    }
+    ~TableInMemory() {
+        if (readable) tbFreeTable(entry, tableKind);
+    }
+    TableInMemory(const TableInMemory&) = delete;
+    TableInMemory& operator=(const TableInMemory&) = delete;
+
+    bool isReadable() const { return readable; }
+    // Looks up the ends of every slice and random numbers: each has a value in range or none, and there is
+    // none beyond the end.
+    bool holdsValuesInRange(std::mt19937& random, int reads) {
+        const int highest = tableKind == TbWdl ? 4 : 4095;
+        bool holds = true;
+        for (int file = 0; file < (entry.hasPawns ? LeadingFiles : 1); ++file)
+            for (int side = 0; side < (tableKind == TbWdl && !entry.symmetric ? 2 : 1); ++side) {
+                const TbFileSlices& slices = tbSlicesOf(entry, file);
+                const TbSlice& slice = tableKind == TbWdl ? slices.wdl[side] : slices.dtz;
+                for (int i = 0; i < reads; ++i) {
+                    const std::uint64_t any = (std::uint64_t(random()) << 32 | random()) % slice.size;
+                    const int value = tbRawValue(slice, i == 0 ? 0 : i == 1 ? slice.size - 1 : any);
+                    holds &= value >= -1 && value <= highest;
+                }
+                holds &= slice.flags & TbSingleValue || tbRawValue(slice, slice.size) == -1;
+            }
+        return holds;
+    }
+
+   private:
+    std::unique_ptr<std::uint8_t[]> bytes;
+    TbPawnEntry entry{};
+    TbKind tableKind;
+    bool readable;
+};
+
+// ---- Positions and their results ----
+
+// A table's men on random squares, of either colouring and with either side to move. The en-passant field
+// counts only where a pawn can be taken.
+inline std::string randomFen(const std::string& table, std::mt19937& random) {
+    std::string squares(64, '1');
+    bool black = random() % 2;
+    for (const char letter : table) {
+        if (letter == 'v') {
+            black = !black;
+            continue;
+        }
+        std::size_t square;
+        do square = random() % 64;
+        while (squares[square] != '1');
+        squares[square] = char(black ? std::tolower(letter) : letter);
+    }
+    const char* const turn = random() % 2 ? " b - " : " w - ";
+    return boardText(squares) + turn + char('a' + random() % 8) + (turn[1] == 'b' ? '3' : '6');
+}
+inline Position randomPosition(const std::string& table, std::mt19937& random) {
+    for (;;)
+        if (const Position pos = positionOf(randomFen(table, random)); isPlayable(pos)) return pos;
+}
+
+// A probe's value, or nothing where it fails.
+inline std::optional<int> probed(int (*probe)(Position&, int*), Position pos) {
+    int success;
+    const int value = probe(pos, &success);
+    return success ? std::optional(value) : std::nullopt;
+}
+inline std::optional<int> wdlOf(const Position& pos) { return probed(tbProbeWdl, pos); }
+inline std::optional<int> dtzOf(const Position& pos) { return probed(tbProbeDtz, pos); }
 
 struct ListedResult {
     std::string fen;
@@ -73,37 +193,28 @@ inline std::vector<ListedResult> listedResults() {
             ADD_FAILURE() << line;
         rows.push_back(row);
     }
+    EXPECT_GT(rows.size(), 700u) << "the list has shrunk";
     return rows;
 }
 
-inline std::string tableNameOf(const Position& pos) {
-    char name[TbNameSize];
-    tbTableName(pos, name, false);
-    return name;
-}
-
-// A well-formed win/draw/loss table that holds the same result for every position.
-inline std::vector<char> singleValueTable(const std::string& name, int wdl) {
-    std::vector<int> men;  // board codes, pawns first, kings last; like men together
-    const std::size_t middle = name.find('v');
-    const std::string letters = " PNBRQK";
-    bool pawns[2] = {};
-    for (int type = 1; type <= 6; ++type)
-        for (std::size_t i = 0; i < name.size(); ++i)
-            if (name[i] == letters[std::size_t(type)]) {
-                men.push_back(type + (i > middle ? 8 : 0));
-                if (type == 1) pawns[i > middle] = true;
-            }
-    const bool hasPawns = pawns[0] || pawns[1];
-    std::string bytes = "\x71\xe8\x23\x5d";
-    bytes += char(1 | (hasPawns ? 2 : 0) | int(men.size()) << 4);
-    for (int file = 0; file < (hasPawns ? 4 : 1); ++file) {
-        bytes += '\0';
-        if (pawns[0] && pawns[1]) bytes += '\x11';
-        for (const int code : men) bytes += char(code | code << 4);
+// What a move comes to for the side that makes it, by the probes of the child: a result, and the plies to the
+// zeroing move with the result's sign.
+struct MoveResult {
+    Move move;
+    int wdl, distance;
+};
+inline std::vector<MoveResult> resultsOfMoves(const Position& pos) {
+    std::vector<MoveResult> results;
+    Position child;
+    for (const Move move : legalMoves(pos)) {
+        makeChild(pos, child, move);
+        const std::optional<int> wdl = wdlOf(child), dtz = dtzOf(child);
+        EXPECT_TRUE(wdl && dtz) << writeFen(child);
+        const int result = -wdl.value_or(0);
+        const bool mates = child.inCheck && legalMoves(child).empty();
+        const int zeroing = std::abs(result) == 2 ? 1 : 101;
+        const int plies = mates || child.halfmoveClock == 0 ? zeroing : 1 + std::abs(dtz.value_or(0));
+        results.push_back({move, result, result > 0 ? plies : result < 0 ? -plies : 0});
     }
-    if (bytes.size() % 2) bytes += '\0';
-    for (int slice = 0; slice < (hasPawns ? 8 : 2); ++slice) bytes += {'\x80', char(wdl + 2)};
-    bytes.resize((bytes.size() + 63) / 64 * 64 + 16);
-    return {bytes.begin(), bytes.end()};
+    return results;
 }

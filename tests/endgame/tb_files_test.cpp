@@ -2,56 +2,38 @@
 #include "endgame/tb_files.h"
 
 #include "endgame/table_files.h"
-#include "endgame/tb_entry.h"
-#include "endgame/tb_probe.h"
-#include "endgame/tb_setup.h"
-#include "support/board_environment.h"
 
-#include <algorithm>
 #include <atomic>
-#include <random>
 #include <set>
 #include <sys/stat.h>
 #include <thread>
 
 namespace fs = std::filesystem;
 
-static int probeSuccess(const std::string& fen) {
-    Position pos = positionOf(fen);
-    int success;
-    tbProbeWdl(pos, &success);
-    return success;
-}
-static int distanceSuccess(const std::string& fen) {
-    Position pos = positionOf(fen);
-    int success;
-    tbProbeDtz(pos, &success);
-    return success;
-}
 static const char* const QueenWins = "8/8/8/2q5/5K2/8/8/2k5 b - -";
 static const char* const QueenTurned = "8/8/8/2Q5/5k2/8/8/2K5 w - -";
 static const char* const RookWins = "8/8/8/2r5/5K2/8/8/2k5 b - -";
 
+static bool isKnown(const char* fen) { return wdlOf(positionOf(fen)).has_value(); }
+static bool hasDistance(const char* fen) { return dtzOf(positionOf(fen)).has_value(); }
+
+static std::string foundLine(int wdl, int dtz, int men) {
+    return "info string Found " + std::to_string(wdl) + " WDL and " + std::to_string(dtz) +
+           " DTZ tablebase files (up to " + std::to_string(men) + "-man).\n";
+}
+
 // All sides of `count` men besides the king, each in the order that names have.
 static std::set<std::string> sidesOf(int count) {
+    const std::string order = "KQRBNP";
     std::set<std::string> sides{"K"};
     for (int i = 0; i < count; ++i) {
         std::set<std::string> longer;
         for (const std::string& side : sides)
-            for (const char piece : std::string("QRBNP"))
-                if (std::string("KQRBNP").find(piece) >= std::string("KQRBNP").find(side.back()))
-                    longer.insert(side + piece);
+            for (const char piece : order.substr(std::max<std::size_t>(order.find(side.back()), 1)))
+                longer.insert(side + piece);
         sides = longer;
     }
     return sides;
-}
-
-// Both names of every material, so that a table under a name it should not have would count twice.
-static void writeAllNames(const TableFolder& folder, int men) {
-    for (int first = 0; first <= men - 2; ++first)
-        for (const std::string& white : sidesOf(first))
-            for (const std::string& black : sidesOf(men - 2 - first))
-                folder.write(std::string(white).append("v").append(black).append(".rtbw"));
 }
 
 TEST(TbRegistration, FindsEveryMaterialOnce) {
@@ -59,16 +41,14 @@ TEST(TbRegistration, FindsEveryMaterialOnce) {
     int total = 0;
     const int expected[] = {5, 30, 110, 365, 1001};
     for (int men = 3; men <= 7; ++men) {
-        writeAllNames(folder, men);
+        // Both names of every material, so that a table under a name it should not have would count twice.
+        for (int first = 0; first <= men - 2; ++first)
+            for (const std::string& white : sidesOf(first))
+                for (const std::string& black : sidesOf(men - 2 - first))
+                    folder.write(std::string(white).append("v").append(black).append(".rtbw"));
         total += expected[men - 3];
-        EXPECT_EQ(initTables(folder.path()), "info string Found " + std::to_string(total) +
-                                                 " WDL and 0 DTZ tablebase files (up to " +
-                                                 std::to_string(men) + "-man).\n");
+        EXPECT_EQ(initTables(folder.path()), foundLine(total, 0, men));
     }
-    // Found under the key of either colouring: a file without content is then read, and refused.
-    for (const char* fen : {"k7/8/2QRB3/8/8/3p4/4p3/K7 w - -", "K7/8/2qrn3/8/8/3P4/4P3/k7 w - -",
-                            "k7/8/2R5/8/8/3r4/8/K7 b - -"})
-        EXPECT_EQ(errorsOf([fen] { EXPECT_EQ(probeSuccess(fen), 0); }), "Corrupted table.\n") << fen;
 }
 
 TEST(TbRegistration, ReadsSeveralDirectoriesAndCountsKinds) {
@@ -78,22 +58,14 @@ TEST(TbRegistration, ReadsSeveralDirectoriesAndCountsKinds) {
     second.write("KRvK.rtbw");
     second.write("KRvK.rtbz");
     second.write("KQvKR.rtbz");  // without its win/draw/loss file it doesn't count
-    EXPECT_EQ(initTables(":" + first.path() + "::" + second.path() + ":"),
-              "info string Found 2 WDL and 1 DTZ tablebase files (up to 3-man).\n");
+    EXPECT_EQ(initTables(":" + first.path() + "::" + second.path() + ":"), foundLine(2, 1, 3));
     EXPECT_EQ(tbDtmCount, 1);
     EXPECT_EQ(tbMaxMenDtm, 3);
 
     EXPECT_EQ(initTables("<empty>"), "");
     EXPECT_EQ(tbWdlCount + tbDtmCount + tbDtzCount, 0);
     EXPECT_EQ(tbMaxMen, 3) << "kept when the path is emptied";
-    EXPECT_EQ(errorsOf([] { EXPECT_EQ(probeSuccess(QueenWins), 0); }), "");
-
-    const TableFolder distancesOnly;
-    distancesOnly.write("KQvK.rtbz");
-    EXPECT_EQ(initTables(distancesOnly.path()),
-              "info string Found 0 WDL and 0 DTZ tablebase files (up to 0-man).\n");
-    EXPECT_EQ(initTables("/nonexistent/tables"),
-              "info string Found 0 WDL and 0 DTZ tablebase files (up to 0-man).\n");
+    EXPECT_EQ(errorsOf([] { EXPECT_FALSE(isKnown(QueenWins)); }), "");
 }
 
 TEST(TbRegistration, PassesOverWhatIsNoFile) {
@@ -101,17 +73,16 @@ TEST(TbRegistration, PassesOverWhatIsNoFile) {
     fs::create_directory(first.file("KQvK.rtbw"));
     fs::create_symlink("nowhere", first.file("KRvK.rtbw"));
     ASSERT_EQ(mkfifo(first.file("KBvK.rtbw").c_str(), 0600), 0);
-    EXPECT_EQ(initTables(first.path()), "info string Found 0 WDL and 0 DTZ tablebase files (up to 0-man).\n");
+    EXPECT_EQ(initTables(first.path() + ":/nonexistent/tables"), foundLine(0, 0, 0));
     second.write("KQvK.rtbw", singleValueTable("KQvK", 2));
-    initTables(first.path() + ":" + second.path());
-    EXPECT_EQ(tbWdlCount, 1);
-    EXPECT_EQ(probeSuccess(QueenWins), 1);
+    EXPECT_EQ(initTables(first.path() + ":" + second.path()), foundLine(1, 0, 3));
+    EXPECT_TRUE(isKnown(QueenWins));
 
     const fs::path deep = second.file(std::string(120, 'a')) / std::string(120, 'b');
     fs::create_directories(deep);
     fs::copy_file(second.file("KQvK.rtbw"), deep / "KRvK.rtbw");
-    initTables(deep.string() + ":" + second.path());
-    EXPECT_EQ(tbWdlCount, 1) << "a path that doesn't fit is skipped, the next directory is read";
+    EXPECT_EQ(initTables(deep.string() + ":" + second.path()), foundLine(1, 0, 3))
+        << "a path that doesn't fit is skipped, the next directory is read";
 }
 
 TEST(TbDamage, MessageOnceAndTableAbsent) {
@@ -131,13 +102,11 @@ TEST(TbDamage, MessageOnceAndTableAbsent) {
         SCOPED_TRACE(what);
         folder.write("KQvK.rtbw", bytes);
         initTables(folder.path());
-        EXPECT_EQ(errorsOf([] { EXPECT_EQ(probeSuccess(QueenWins), 0); }), "Corrupted table.\n");
         EXPECT_EQ(errorsOf([] {
-                      EXPECT_EQ(probeSuccess(QueenWins), 0);
-                      EXPECT_EQ(probeSuccess(QueenTurned), 0);
+                      for (const char* fen : {QueenWins, QueenWins, QueenTurned}) EXPECT_FALSE(isKnown(fen));
                   }),
-                  "");
-        EXPECT_EQ(probeSuccess(RookWins), 1) << "other tables are still read";
+                  "Corrupted table.\n");
+        EXPECT_TRUE(isKnown(RookWins)) << "other tables are still read";
     }
 }
 
@@ -146,227 +115,120 @@ TEST(TbDamage, DistancesAbsentOrDamaged) {
     const TableFolder folder;
     folder.copyReal("KQvK.rtbw");
     initTables(folder.path());
-    EXPECT_EQ(distanceSuccess(QueenWins), 0);
-    EXPECT_EQ(probeSuccess(QueenWins), 1);
+    EXPECT_FALSE(hasDistance(QueenWins));
+    EXPECT_TRUE(isKnown(QueenWins));
 
     folder.copyReal("KQvK.rtbz");
     initTables(folder.path());
     fs::remove(folder.file("KQvK.rtbz"));
-    EXPECT_EQ(errorsOf([] { EXPECT_EQ(distanceSuccess(QueenWins), 0); }), "");
-    EXPECT_EQ(probeSuccess(QueenWins), 1) << "only that probe fails";
+    EXPECT_EQ(errorsOf([] { EXPECT_FALSE(hasDistance(QueenWins)); }), "");
+    EXPECT_TRUE(isKnown(QueenWins)) << "only that probe fails";
     folder.copyReal("KQvK.rtbz");
-    EXPECT_EQ(distanceSuccess(QueenWins), 1) << "and the file is looked for again";
+    EXPECT_TRUE(hasDistance(QueenWins)) << "and the file is looked for again";
 
     folder.write("KQvK.rtbz", std::vector<char>(80));
     initTables(folder.path());
-    EXPECT_EQ(errorsOf([] { EXPECT_EQ(distanceSuccess(QueenWins), 0); }), "Corrupted table.\n");
-    EXPECT_EQ(probeSuccess(QueenWins), 0) << "a damaged copy is not trusted at all";
+    EXPECT_EQ(errorsOf([] { EXPECT_FALSE(hasDistance(QueenWins)); }), "Corrupted table.\n");
+    EXPECT_FALSE(isKnown(QueenWins)) << "a damaged copy is not trusted at all";
 }
 
 // Positions of one table, of both sides, with what is known of them.
 static std::vector<ListedResult> listedFor(const std::string& table) {
     std::vector<ListedResult> rows;
-    for (const ListedResult& row : listedResults()) {
-        const Position pos = positionOf(row.fen);
-        char mirrored[TbNameSize];
-        tbTableName(pos, mirrored, true);
-        if (tableNameOf(pos) == table || mirrored == table) rows.push_back(row);
-    }
+    for (const ListedResult& row : listedResults())
+        for (const bool mirrored : {false, true}) {
+            char name[TbNameSize];
+            tbTableName(positionOf(row.fen), name, mirrored);
+            if (name != table) continue;
+            rows.push_back(row);
+            break;
+        }
     return rows;
 }
 
-// One table each of: no pawns, kings leading, symmetric, pawns of one side, of both, a mapped distance.
-static const char* const SampleTables[] = {"KRvKN", "KBBvK", "KQvKQ", "KPPvK", "KPvKP", "KQvKP"};
-
-TEST(TbDamage, NoCutFileIsRead) {
+// Cut files are refused. Wrong bytes may give wrong results, but only results, and no read outside of the
+// file. One table each of: no pawns, kings leading, symmetric, pawns of one side, of both, a mapped distance.
+TEST(TbDamage, CutFilesAreRefusedAndAlteredOnesStayInBounds) {
     REQUIRE_SHARED_DATA();
-    std::mt19937 random(5);
-    for (const std::string table : SampleTables)
-        for (const std::string suffix : {".rtbw", ".rtbz"}) {
-            const TableFolder folder;
-            folder.copyReal(table + ".rtbw");
-            folder.copyReal(table + ".rtbz");
-            const fs::path file = folder.file(table + suffix);
-            const std::uintmax_t size = fs::file_size(file);
-            const std::string fen = listedFor(table)[0].fen;
-            std::set<std::uintmax_t> lengths{0,   1,        4,         16,        79,        80,
-                                             144, size - 1, size - 16, size - 64, size - 128};
-            while (lengths.size() < 50)
-                lengths.insert(random() % 2 ? random() % size : random() % size / 64 * 64 + 16);
-            for (const std::uintmax_t length : lengths) {
-                fs::remove(file);
-                folder.copyReal(table + suffix);
-                fs::resize_file(file, length);
-                initTables(folder.path());
-                Position pos = positionOf(fen);
-                EXPECT_EQ(errorsOf([&] {
-                              EXPECT_EQ(tbTableFor(pos, suffix == ".rtbw" ? TbWdl : TbDtz), nullptr);
-                              EXPECT_EQ(tbTableFor(pos, TbWdl), nullptr);
-                          }),
-                          "Corrupted table.\n")
-                    << table << suffix << " cut to " << length;
+    std::mt19937 random(11);
+    const TableFolder folder;
+    int survivors = 0;
+    for (const std::string table : {"KRvKN", "KBBvK", "KQvKQ", "KPPvK", "KPvKP", "KQvKP"}) {
+        std::vector<char> whole[TbKinds];
+        for (const TbKind kind : {TbWdl, TbDtz}) {
+            SCOPED_TRACE(fileName(table, kind));
+            whole[kind] = readBytes(realTables() / fileName(table, kind));
+            const std::size_t size = whole[kind].size();
+            std::set<std::size_t> lengths{size - 1, size - 16, size - 64, size - 128};
+            // The first 16 bytes of a block of 64 end a file that may look whole.
+            for (std::size_t length = 0; length < size; length += 1 + size / 50)
+                lengths.insert({length, std::min(length / 64 * 64 + 16, size - 64)});
+            for (const std::size_t length : lengths) {
+                const std::vector<char> part(whole[kind].data(), whole[kind].data() + length);
+                EXPECT_FALSE(TableInMemory(table, kind, part).isReadable()) << "cut to " << length;
             }
         }
-}
-
-// Wrong bytes may give wrong results, but only results, and no read outside of the file.
-TEST(TbDamage, AlteredFilesGiveResultsInRangeOrNone) {
-    REQUIRE_SHARED_DATA();
-    std::mt19937 random(9);
-    for (const std::string table : SampleTables) {
         const std::vector<ListedResult> rows = listedFor(table);
         ASSERT_FALSE(rows.empty());
-        const std::vector<char> wdl = readBytes(realTables() / (table + ".rtbw"));
-        const std::vector<char> dtz = readBytes(realTables() / (table + ".rtbz"));
-        const TableFolder folder;
-        for (int round = 0; round < 60; ++round) {
-            for (const bool distances : {false, true}) {
-                std::vector<char> bytes = distances ? dtz : wdl;
-                // Half of the rounds hit the head alone, where the structure is.
-                const std::size_t reach = round % 2 ? bytes.size() : std::min<std::size_t>(bytes.size(), 400);
-                for (auto i = 1 + random() % 20; i > 0; --i)
-                    bytes[6 + random() % (reach - 6)] = char(random());
-                folder.write(table + (distances ? ".rtbz" : ".rtbw"), bytes);
+        for (int round = 0; round < 100; ++round) {
+            for (const TbKind kind : {TbWdl, TbDtz}) {
+                std::vector<char> bytes = whole[kind];
+                // A third of the rounds hits the head alone, where the structure is.
+                const std::size_t head = std::min<std::size_t>(bytes.size(), 400);
+                const std::size_t reach = round % 3 ? bytes.size() - 6 : head - 6;
+                for (auto i = 1 + random() % 40; i > 0; --i) bytes[6 + random() % reach] = char(random());
+                folder.write(fileName(table, kind), bytes);
+                TableInMemory damaged(table, kind, bytes);
+                if (!damaged.isReadable()) continue;
+                ++survivors;
+                EXPECT_TRUE(damaged.holdsValuesInRange(random, 100)) << fileName(table, kind);
             }
             initTables(folder.path());
             testing::internal::CaptureStderr();
             for (const ListedResult& row : rows) {
-                Position pos = positionOf(row.fen);
-                int success;
-                const int result = tbProbeWdl(pos, &success);
-                EXPECT_TRUE(!success || (result >= -2 && result <= 2)) << row.fen;
-                tbProbeDtz(pos, &success);
+                const Position pos = positionOf(row.fen);
+                EXPECT_LE(std::abs(wdlOf(pos).value_or(0)), 2) << row.fen;
+                dtzOf(pos);
             }
             testing::internal::GetCapturedStderr();
         }
     }
-}
-
-// A table read from memory of exactly its size, where a sanitizer sees every read beyond the end.
-class TableInMemory {
-   public:
-    TableInMemory(const std::string& table, TbKind kind, const std::vector<char>& file)
-        : bytes(file.begin(), file.end()), tableKind(kind) {
-        const TbMenCounts men = tbCountMen(table.c_str());
-        const std::uint8_t white = men.of[Pawn], black = men.of[boardCode(Black, Pawn)];
-        entry.hasPawns = white || black;
-        entry.symmetric = table.substr(0, table.find('v')) == table.substr(table.find('v') + 1);
-        entry.menCount = std::uint8_t(table.size() - 1);
-        entry.kkEncoding = std::count(std::begin(men.of), std::end(men.of), 1) == 2;
-        entry.pawnsLeading = white && (!black || white <= black) ? white : black;
-        entry.pawnsOther = std::uint8_t(white + black - entry.pawnsLeading);
-        entry.mappedData[kind] = bytes.data();
-        entry.mappedSize[kind] = bytes.size();
-        readable = tbReadTable(entry, table.c_str(), kind);
-    }
-    ~TableInMemory() {
-        if (readable) tbFreeTable(entry, tableKind);
-    }
-    TableInMemory(const TableInMemory&) = delete;
-    TableInMemory& operator=(const TableInMemory&) = delete;
-
-    bool isReadable() const { return readable; }
-    // Looks up random numbers and the ends of every slice; the highest value, or -1 if none could be told.
-    int highestValue(std::mt19937& random) {
-        int highest = -1;
-        for (int file = 0; file < (entry.hasPawns ? LeadingFiles : 1); ++file)
-            for (int side = 0; side < (tableKind == TbWdl && !entry.symmetric ? 2 : 1); ++side) {
-                const TbFileSlices& slices = entry.slices[file];
-                const TbSlice& slice = tableKind == TbWdl ? slices.wdl[side] : slices.dtz;
-                for (int i = 0; i < 100; ++i)
-                    highest = std::max(highest, tbRawValue(slice, random() % slice.size));
-                for (const std::uint64_t number : {std::uint64_t(0), slice.size - 1, slice.size})
-                    highest = std::max(highest, tbRawValue(slice, number));
-            }
-        return highest;
-    }
-
-   private:
-    std::vector<std::uint8_t> bytes;
-    TbPawnEntry entry{};
-    TbKind tableKind;
-    bool readable;
-};
-
-TEST(TbDamage, NothingIsReadBeyondTheEnd) {
-    REQUIRE_SHARED_DATA();
-    std::mt19937 random(11);
-    int survivors = 0;
-    for (const std::string table : {"KPPvK", "KPvKP", "KQvKP"})
-        for (const TbKind kind : {TbWdl, TbDtz}) {
-            const std::vector<char> whole =
-                readBytes(realTables() / (table + (kind == TbWdl ? ".rtbw" : ".rtbz")));
-            TableInMemory good(table, kind, whole);
-            ASSERT_TRUE(good.isReadable()) << table;
-            EXPECT_GT(good.highestValue(random), 0) << table;
-            for (std::size_t length = 0; length < whole.size(); length += 1 + whole.size() / 50) {
-                // The first 16 bytes of a block of 64 end a file that may look whole.
-                for (const std::size_t cut : {length, length / 64 * 64 + 16}) {
-                    const std::vector<char> part(whole.begin(), whole.begin() + std::ptrdiff_t(cut));
-                    EXPECT_TRUE(cut >= whole.size() || !TableInMemory(table, kind, part).isReadable())
-                        << table << " cut to " << cut;
-                }
-            }
-            for (int round = 0; round < 150; ++round) {
-                std::vector<char> bytes = whole;
-                const std::size_t reach =
-                    round % 3 ? bytes.size() : std::min<std::size_t>(bytes.size(), 1200);
-                for (auto i = 1 + random() % 40; i > 0; --i)
-                    bytes[6 + random() % (reach - 6)] = char(random());
-                TableInMemory damaged(table, kind, bytes);
-                if (!damaged.isReadable()) continue;
-                ++survivors;
-                const int highest = damaged.highestValue(random);
-                EXPECT_LE(highest, kind == TbWdl ? 4 : 4095);
-            }
-        }
-    EXPECT_GT(survivors, 50) << "too few files were damaged where it goes unnoticed";
+    EXPECT_GT(survivors, 100) << "too few files were damaged where it goes unnoticed";
 }
 
 // The same table with its maps of distances widened from 8 to 16 bits, which no table of so few men has.
-static std::vector<char> withWideMap(const std::vector<char>& file, const TbEntry& entry) {
-    const TbSlice& slice = tbSlicesOf(const_cast<TbEntry&>(entry), 0).dtz;
+static std::vector<char> withWideMap(const std::vector<char>& file, TbEntry& entry) {
+    const TbSlice& slice = tbSlicesOf(entry, 0).dtz;
     const std::uint8_t* data = entry.mappedData[TbDtz];
     const std::size_t header = std::size_t(slice.first - data) - 10;
-    std::size_t from = tbSlicesOf(const_cast<TbEntry&>(entry), 0).dtzMap;
+    std::size_t from = tbSlicesOf(entry, 0).dtzMap;
     std::vector<char> bytes(file.begin(), file.begin() + std::ptrdiff_t(from));
     bytes[header] = char(bytes[header] | TbWideMap);
     for (int list = 0; list < 4; ++list)
         for (int left = data[from]; left >= 0; --left) bytes.insert(bytes.end(), {file[from++], '\0'});
-    const auto append = [&](const std::uint8_t* begin, const std::uint8_t* end) {
-        bytes.insert(bytes.end(), file.begin() + (begin - data), file.begin() + (end - data));
+    const auto append = [&bytes](const std::uint8_t* begin, const std::uint8_t* end) {
+        bytes.insert(bytes.end(), begin, end);
+        bytes.resize((bytes.size() + 63) / 64 * 64);
     };
-    const auto pad = [&] { bytes.resize((bytes.size() + 63) / 64 * 64); };
     append(slice.sparse, slice.lengths + 2 * slice.blockCount);
-    pad();
     append(slice.blocks, slice.blocks + (std::size_t(slice.realBlocks) << slice.blockLog));
-    pad();
     bytes.resize(bytes.size() + 16);
     return bytes;
 }
 
 TEST(TbMaps, MayBeWide) {
     REQUIRE_SHARED_DATA();
-    const std::string table = "KQvKR";
     const TableFolder folder;
-    initTables(realTables().string());
-    const std::vector<ListedResult> rows = listedFor(table);
+    initTables(realTables());
+    const std::vector<ListedResult> rows = listedFor("KQvKR");
+    TbEntry* const entry = tbTableFor(positionOf(rows.at(0).fen), TbDtz);
+    ASSERT_TRUE(entry && tbSlicesOf(*entry, 0).dtz.flags & TbMapped);
+    folder.write("KQvKR.rtbz", withWideMap(readBytes(realTables() / "KQvKR.rtbz"), *entry));
+    for (const char* name : {"KQvKR.rtbw", "KQvK.rtbw", "KRvK.rtbw"}) folder.copyReal(name);
+    initTables(folder.path());
     int decisive = 0;
     for (const ListedResult& row : rows) {
-        Position pos = positionOf(row.fen);
-        TbEntry* const entry = tbTableFor(pos, TbDtz);
-        ASSERT_NE(entry, nullptr);
-        ASSERT_TRUE(tbSlicesOf(*entry, 0).dtz.flags & TbMapped);
-        folder.write(table + ".rtbz", withWideMap(readBytes(realTables() / (table + ".rtbz")), *entry));
-        break;
-    }
-    for (const std::string name : {"KQvKR", "KQvK", "KRvK"}) folder.copyReal(name + ".rtbw");
-    initTables(folder.path());
-    for (const ListedResult& row : rows) {
-        Position pos = positionOf(row.fen);
-        int success;
-        EXPECT_EQ(tbProbeDtz(pos, &success), row.dtz) << row.fen;
-        EXPECT_GT(success, 0) << row.fen;
+        EXPECT_EQ(dtzOf(positionOf(row.fen)), row.dtz) << row.fen;
         decisive += std::abs(row.dtz) > 1;
     }
     EXPECT_GT(decisive, 0);
@@ -379,17 +241,13 @@ TEST(TbThreads, ShareTheFirstUseOfATable) {
     positions.reserve(rows.size());
     for (const ListedResult& row : rows) positions.push_back(positionOf(row.fen));
     for (int round = 0; round < 20; ++round) {
-        initTables(realTables().string());
+        initTables(realTables());
         std::atomic<int> waiting = 4, wrong = 0;
         const auto probeAll = [&] {
             --waiting;
             while (waiting > 0) std::this_thread::yield();
-            for (std::size_t i = 0; i < rows.size(); ++i) {
-                Position pos = positions[i];
-                int success;
-                wrong += tbProbeWdl(pos, &success) != rows[i].wdl || success == 0;
-                wrong += tbProbeDtz(pos, &success) != rows[i].dtz || success == 0;
-            }
+            for (std::size_t i = 0; i < rows.size(); ++i)
+                wrong += wdlOf(positions[i]) != rows[i].wdl || dtzOf(positions[i]) != rows[i].dtz;
         };
         std::vector<std::thread> threads;
         threads.reserve(4);

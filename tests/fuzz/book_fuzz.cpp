@@ -2,20 +2,11 @@
 // Book Line, bit 1 Chess960, bit 2 a book that is made from short records. Such a record has five bytes:
 // which position's key (with its top bit: one more than that), move, weight; and the book is sorted.
 // Otherwise the rest of the input is the file.
-#include "board/fen.h"
-#include "board/make_move.h"
-#include "board/movegen.h"
-#include "board/settings.h"
-#include "board/sliders.h"
 #include "endgame/book.h"
 #include "endgame/polyglot_keys.h"
 #include "fuzz/fuzz_support.h"
-#include "search/thread_pool.h"
-#include "search/trans_table.h"
+#include "support/book_record.h"
 #include "support/temporary_folder.h"
-
-#include <algorithm>
-#include <vector>
 
 namespace {
 
@@ -31,57 +22,27 @@ constexpr const char* Fens[] = {
     "7k/5Q2/6K1/8/8/8/8/8 b - -",  // stalemate: no move is legal
 };
 
-struct Record {
-    Key key;
-    std::uint8_t move[2], weight[2];
-};
-
-std::string bytesOf(const Record& record) {
-    std::string bytes;
-    for (int shift = 56; shift >= 0; shift -= 8) bytes += char(record.key >> shift);
-    for (const std::uint8_t* word : {record.move, record.weight})
-        bytes.append({char(word[0]), char(word[1])});
-    bytes.resize(16);
-    return bytes;
-}
-
-Position positionOf(const char* fen) {
-    Position pos;
-    setFen(&pos, fen);
-    return pos;
-}
-
 // The file that short records stand for. What is left over at the end follows as it is.
 std::string madeBook(const std::uint8_t* data, std::size_t size) {
-    constexpr std::size_t ShortSize = 5;
-    std::vector<Record> records;
+    constexpr std::size_t ShortSize = 5, KeySize = 8;
+    std::vector<std::string> records;
     for (; size >= ShortSize; data += ShortSize, size -= ShortSize) {
-        const Position pos = positionOf(Fens[(data[0] & 127) % std::size(Fens)]);
-        records.push_back({bookKey(pos) + (data[0] >> 7), {data[1], data[2]}, {data[3], data[4]}});
+        const Key key = bookKey(positionOf(Fens[(data[0] & 127) % std::size(Fens)])) + (data[0] >> 7);
+        const auto word = [data](int at) { return unsigned(data[at] << 8 | data[at + 1]); };
+        records.push_back(bookRecord(key, word(1), word(3)));
     }
-    std::stable_sort(records.begin(), records.end(),
-                     [](const Record& a, const Record& b) { return a.key < b.key; });
+    std::stable_sort(records.begin(), records.end(), [](const std::string& a, const std::string& b) {
+        return a.compare(0, KeySize, b, 0, KeySize) < 0;
+    });
     std::string bytes;
-    for (const Record& record : records) bytes += bytesOf(record);
+    for (const std::string& record : records) bytes += record;
     return bytes.append(reinterpret_cast<const char*>(data), size);
-}
-
-bool isLegal(const Position& pos, Move move) {
-    Move list[MaxListMoves];
-    const int count = genAllMoves(pos, list);
-    Position child;
-    return std::any_of(list, list + count,
-                       [&](Move m) { return cleanMove(m) == move && makeMove(&pos, &child, move); });
 }
 
 }  // namespace
 
 int LLVMFuzzerInitialize(int*, char***) {
-    takeOverProcessEnd();
-    initSliders();
-    ThreadPool::tableMemoryInUse = 1;
-    ThreadPool::resize(true);
-    transTable.resize(1);
+    startSmallEngine();
     bookMoveLimit = 1000;
     return 0;
 }
@@ -91,17 +52,16 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
     settings.bestBookLine = data[0] & 1;
     settings.chess960 = data[0] & 2;
-    const std::string bytes = data[0] & 4 ? madeBook(data + 1, size - 1)
-                                          : std::string(reinterpret_cast<const char*>(data) + 1, size - 1);
-    folder.write("book.bin", bytes);
+    folder.write("book.bin", data[0] & 4 ? madeBook(data + 1, size - 1)
+                                         : std::string(reinterpret_cast<const char*>(data) + 1, size - 1));
     settings.bookFile = folder.file("book.bin");
     openBook();
     for (const char* fen : Fens) {
-        Position pos = positionOf(fen);
+        Position pos = positionOf(fen), child;
         std::srand(1);
         try {
             const Move move = bookProbe(pos);
-            require(move == NoMove || isLegal(pos, move), "a book move is legal");
+            require(move == NoMove || makeLegal(pos, child, move), "a book move is legal");
         } catch (const ProcessEnded&) {
             // Intended in the engine: a group at the very end of the file ends the process.
         }

@@ -1,14 +1,11 @@
 // A FEN of any bytes, and a walk from it. The first byte of an input chooses Chess960 ('c') or not; the FEN
 // goes to the line's end; each byte behind it chooses a move of the walk.
-#include "board/attacks.h"
 #include "board/exchange.h"
 #include "board/fen.h"
 #include "board/legality.h"
 #include "board/make_move.h"
 #include "board/move_picker.h"
 #include "board/movegen.h"
-#include "board/settings.h"
-#include "board/sliders.h"
 #include "endgame/polyglot_keys.h"
 #include "eval/evaluate.h"
 #include "eval/king_pawn_bitbase.h"
@@ -16,12 +13,7 @@
 #include "eval/parameters.h"
 #include "fuzz/fuzz_support.h"
 #include "search/search_tables.h"
-#include "search/thread_pool.h"
-#include "search/trans_table.h"
 #include "support/slow_chess.h"
-
-#include <algorithm>
-#include <vector>
 
 namespace {
 
@@ -63,19 +55,16 @@ Moves pickedMoves(const Position& pos, std::uint32_t kind, Move hash) {
     return sorted(moves);
 }
 
-void drainQuiescence(const Position& pos, std::uint32_t kind) {
-    MovePicker picker;
-    picker.start(pos, kind, 0, NoMove);
-    Position child;
-    while (const Move move = nextQuiescenceMove(&picker)) makeMove(&pos, &child, move);
-}
-
 void checkPickers(const Position& pos, const Moves& legal) {
     const Move hash = legal.empty() ? NoMove : legal[legal.size() / 2];
     if (!pos.inCheck) {
         require(pickedMoves(pos, KindFull, hash) == legal, "the picker hands out every move once");
-        for (const std::uint32_t kind : {KindQuiescence, KindQuiescenceChecks, KindQuiescenceQueenChecks})
-            drainQuiescence(pos, kind);
+        for (const std::uint32_t kind : {KindQuiescence, KindQuiescenceChecks, KindQuiescenceQueenChecks}) {
+            MovePicker picker;
+            picker.start(pos, kind, 0, NoMove);
+            Position child;
+            while (const Move move = nextQuiescenceMove(&picker)) makeMove(&pos, &child, move);
+        }
         return;
     }
     // Promotions to rook and bishop that interpose are left out.
@@ -88,18 +77,6 @@ void checkPickers(const Position& pos, const Moves& legal) {
         require(std::binary_search(legal.begin(), legal.end(), move), "every evasion is a move");
 }
 
-void checkMove(const Position& pos, const Position& child, Move move) {
-    require(isConsistent(child, true), "the keys and sums of a child are right");
-    require(isPlayable(child), "a child is playable");
-    require(isValidMove(pos, move), "a generated move is valid");
-    require(givesCheckQuick(pos, move) == (child.inCheck != 0), "checks are seen before the move is made");
-    seeLosing(pos, move);
-    seeBelowMargin(pos, move, 100);
-    seeScore(pos, move, 10);
-    seeThreat(pos, move);
-    seeFromSquareSafe(pos, move);
-}
-
 // Every legal move, made and judged. Nothing for a position with more moves than a list holds: there is no
 // such game, and lists are then cut.
 Moves checkMoves(const Position& pos) {
@@ -110,9 +87,17 @@ Moves checkMoves(const Position& pos) {
     Position child;
     for (int i = 0; i < count; ++i) {
         const Move move = cleanMove(list[i]);
-        if (!makeMove(&pos, &child, move)) continue;
-        child.inCheck = isInCheck(child);
-        checkMove(pos, child, move);
+        if (!makeChild(pos, child, move)) continue;
+        require(isConsistent(child, true), "the keys and sums of a child are right");
+        require(isPlayable(child), "a child is playable");
+        require(isValidMove(pos, move), "a generated move is valid");
+        require(givesCheckQuick(pos, move) == (child.inCheck != 0),
+                "checks are seen before the move is made");
+        seeLosing(pos, move);
+        seeBelowMargin(pos, move, 100);
+        seeScore(pos, move, 10);
+        seeThreat(pos, move);
+        seeFromSquareSafe(pos, move);
         legal.push_back(move);
     }
     if (count == MaxListMoves) return {};
@@ -125,38 +110,29 @@ Moves checkMoves(const Position& pos) {
     return legal;
 }
 
-void checkEvaluation(Position& pos) {
-    const int score = evaluate(pos, -OpenEvalBound, OpenEvalBound);
-    require(score > -OpenEvalBound && score < OpenEvalBound, "scores are in range");
-    require(evaluate(pos, -OpenEvalBound, OpenEvalBound) == score, "a cached score is the same");
-}
-
 // A walk of legal moves, each position judged on its way.
 void walk(Position root, const std::uint8_t* choices, std::size_t plies) {
     std::vector<Position> line(plies + 1);
     line[0] = root;
     for (std::size_t ply = 0; ply <= plies; ++ply) {
-        checkEvaluation(line[ply]);
+        const int score = evaluate(line[ply], -OpenEvalBound, OpenEvalBound);
+        require(score > -OpenEvalBound && score < OpenEvalBound, "scores are in range");
+        require(evaluate(line[ply], -OpenEvalBound, OpenEvalBound) == score, "a cached score is the same");
         bookKey(line[ply]);
         const Moves legal = checkMoves(line[ply]);
         if (legal.empty() || ply == plies) return;
-        makeMove(&line[ply], &line[ply + 1], legal[choices[ply] % legal.size()]);
-        line[ply + 1].inCheck = isInCheck(line[ply + 1]);
+        makeChild(line[ply], line[ply + 1], legal[choices[ply] % legal.size()]);
     }
 }
 
 }  // namespace
 
 int LLVMFuzzerInitialize(int*, char***) {
-    takeOverProcessEnd();
-    initSliders();
+    startSmallEngine();
     initKingPawnBitbase();
     initMaterialTable();
     initEvalParameters();
     buildSearchTables();
-    ThreadPool::tableMemoryInUse = 1;
-    ThreadPool::resize(true);
-    transTable.resize(1);
     return 0;
 }
 

@@ -1,8 +1,14 @@
-// What the fuzzers share: the end of the process made bearable, and checks that keep an input.
+// What the fuzzers share: the end of the process made bearable, checks that keep an input, and a small
+// engine.
 #pragma once
 
 #include "board/end_process.h"
+#include "board/sliders.h"
+#include "search/thread_pool.h"
+#include "search/trans_table.h"
+#include "support/board_environment.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -16,11 +22,26 @@ inline void takeOverProcessEnd() {
     endProcessHook = [](int status) { throw ProcessEnded{status}; };
 }
 
+// What every layer but the shell stands on, with the least memory.
+inline void startSmallEngine() {
+    takeOverProcessEnd();
+    initSliders();
+    ThreadPool::tableMemoryInUse = 1;
+    ThreadPool::resize(true);
+    transTable.resize(1);
+}
+
 // Crashes, so that the fuzzer keeps the input, unless a property holds.
 inline void require(bool holds, const char* property) {
     if (holds) return;
     std::fprintf(stderr, "fuzzer: does not hold: %s\n", property);
     std::abort();
+}
+
+// Makes a clean move if the rules allow it.
+inline bool makeLegal(const Position& pos, Position& child, Move move) {
+    const std::vector<Move> moves = pseudoLegalMoves(pos);
+    return std::count(moves.begin(), moves.end(), move) > 0 && makeChild(pos, child, move);
 }
 
 // libFuzzer finds these by name.

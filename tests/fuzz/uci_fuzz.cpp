@@ -8,29 +8,24 @@
 // - Lines that name the options of memory, threads or files are written anew from what they say: small
 //   tables, three threads at most, and files in a folder of the fuzzer's own.
 // - `quit` is left out, since the tables are gone after it.
-#include "board/attacks.h"
-#include "board/make_move.h"
-#include "board/movegen.h"
-#include "board/settings.h"
 #include "endgame/book.h"
 #include "fuzz/fuzz_support.h"
 #include "search/limits.h"
 #include "search/search_host.h"
-#include "search/search_tables.h"
-#include "search/thread_pool.h"
-#include "search/trans_table.h"
 #include "shell/commands.h"
 #include "shell/log.h"
 #include "shell/main_loop.h"
 #include "shell/start_up.h"
+#include "support/book_record.h"
 #include "support/shared_data.h"
 #include "support/temporary_folder.h"
 #include "tree/node_store.h"
 #include "tree/tree_driver.h"
 
-#include <algorithm>
 #include <cctype>
 #include <deque>
+#include <iterator>
+#include <sstream>
 
 namespace {
 
@@ -38,6 +33,7 @@ constexpr std::size_t MostLines = 48;
 constexpr int MostSearches = 6;  // of one input; so many perft commands too
 constexpr std::uint64_t MostNodes = 400;
 constexpr int MostPolls = 8;  // of one search, before it is stopped
+constexpr long MostPerftPlies = 2;
 
 const TemporaryFolder& folder() {
     static const TemporaryFolder made;
@@ -47,13 +43,8 @@ const TemporaryFolder& folder() {
 // ---- Bounded lines ----
 
 Tokens splitTokens(const std::string& line) {
-    constexpr const char* Blanks = "\t\n\r ";
-    Tokens tokens;
-    for (std::size_t end = 0, begin; (begin = line.find_first_not_of(Blanks, end)) != std::string::npos;) {
-        end = std::min(line.find_first_of(Blanks, begin), line.size());
-        tokens.push_back(line.substr(begin, end - begin));
-    }
-    return tokens;
+    std::istringstream text(line);
+    return {std::istream_iterator<std::string>(text), {}};
 }
 
 std::string boundedGo(const Tokens& tokens) {
@@ -67,16 +58,9 @@ std::string boundedGo(const Tokens& tokens) {
     return line;
 }
 
-std::string boundedPerft(const Tokens& tokens) {
-    constexpr long MostPlies = 2;
-    const long plies = tokens.size() > 1 ? std::strtol(tokens[1].c_str(), nullptr, 10) : 0;
-    return "perft " + std::to_string(std::min(plies, MostPlies));
-}
-
-// The number at the end of a line, for an option that must not be large.
-std::string boundedNumber(const std::string& name, const std::string& value, long most) {
-    const long number = std::clamp(std::strtol(value.c_str(), nullptr, 10), -100L, most);
-    return "setoption name " + name + " value " + std::to_string(number);
+// A number that must not be large.
+std::string boundedNumber(const std::string& text, long most) {
+    return std::to_string(std::clamp(std::strtol(text.c_str(), nullptr, 10), -100L, most));
 }
 
 // One of the files that the folder has, or none of them, by the value's first letter.
@@ -100,18 +84,18 @@ std::string boundedOption(const std::string& line) {
     const std::size_t mark = line.find("value ");
     const std::string value = mark == std::string::npos ? "" : line.substr(mark + 6);
     constexpr long MostMegabytes = 4, MostThreads = 3;
-    if (names("save")) return "setoption name Save Hash to File";
-    if (names("load")) return "setoption name Load Hash from File";
-    if (names("clear")) return "setoption name Clear Hash";
-    if (names("book") && names("file")) return "setoption name Book File value " + fileOf(value);
-    if (names("hash") && names("file"))
-        return "setoption name Hash File Name value " + folder().file("hash").string();
-    if (names("file")) return "setoption name Log File value " + fileOf(value);
-    if (names("path")) return "setoption name SyzygyPath value " + tablesOf(value);
-    if (names("mcts") && names("hash")) return boundedNumber("MCTS Hash", value, MostMegabytes);
-    if (names("hash")) return boundedNumber("Hash", value, MostMegabytes);
-    if (names("memory")) return boundedNumber("Table Memory", value, MostMegabytes);
-    if (names("threads")) return boundedNumber("Threads", value, MostThreads);
+    const std::string set = "setoption name ", megabytes = boundedNumber(value, MostMegabytes);
+    if (names("save")) return set + "Save Hash to File";
+    if (names("load")) return set + "Load Hash from File";
+    if (names("clear")) return set + "Clear Hash";
+    if (names("book") && names("file")) return set + "Book File value " + fileOf(value);
+    if (names("hash") && names("file")) return set + "Hash File Name value " + fileOf("hash");
+    if (names("file")) return set + "Log File value " + fileOf(value);
+    if (names("path")) return set + "SyzygyPath value " + tablesOf(value);
+    if (names("mcts") && names("hash")) return set + "MCTS Hash value " + megabytes;
+    if (names("hash")) return set + "Hash value " + megabytes;
+    if (names("memory")) return set + "Table Memory value " + megabytes;
+    if (names("threads")) return set + "Threads value " + boundedNumber(value, MostThreads);
     return line;
 }
 
@@ -131,7 +115,8 @@ std::string bounded(const std::string& line) {
     const std::string& word = tokens[0];
     if (word == "quit") return {};
     if (word == "go") return session.searches++ < MostSearches ? boundedGo(tokens) : "";
-    if (word == "perft") return session.perfts++ < MostSearches ? boundedPerft(tokens) : "";
+    if (word == "perft" && session.perfts++ >= MostSearches) return {};
+    if (word == "perft") return "perft " + boundedNumber(tokens.size() > 1 ? tokens[1] : "", MostPerftPlies);
     if (word == "setoption") return boundedOption(line);
     return line;
 }
@@ -153,15 +138,6 @@ bool isLineWaiting() {
 }
 
 // ---- Answers ----
-
-bool makeLegal(const Position& pos, Position& child, Move move) {
-    Move list[MaxListMoves];
-    const int count = genAllMoves(pos, list);
-    const bool generated = std::any_of(list, list + count, [=](Move m) { return cleanMove(m) == move; });
-    if (!generated || !makeMove(&pos, &child, move)) return false;
-    child.inCheck = isInCheck(child);
-    return true;
-}
 
 // The position is the one that the search began with: others wait until the end.
 void checkAnswer(Move best, Move ponder) {
@@ -204,14 +180,6 @@ void setSmallOptions() {
     settings.bookFile = folder().file("book.bin");
 }
 
-// A book with one move of the start position.
-void writeBook() {
-    constexpr char Records[] =
-        "\x46\x3b\x96\x18\x16\x91\xfc\x9c\x03\x1c\x00\x01\x00\x00\x00\x00"
-        "\xff\xff\xff\xff\xff\xff\xff\xff\x00\x00\x00\x00\x00\x00\x00\x00";
-    folder().write("book.bin", std::string(Records, sizeof Records - 1));
-}
-
 void run(const std::string& line) {
     pushInputLine(line);
     processCommand();
@@ -240,15 +208,6 @@ void startOver() {
     for (const char* name : {"hash", "other"}) std::remove(folder().file(name).c_str());
 }
 
-void readLines(const std::uint8_t* data, std::size_t size) {
-    const std::string text(reinterpret_cast<const char*>(data), size);
-    for (std::size_t begin = 0; begin < size && session.lines.size() < MostLines;) {
-        const std::size_t end = std::min(text.find('\n', begin), size);
-        session.lines.push_back(text.substr(begin, end - begin));
-        begin = end + 1;
-    }
-}
-
 // The engine would be gone. Here its workers may still search, and what waits for the search's end must not
 // wait for that of the next input.
 void afterProcessEnd() {
@@ -269,7 +228,9 @@ int LLVMFuzzerInitialize(int*, char***) {
     takeOverProcessEnd();
     setSmallOptions();
     ThreadPool::tableMemoryInUse = settings.tableMemory;
-    writeBook();
+    // A book with one move of the start position.
+    constexpr Key StartKey = 0x463b96181691fc9c;
+    folder().write("book.bin", bookRecord(StartKey, 0x031c, 1) + bookRecord(~Key{0}, 0, 0));
     startUp();
     installHost();
     return 0;
@@ -277,7 +238,9 @@ int LLVMFuzzerInitialize(int*, char***) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     startOver();
-    readLines(data, size);
+    std::istringstream text(std::string(reinterpret_cast<const char*>(data), size));
+    for (std::string line; session.lines.size() < MostLines && std::getline(text, line);)
+        session.lines.push_back(line);
     try {
         while (!session.lines.empty()) {
             pushNextLine();
