@@ -173,10 +173,10 @@ TEST(TbDamage, CutFilesAreRefusedAndAlteredOnesStayInBounds) {
         for (int round = 0; round < 100; ++round) {
             for (const TbKind kind : {TbWdl, TbDtz}) {
                 std::vector<char> bytes = whole[kind];
-                // A third of the rounds hits the head alone, where the structure is.
+                // Half of the rounds hit the head alone, where the structure is.
                 const std::size_t head = std::min<std::size_t>(bytes.size(), 400);
-                const std::size_t reach = round % 3 ? bytes.size() - 6 : head - 6;
-                for (auto i = 1 + random() % 40; i > 0; --i) bytes[6 + random() % reach] = char(random());
+                const std::size_t reach = round % 2 ? bytes.size() - 6 : head - 6;
+                for (auto i = 1 + random() % 20; i > 0; --i) bytes[6 + random() % reach] = char(random());
                 folder.write(fileName(table, kind), bytes);
                 TableInMemory damaged(table, kind, bytes);
                 if (!damaged.isReadable()) continue;
