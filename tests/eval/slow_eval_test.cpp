@@ -44,9 +44,8 @@ const char* const RareBoards[] = {
     "8/1p1k4/p1pp4/P1P1p1p1/1P1PPpPp/5P1P/3K4/8 w - -",
     // Queens alone, with passed pawns.
     "4k3/pp3q2/8/3P4/8/8/1Q4PP/6K1 w - -",
-    // The bishop that can't help its rook's pawn, in all four corners, and the one that can; the second one
-    // of
-    // two, another pawn and a knight.
+    // The bishop that can't help its rook's pawn, in all four corners, and the one that can; the second of a
+    // pair, another pawn and a knight.
     "8/1k6/8/8/P7/8/8/K1B5 b - -",
     "8/6k1/8/8/7P/8/8/K4B2 b - -",
     "k1b5/8/8/p7/8/8/1K6/8 w - -",
