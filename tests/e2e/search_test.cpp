@@ -66,7 +66,7 @@ TEST(Go, NodesAreLimitedAndCountedAnew) {
     UciProcess engine;
     const auto nodesOf = [&](int limit) {
         engine.ask("go nodes " + std::to_string(limit), AnyMove);
-        return numberAfter("nodes", engine.passed.back());
+        return numberAfter("nodes", joined(engine.matching("info time .*")));
     };
     for (const int limit : {50000, 1000, 100, 1}) {
         const long nodes = nodesOf(limit);
@@ -159,7 +159,7 @@ TEST(SameSearch, IsShorterWithAHashFile) {
     const auto nodesTo = [](UciProcess& engine, int depth) {
         engine.send("position fen r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N2N2/PP2BPPP/R1BQ1RK1 w - -");
         engine.ask("go depth " + std::to_string(depth), AnyMove);
-        return numberAfter("nodes", engine.passed.back());
+        return numberAfter("nodes", joined(engine.matching("info time .*")));
     };
     nodesTo(deep, 12);
     deep.ask("setoption name Save Hash to File", "info string Hash Saved");
