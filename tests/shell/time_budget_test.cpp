@@ -35,6 +35,8 @@ TEST(TimeBudgetTest, PonderingAndTreeSearchGetMore) {
     const auto softOf = [](const BudgetInput& input) { return computeTimeBudget(input).soft; };
     const double plain = softOf({.time = 100});
     EXPECT_NEAR(softOf({.time = 100, .ponderCredit = true}), 1.3 * plain, 0.002);
+    EXPECT_NEAR(softOf({.time = 100, .movesToGo = 9, .ponderCredit = true}),
+                1.33 * softOf({.time = 100, .movesToGo = 9}), 0.002);
     EXPECT_NEAR(softOf({.time = 100, .treeSearch = true, .carry = 2}), 1.5 * plain + 2, 0.01);
 }
 
