@@ -181,7 +181,7 @@ TEST(Picker, HandsOutWhatItShould) {
     for (const char* fen : {"r6K/1P6/8/8/8/8/6k1/8 w - -", "7k/8/8/2PpP3/4K3/3P4/8/8 w - d6",
                             "8/8/3p4/4k3/2pPp3/8/8/7K b - d3"})
         judge(positionOf(fen));
-    for (const std::uint32_t stage : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 12, 13, 14, 15})
+    for (const int stage : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 12, 13, 14, 15})
         EXPECT_GT(seen[stage], 100) << "stage " << stage;
     EXPECT_GT(repeated, 50);
 }

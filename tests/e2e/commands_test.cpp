@@ -218,7 +218,7 @@ TEST(Commands, InputMayEndInAnyWay) {
         SCOPED_TRACE(row.input);
         UciProcess engine;
         engine.write(row.input);
-        engine.closeInput();
+        if (row.status == 0) engine.closeInput();  // an error ends the process with its input open
         const Lines lines = engine.rest();
         EXPECT_TRUE(matches(lines.empty() ? "" : lines.back(), row.lastLine));
         EXPECT_EQ(engine.exitStatus(), row.status);
