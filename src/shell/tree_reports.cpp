@@ -88,7 +88,8 @@ bool isExhausted(int nodes) {
     return exhausted;
 }
 
-// Every two seconds. Ends the search when its depth has reached the limit of the `go`, or can't reach it.
+// Every two seconds. Ends the search when its depth has reached the limit of the `go`, or can't reach it, but
+// not while the user's word is waited for.
 void reportTree() {
     constexpr double ReportPi = 3.1415926;  // Intended: a longer literal than everywhere else in the tree
     const MctsNode* best = nullptr;
@@ -103,7 +104,9 @@ void reportTree() {
     const int nodes = nodesInTree();
     const int depth = int(double(std::log(float(nodes))) / LogOfDepthBase);
     const bool hasDepthLimit = searchState.depthLimit != NoDepthLimit;
-    if (depth >= searchState.depthLimit || (hasDepthLimit && isExhausted(nodes))) stopMainThread();
+    const bool isHeld = searchControl.ponder || searchState.infinite;
+    if (!isHeld && (depth >= searchState.depthLimit || (hasDepthLimit && isExhausted(nodes))))
+        stopMainThread();
     const double seconds = elapsedSeconds();
     const int milliseconds = int(seconds * 1000.0);
     if (settings.multiPv >= 2) {

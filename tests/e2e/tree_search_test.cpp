@@ -38,6 +38,19 @@ TEST(TreeSearch, FindsMatesAndReportsInItsOwnForm) {
     }
 }
 
+// The depth is looked at every two seconds, and ends a ponder search only after the hit.
+TEST(TreeSearch, DepthWaitsForTheUser) {
+    UciProcess engine;
+    startTree(engine, 1);
+    engine.ask("go ponder depth 1", "info depth .*");
+    EXPECT_FALSE(engine.saysWithin("bestmove .*", 0.5));
+    engine.ask("ponderhit", "bestmove .*");
+    engine.ask("go infinite depth 1", "info depth .*");
+    EXPECT_FALSE(engine.saysWithin("bestmove .*", 0.5));
+    engine.ask("stop", "bestmove .*");
+    engine.ask("go depth 1", "bestmove .*");
+}
+
 // Up to mate in four, and the other mode must agree that the answer mates. Takes more time only for what was
 // not found in less.
 TEST(TreeMatesSlow, AreFoundWithinSeconds) {
