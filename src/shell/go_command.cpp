@@ -102,7 +102,13 @@ BudgetInput budgetInputOf(const Position& pos, const SearchLimits& limits) {
 
 void thinkByClock(Position& pos, const SearchLimits& limits) {
     if (pos.gamePly == 0) timeCarry = 0;
-    const TimeBudget budget = computeTimeBudget(budgetInputOf(pos, limits));
+    BudgetInput input = budgetInputOf(pos, limits);
+    TimeBudget budget = computeTimeBudget(input);
+    if (budget.soft > input.time) {
+        // Only a carry can ask for more than the whole clock. It is none of this clock's time then.
+        input.carry = 0;
+        budget = computeTimeBudget(input);
+    }
     searchControl.extendPercent = budget.extendPercent;
     const double start = currentTime();
     think(pos, NoDepthLimit, budget.soft, budget.hard, limits.searchMoves.c_str(), false);

@@ -51,6 +51,17 @@ TEST(TreeSearch, DepthWaitsForTheUser) {
     engine.ask("go depth 1", "bestmove .*");
 }
 
+// The tree adds what the last move has left over, but a shorter clock doesn't hold it.
+TEST(TreeSearch, OutlastsNoClock) {
+    UciProcess engine;
+    startTree(engine, 1);
+    engine.send("position startpos moves e2e4", "go btime 60000 movestogo 2");
+    engine.ask("stop", "bestmove .*");
+    const double start = steadySeconds();
+    engine.ask("go btime 300 movestogo 10", "bestmove .*");
+    EXPECT_LT(steadySeconds() - start, 3);
+}
+
 // Up to mate in four, and the other mode must agree that the answer mates. Takes more time only for what was
 // not found in less.
 TEST(TreeMatesSlow, AreFoundWithinSeconds) {
