@@ -3,7 +3,7 @@
 
 #include "board/position.h"
 
-// Seeds rand() with the clock and draws the seed of the evaluation's noise.
+// Starts rand() anew from the clock, and draws the random word that the evaluation's noise depends on.
 void seedRandom();
 
 // Sets the depth limit, evaluation noise, king-safety jitter and book limit of a search from `root`.

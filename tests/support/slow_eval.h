@@ -133,7 +133,7 @@ struct Given {
     int dynamismMg = 160;
     int dynamismEg = 185;
     int noise = 0;                // width in centipawns, 0 for none
-    std::uint64_t noiseWord = 0;  // the seed combined with the key
+    std::uint64_t noiseWord = 0;  // the random word of the noise, combined with the key
 };
 
 struct Judgement {
