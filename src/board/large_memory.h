@@ -12,8 +12,8 @@ class LargeMemory {
     void free();
     void* data() const { return start; }
 
-    // From now on, where the system offers them. Each costs its first user a pause of a millisecond or so,
-    // and more on a busy machine.
+    // Until it is freed, where the system offers them. Each costs its first user a pause of a millisecond or
+    // so, and more on a busy machine.
     void useHugePages();
 
    private:

@@ -85,7 +85,7 @@ inline constexpr CountTable UnassailablePieces = timesCount(35, 27);  // where n
 inline constexpr CountTable PawnDefendedPieces = timesCount(55, 29);
 inline constexpr CountTable PieceBehindPawn = timesCount(32, 8);
 inline constexpr CountTable BlockedPawns = timesCount(-43, -167);
-inline constexpr CountTable ControlledStops = timesCount(-21, -42);  // the enemy alone attacks ahead of them
-inline constexpr CountTable EnemyHomeBlocked = timesCount(20, 3);    // enemy pawns stuck near their king
+inline constexpr CountTable ControlledStops = timesCount(-21, -42);  // the enemy alone attacks in front
+inline constexpr CountTable EnemyHomeBlocked = timesCount(20, 3);    // enemy pawns stuck on their second rank
 // By open files: heavy pieces gain, sides lose.
 inline constexpr CountTable OpenFileUnits = timesCount(20, 20);

@@ -42,8 +42,8 @@ extern Relaxed<std::uint64_t> noiseKey;
 extern int dynamismMg;
 extern int dynamismEg;
 
-// By capped phase: the start value of the material scale; and by type, 0 for none, the values in centipawns
-// that quiescence prunes by.
+// By capped phase: the start value of the material scale; and by type (type 0 for none) the values in
+// centipawns that quiescence prunes by.
 extern float MaterialPhaseScale[MaxPhase + 1];
 extern int PhasePieceValue[MaxPhase + 1][7];
 

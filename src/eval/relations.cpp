@@ -46,7 +46,7 @@ Score pawnsAndPieces(const Position& pos, const EvalInfo& info) {
     return sum + at(PieceBehindPawn, popcount(own[Knight] & besides(behind)));
 }
 
-// Enemy pawns that are stuck on their first squares near their own king.
+// Enemy pawns that are stuck on their first squares, in the centre and away from their king's wing.
 template <Colour us>
 Score enemyHomeBlocked(const Position& pos) {
     constexpr Colour them = opponent(us);

@@ -130,8 +130,8 @@ inline bool previousInCheck(const Position& pos) { return pos.prev && pos.prev->
 
 inline constexpr int StatPerHalfPly = 9600;  // of a quiet move's stat, for one off its reduction
 
-// What a quiet move's stat adds to its reduction beside the stat of the move before: a line that turns for
-// the worse is reduced more, one that turns for the better less. The tree search makes no difference.
+// What a quiet move's stat adds to its reduction beside the last stat that the node before has noted: a line
+// that turns for the worse is reduced more, one that turns for the better less. Not in the tree search.
 inline int reductionByTurn(const Position& pos, int stat) {
     if (treeSearchActive) return 0;
     const int before = previousMoveStat(pos);

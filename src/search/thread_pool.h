@@ -47,7 +47,7 @@ void attachRoot(Position& root, int threadIndex);
 // Forgets what the threads have cached of evaluations, after the parameters have changed. Only while no
 // search runs.
 void clearEvalCaches();
-// From now on, for all threads' caches.
+// For the caches that all threads have now; new ones are asked for anew.
 void useHugePages();
 
 }  // namespace ThreadPool

@@ -22,8 +22,8 @@ enum BoundFlag : std::uint8_t {
     TerminalFlags = 7,  // exact, and the position has no legal move
 };
 
-// How much an entry deserves to stay: that of a node whose moves all failed low, of one where a move failed
-// high, of the principal variation.
+// How much an entry deserves to stay: that of a node where all moves fail low, of one where a move fails high
+// (zero-window nodes store what was expected of them), of the principal variation.
 enum NodeRank : int { RankAll = 0, RankCut = 1, RankPv = 2 };
 
 // A copy of an entry's data word, from bit 0 upward: score 16, move 16, depth 16, bound 2, terminal 1, spare

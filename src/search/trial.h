@@ -20,7 +20,8 @@ struct Trial {
     bool isQuietOutOfCheck() const { return !(kind & (MoveTactical | MoveEvasion)); }
 };
 
-// Sets the kind of a move that was made, lists the move among those tried, and notes the child's check.
+// Sets the kind of a move that was made, lists the move among those tried unless it answers a check, and
+// notes the child's check.
 static inline void noteKind(Trial& trial, const Position& pos, Position& child, TriedMoves& tried) {
     trial.kind = (pos.inCheck ? MoveEvasion : 0) | (trial.isTactical ? MoveTactical : 0);
     if (trial.kind == 0)
