@@ -62,6 +62,8 @@ float firstValue(const Position& pos, Position& child, Move move, int ply) {
 
 // Makes a node for every legal move, each with the value of a shallow search. The node is held busy. A stop,
 // or a full store, leaves the children made so far, their priors as they are: the search is about to end.
+// The thread's own flag is looked at too, because thread 0 stops the others without one of its own when the
+// store is full.
 Expansion expand(MctsNode& node, Position& pos, int ply) {
     constexpr int PickerDepth = 100;
     MovePicker picker;
@@ -85,7 +87,7 @@ Expansion expand(MctsNode& node, Position& pos, int ply) {
         float value = float(DrawValue);
         if (!drawn) {
             value = firstValue(pos, child, move, ply);
-            if (isMainStopped()) {
+            if (isMainStopped() || isStopped(child)) {
                 result.stopped = true;
                 return result;
             }
@@ -152,7 +154,8 @@ Selection selectChild(const MctsNode& node, const Position& pos, int ply) {
 
 // ---- Leaf and descent ----
 
-// Gives a child its second or third value. False if the child is past that, and must be descended into.
+// Gives a child its second or third value. False if the child is past that, and must be descended into. A
+// search that was stopped has no value: the visit is taken back and nothing is credited.
 bool visitLeaf(const Position& pos, const Selection& selection, int ply, PlayoutResult& result) {
     MctsNode& child = *selection.child;
     if (child.move == NoMove) return false;
@@ -170,6 +173,12 @@ bool visitLeaf(const Position& pos, const Selection& selection, int ply, Playout
         child.visitWeight.add(1.0);
         const int budget = visitsBefore == 1 ? mctsFirstBudget : mctsSecondBudget;
         value = float(scoreToValue(leafBudgetSearch(made, ply, selection.number, budget)));
+        if (isStopped(made)) {
+            child.visitWeight.add(-1.0);
+            child.visits.fetch_sub(1);
+            result = NothingCredited;
+            return true;
+        }
     } else if (visitsBefore == LeafVisits && !child.child() && !child.isBusy()) {
         // Another thread has been here in between. Intended: it is the parent whose check is looked at.
         child.visitWeight.add(1.0);

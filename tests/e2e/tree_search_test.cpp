@@ -38,6 +38,20 @@ TEST(TreeSearch, FindsMatesAndReportsInItsOwnForm) {
     }
 }
 
+// Every move loses, so that a value out of nothing would win. A stop inside a search gives none.
+TEST(TreeSearch, AStopDecidesNothing) {
+    for (const int threads : {1, 4}) {
+        UciProcess engine;
+        startTree(engine, threads);
+        engine.send("position fen rnb1kbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq -");
+        engine.ask("go infinite", "info depth .* pv.*");
+        const std::string report = engine.ask("stop", "info depth .* hashfull .*");
+        EXPECT_LT(numberAfter("cp", report), -500) << report;
+        const std::string best = report.substr(report.find(" pv ") + 4, 4);
+        engine.expect("bestmove " + best + ".*");
+    }
+}
+
 // The depth is looked at every two seconds, and ends a ponder search only after the hit.
 TEST(TreeSearch, DepthWaitsForTheUser) {
     UciProcess engine;

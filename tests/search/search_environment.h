@@ -70,6 +70,12 @@ class SearchTest : public ::testing::Test {
         buildSearchTables();
     }
 
+    static void makePool(int threads) {
+        ThreadPool::stopWorkers();
+        threadCount = threads;
+        ThreadPool::resize(true);
+    }
+
     static SearchThread& thread() { return ThreadPool::threadRecords[0]; }
     static std::uint64_t nodes() { return thread().nodes; }
     static void forgetEverything() {

@@ -11,11 +11,6 @@ class Pool : public SearchTest {
         makePool(1);
     }
 
-    static void makePool(int threads) {
-        ThreadPool::stopWorkers();
-        threadCount = threads;
-        ThreadPool::resize(true);
-    }
     static SearchThread& record(int index) { return ThreadPool::threadRecords[index]; }
 
     // Publishes a root with all its moves, as the driver does.
@@ -135,6 +130,18 @@ TEST_F(Pool, ForgetsEvaluationsOnAllThreads) {
     for (const int index : {0, 1}) record(index).evalCache->key = 1;
     ThreadPool::clearEvalCaches();
     for (const int index : {0, 1}) EXPECT_EQ(record(index).evalCache->key, 0u);
+}
+
+// The main thread wipes the workers' caches between searches, and they free them at their end, which may come
+// right behind a search: for the thread sanitizer.
+TEST_F(Pool, CachesChangeHandsInOrder) {
+    publish("");
+    for (int i = 0; i < 30; ++i) {
+        makePool(2 + i % 3);
+        rootOf("");  // the caches are in use
+        searchAWhile(1, true);
+        ThreadPool::clearEvalCaches();
+    }
 }
 
 // The input thread raises the flags whenever the input ends, also while the records are being replaced.

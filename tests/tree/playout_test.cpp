@@ -178,3 +178,36 @@ TEST_F(Playout, ChildrenMayBeVisitedMeanwhile) {
         EXPECT_TRUE(visits == 4 || (result.value == 0.5 && node(1).valueSum == 2.0));
     }
 }
+
+// A search that a stop has cut short says nothing: the visit is taken back, and the sum stays as it was.
+TEST_F(Playout, AStoppedSearchLeavesNoTrace) {
+    std::vector<Position> line = play(Middlegame, {"c4d5"});
+    mctsFirstBudget = mctsSecondBudget = 100000000;
+    searchHost.inputWaiting = [] { return true; };
+    searchHost.processCommand = stopMainThread;
+    for (const std::uint64_t visits : {1u, 2u}) {
+        forgetEverything();
+        MctsNode& leaf = plantChild(plantRoot(9), line[0], "c4d5", visits, 0.1);
+        EXPECT_FALSE(mctsPlayout(&node(0), line[0], 1).credited);
+        EXPECT_TRUE(isMainStopped());
+        expectNumbers(leaf, visits, 0.1 * double(visits));
+    }
+}
+
+// Thread 0 ends a search without a flag of its own where the store is full: a worker's flag speaks for it.
+TEST_F(Playout, AWorkersOwnFlagCounts) {
+    makePool(2);
+    std::vector<Position> line = play(Middlegame, {"c4d5"});
+    ThreadPool::attachRoot(line[0], 1);
+    ThreadPool::threadRecords[1].stopFlag = 1;
+    for (const std::uint64_t visits : {1u, 2u, 3u}) {
+        MctsNode& leaf = plantChild(plantRoot(9), line[0], "c4d5", visits, 0.1);
+        EXPECT_FALSE(mctsPlayout(&node(0), line[0], 1).credited);
+        EXPECT_FALSE(isMainStopped());
+        expectNumbers(leaf, visits, 0.1 * double(visits));
+        if (visits < 3) continue;
+        EXPECT_EQ(leaf.child()->valueSum, 0.0) << "nor has a new child a value";
+        EXPECT_EQ(leaf.child()->sibling(), nullptr);
+    }
+    makePool(1);
+}
