@@ -6,6 +6,7 @@
 #include "board/output.h"
 #include "board/thread_hooks.h"
 
+#include <optional>
 #include <sys/time.h>
 
 // Walks the picker of a full-width node, as the search does; positions in check too, since make refuses what
@@ -52,8 +53,9 @@ static double microseconds() {
     return double(now.tv_sec) * 1e6 + double(now.tv_usec);
 }
 
-void perftTimed(const Position& pos, int depth) {
-    const IdlePrefetches prefetches;
+void perftTimed(const Position& pos, int depth, bool idle) {
+    std::optional<IdlePrefetches> prefetches;
+    if (idle) prefetches.emplace();
     const double start = microseconds();
     const std::uint64_t leaves = isPlayable(pos) ? perft(pos, depth) : 0;
     const double elapsed = microseconds() - start;

@@ -7,5 +7,6 @@
 // counts as 1.
 std::uint64_t perft(const Position& pos, int depth);
 
-// The same, timed and printed as "%llu, MNPS=%f".
-void perftTimed(const Position& pos, int depth);
+// The same, timed and printed as "%llu, MNPS=%f". Its makes count as nodes of the position's thread. `idle`:
+// no search runs, whose prefetches would be disturbed.
+void perftTimed(const Position& pos, int depth, bool idle);

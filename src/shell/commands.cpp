@@ -124,7 +124,8 @@ static void attacksCommand() {
 
 static void perftCommand(const Tokens& tokens) {
     constexpr long MostPlies = 100;
-    perftTimed(currentPosition(), int(std::clamp(integerToken(tokens, 1), 0L, MostPlies)));
+    const int plies = int(std::clamp(integerToken(tokens, 1), 0L, MostPlies));
+    perftTimed(currentPosition(), plies, !searchControl.searching);
 }
 
 // Intended: a new game reseeds only and clears no table.
@@ -172,8 +173,7 @@ static void runCommand(const std::string& line) {
     } else if (word == "quit") {
         searchControl.quitRequested = true;
     } else if (word == "perft") {
-        // It would count into the nodes of a search that runs, and takes the prefetches off its tables.
-        whenIdle([tokens] { perftCommand(tokens); });
+        perftCommand(tokens);
     } else if (word == "go") {
         goCommand(tokens);
     } else if (word == "ucinewgame") {

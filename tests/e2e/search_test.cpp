@@ -177,15 +177,17 @@ TEST(DuringASearch, CommandsAreAnsweredOrWait) {
     engine.send("go depth 1", "setoption name Hash value 5", "setoption name Skill value 19",
                 "setoption name Threads value 2", "setoption name MCTS Hash value 256",
                 "setoption name MCTS Hash value 0", "setoption name Load Hash from File",
-                "position fen 7k/8/8/8/8/8/r7/7K w - - 0 1", "perft 1");
+                "position fen 7k/8/8/8/8/8/r7/7K w - - 0 1");
+    engine.ask("perft 2", "400, MNPS=.*");
     engine.sync();
     EXPECT_EQ(engine.passed, engine.matching("info (depth|nodes|currmove) .*")) << "reports only";
     engine.ask("stop", AnyMove);
-    for (const char* late : {"info string Hash table size is now 5 meg", "info string Threads now set to 2",
-                             // That of its own line, whatever the next line says.
-                             "info string MCTS Hash table size is now 256 meg",
-                             "info string no such file <empty>", "1, MNPS=.*"})
+    for (const char* late :
+         {"info string Hash table size is now 5 meg", "info string Threads now set to 2",
+          // That of its own line, whatever the next line says.
+          "info string MCTS Hash table size is now 256 meg", "info string no such file <empty>"})
         engine.expect(late);
+    engine.ask("perft 1", "1, MNPS=.*");
     engine.ask("uci", "uciok");
     EXPECT_EQ(engine.matching("option name (Hash|Skill|Contempt|Threads) .* default (5|19|2) .*").size(), 4u);
     engine.send("setoption name Use MCTS value true", "position startpos");
