@@ -24,6 +24,8 @@ namespace {
 enum class StyleMode { None, AlphaBeta, Tree };
 StyleMode appliedMode = StyleMode::None;
 
+bool kingSafetyVaried = false;
+
 // Danger by attack units; more units than these are worth no more.
 constexpr int ListedDangers = 129;
 // clang-format off
@@ -66,7 +68,10 @@ void buildPhasePieceValues() {
 
 }  // namespace
 
+bool isKingSafetyVaried() { return kingSafetyVaried; }
+
 void buildKingSafetyTable(int k) {
+    kingSafetyVaried = kingSafetyJitter != 0;
     if (kingSafetyJitter != 0) {
         const int step = std::rand() % kingSafetyJitter;
         k += std::rand() & 1 ? -step : step;

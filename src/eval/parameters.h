@@ -23,6 +23,9 @@ void applyStyle();
 // `kingSafetyJitter`.
 void buildKingSafetyTable(int k);
 
+// Whether the table is one that was varied.
+bool isKingSafetyVaried();
+
 // Spread of the random variation of king safety, 0 for none; set at search start.
 extern int kingSafetyJitter;
 

@@ -45,8 +45,9 @@ void applyStrength(const Position& root, bool treeMode) {
         kingSafetyJitter = 25 - skill;
         bookMoveLimit = std::max(skill - 2, 0);
     }
-    // A new game gets a king safety of its own.
-    if (root.gamePly < lastGamePly && kingSafetyJitter != 0)
+    // A new game gets a king safety of its own, and a search at full strength the plain one.
+    const bool newGame = root.gamePly < lastGamePly;
+    if (kingSafetyJitter != 0 ? newGame : isKingSafetyVaried())
         buildKingSafetyTable(treeMode ? UsualKingSafety : settings.kingSafety.load());
     lastGamePly = root.gamePly;
 }

@@ -133,6 +133,26 @@ TEST_F(Driver, StrengthLimitsTheDepth) {
     }
 }
 
+// What varies the play leaves nothing behind when it is switched off.
+TEST_F(Driver, FullStrengthForgetsTheVariation) {
+    const auto kingDanger = [] { return std::vector<Score>(KingDanger, KingDanger + KingDangerEntries); };
+    initEvalParameters();
+    const std::vector<Score> plain = kingDanger();
+    settings.variety = 20;
+    for (int i = 0; i < 200 && kingDanger() == plain; ++i) {
+        search("8/8/8/8/8/8/k7/2K5 b - -", 1);
+        search("", 1);  // a new game
+    }
+    EXPECT_NE(kingDanger(), plain);
+    settings.variety = 0;
+    std::srand(1);
+    const int first = std::rand();
+    std::srand(1);
+    search("8/8/8/8/8/8/k7/2K5 b - -", 1);
+    EXPECT_EQ(kingDanger(), plain);
+    EXPECT_EQ(std::rand(), first) << "nothing is drawn for it";
+}
+
 // Each move of the line is legal, the last one mates, and there are as many as the score says.
 TEST_F(Driver, FindsEveryMateAndShowsItsLine) {
     std::ifstream file(std::string(TARVOK_SOURCE_DIR) + "/tests/data/mates.epd");
