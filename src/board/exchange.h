@@ -15,7 +15,9 @@ bool seeLosing(const Position& pos, Move move);
 // Whether a move's exchange value is below a margin, in units of a hundredth of a pawn.
 bool seeBelowMargin(const Position& pos, Move move, int margin);
 
-// The exchange value in half pawns, exact only where it is below `threshold`; 2 for en passant and castling.
+// The exchange value in half pawns; 2 for en passant and castling. Exact only where the captured man's value
+// less the mover's is below `threshold`, and the captured man's value is not: else the exchange isn't played
+// out, and the value only says on which side of the threshold it lies.
 int seeScore(const Position& pos, Move move, int threshold);
 
 // The exchange gain in half pawns, as quiescence and the driver read it; 2 for en passant and castling.

@@ -24,7 +24,7 @@ struct alignas(64) ThreadHooks {
     const Relaxed<std::uint8_t>* stopFlag = nullptr;
     std::int32_t* history = nullptr;                   // [16][4096], by moved code and the move's low 12 bits
     std::int32_t (*captureHistory)[64][16] = nullptr;  // [16][64][16], by moved code, target, captured code
-    std::uint16_t* continuationHistory = nullptr;      // 1,024 slices, by code * 64 + to of the earlier move
+    std::uint16_t* continuationHistory = nullptr;      // 960 slices, by code * 64 + to of the earlier move
     EvalCacheEntry* evalCache = nullptr;
     PawnEntry* pawnHash = nullptr;
     MatCacheEntry* matHash = nullptr;
