@@ -31,6 +31,7 @@ struct SearchControl {
     Relaxed<bool> quitRequested = false;  // also set by the input thread
     Relaxed<bool> stopRequested = false;
     Relaxed<bool> searching = false;
+    Relaxed<int> linesWaiting = 0;  // in the input queue, which alone writes it
     Relaxed<bool> ponder = false;
     double moveTime = 0;  // seconds; not 0: a fixed time for the move
     std::uint64_t nodes = NoNodeLimit;

@@ -41,8 +41,10 @@ inline bool clipToMates(int& alpha, int& beta, int ply) {
     return beta <= alpha;
 }
 
-// Only thread 0 polls; the others learn of a stop through their flag.
-inline bool stopsNow(const Position& pos) { return pos.threadIndex == 0 && periodicCheck(); }
+// Only thread 0 polls; the others learn of a stop through their flag, but for the limit of nodes.
+inline bool stopsNow(const Position& pos) {
+    return pos.threadIndex == 0 ? periodicCheck() : workerCheck(pos);
+}
 
 // The score where lines may grow no longer.
 inline int scoreAtLastPly(Position& pos) {

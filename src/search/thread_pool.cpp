@@ -32,7 +32,7 @@ Relaxed<std::uint32_t> poolQuit = 0;
 // No thread holds two of these at once; the search itself takes none. They outlive the process's end, where
 // workers may still sleep on them.
 struct PoolLocks {
-    std::mutex startMutex;  // guards every `startFlag`
+    std::mutex startMutex;  // guards every `startFlag`, and `poolQuit`
     std::condition_variable startCondition;
     std::mutex barrierMutex;  // guards the numbers below
     std::condition_variable barrierCondition;
@@ -107,6 +107,8 @@ static void workerMain(int index) {
         }
         thread.iterationDepth = 0;
         leaveBarrier();
+        // Under the lock: what this worker frees now was used by the thread that sets the word.
+        const std::lock_guard lock(locks.startMutex);
         if (poolQuit) break;
     }
     thread.freeCaches();
@@ -244,10 +246,15 @@ void finishSearch() {
 // They come and go together.
 static bool hasWorkers() { return threadRecordCount > 1 && threadRecords[1].hasWorker; }
 
+static void setPoolQuit(std::uint32_t value) {
+    const std::lock_guard lock(locks.startMutex);
+    poolQuit.exchange(value);
+}
+
 void stopWorkers() {
     if (!hasWorkers()) return;
     armBarrier();
-    poolQuit.exchange(1);
+    setPoolQuit(1);
     searchDepthNow = 0;  // before the flags, so that nobody starts on an old root
     startWorkers(1);
     // The barrier isn't waited at: a worker that has just left the last search's may go without passing it.
@@ -259,12 +266,16 @@ void stopWorkers() {
         threadRecords[i].stopFlag.exchange(0);
     }
     locks.barrierCount = 0;
-    poolQuit.exchange(0);
+    setPoolQuit(0);
+}
+
+void stopSearch() {
+    for (int i = 0; i < threadRecordCount; ++i) threadRecords[i].stopFlag.exchange(1);
 }
 
 void stopAllThreads() {
     const std::lock_guard lock(locks.recordsMutex);
-    for (int i = 0; i < threadRecordCount; ++i) threadRecords[i].stopFlag.exchange(1);
+    stopSearch();
 }
 
 std::uint64_t totalNodes() {

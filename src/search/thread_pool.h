@@ -35,6 +35,8 @@ void barrierWait();
 
 // Sets every thread's stop flag by atomic exchange. Any thread may call it at any time.
 void stopAllThreads();
+// The same from inside a search, where the records stay and no lock is taken.
+void stopSearch();
 
 // Nodes of the current search; a worker's share may be a moment old.
 std::uint64_t totalNodes();

@@ -6,9 +6,11 @@
 #include "search/thread_pool.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <sys/time.h>
+#include <thread>
 
 TimeLimits timeLimits;
 
@@ -107,14 +109,33 @@ static void reportEveryTwoSeconds(double now) {
         searchHost.reportNodes();
 }
 
+// Pondering passes the limit.
+static bool hasNodeLimit() { return searchControl.nodes != NoNodeLimit && !searchControl.ponder; }
+
+// Ends the search on every thread when the limit of nodes has been reached.
+static bool stopsByNodes() {
+    if (ThreadPool::totalNodes() < searchControl.nodes) return false;
+    ThreadPool::stopSearch();
+    return true;
+}
+
+// Sleeps while a line waits for thread 0. Long enough a nap for thread 0 to act on the line, and to tell the
+// others, before they want the processors back.
+static void makeWay(const SearchThread& worker) {
+    constexpr std::chrono::milliseconds Nap(2);
+    while (searchControl.linesWaiting > 0 && !(worker.stopFlag & 1)) std::this_thread::sleep_for(Nap);
+}
+
+bool workerCheck(const Position& pos) {
+    constexpr std::uint64_t NodesBetweenChecks = 16;  // a power of two
+    if (searchControl.linesWaiting > 0) makeWay(threadOf(pos));
+    return hasNodeLimit() && (threadOf(pos).nodes & (NodesBetweenChecks - 1)) == 0 && stopsByNodes();
+}
+
 bool periodicCheck() {
     constexpr unsigned CallsBetweenChecks = 4096;
     static unsigned calls = 0;
-    const bool nodesLimited = searchControl.nodes != NoNodeLimit && !searchControl.ponder;
-    if (nodesLimited && ThreadPool::totalNodes() >= searchControl.nodes) {
-        stopMainThread();
-        return true;
-    }
+    if (hasNodeLimit() && stopsByNodes()) return true;
     if (++calls % CallsBetweenChecks != 0) return false;
     runWaitingCommands();
     if (isMainStopped() && !searchControl.ponder) return true;

@@ -2,6 +2,8 @@
 // Times are seconds since the epoch, durations seconds.
 #pragma once
 
+#include "board/position.h"
+
 // The wall clock, to the millisecond.
 double currentTime();
 
@@ -45,3 +47,8 @@ void testIterationEnd(int depth, int score);
 
 // Called at every node of thread 0; polls input and clock once in 4096 calls. True if the search must stop.
 bool periodicCheck();
+
+// Called at every node of a worker, for what can't wait until thread 0 gets a processor, where there are more
+// threads than those: the limit of nodes, looked at once in some nodes since all counters are read; and
+// input, for which the worker makes way. True if the search must stop.
+bool workerCheck(const Position& pos);

@@ -21,9 +21,8 @@ namespace {
 
 // What the two threads share. It outlives the process's end, where the input thread may still use it.
 struct InputState {
-    std::list<std::string> inputQueue;  // oldest first
+    std::list<std::string> inputQueue;  // oldest first; `searchControl.linesWaiting` is its length
     std::mutex inputQueueMutex;
-    Relaxed<int> inputCount = 0;  // lines in the queue; written under the mutex
 
     bool inputSignalled = false;
     std::mutex inputMutex;
@@ -101,7 +100,7 @@ void pushInputLine(const std::string& line) {
     {
         const std::lock_guard lock(input.inputQueueMutex);
         input.inputQueue.push_back(line);
-        input.inputCount.add(1);
+        searchControl.linesWaiting.add(1);
     }
     logPrintf("uci inp: %s\n", line.c_str());
 }
@@ -111,7 +110,7 @@ std::string popInputLine() {
     if (input.inputQueue.empty()) return {};
     std::string line = std::move(input.inputQueue.front());
     input.inputQueue.pop_front();
-    input.inputCount.add(-1);
+    searchControl.linesWaiting.add(-1);
     return line;
 }
 
@@ -120,7 +119,7 @@ bool nextInputLineBegins(const char* text) {
     return !input.inputQueue.empty() && input.inputQueue.front().compare(0, std::strlen(text), text) == 0;
 }
 
-bool isInputWaiting() { return input.inputCount > 0; }
+bool isInputWaiting() { return searchControl.linesWaiting > 0; }
 
 void signalInput() {
     {

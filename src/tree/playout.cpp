@@ -11,6 +11,7 @@
 #include "tree/tree_values.h"
 
 #include <cmath>
+#include <sched.h>
 
 float mctsExplore = 0.4f;
 float mctsVirtualVisit = 0.2f;
@@ -211,7 +212,7 @@ PlayoutResult descend(const Position& pos, MctsNode& child, int ply) {
 void waitWhileBusy(const MctsNode& child, const Position& pos) {
     while (child.isBusy() && !isMainStopped()) {
         if (pos.threadIndex == 0) periodicCheck();
-        __builtin_ia32_pause();
+        sched_yield();  // the other thread may have no processor
     }
 }
 

@@ -135,3 +135,23 @@ TEST_F(Polling, NodesAreLimitedAtOnce) {
     EXPECT_TRUE(periodicCheck());
     EXPECT_TRUE(thread().stopFlag & 1);
 }
+
+// Thread 0 may have no processor for a while. Its own nodes count as well.
+TEST_F(Polling, AnyThreadMayFindTheNodesUsedUp) {
+    makePool(2);
+    SearchThread& worker = ThreadPool::threadRecords[1];
+    Position pos = rootOf("");
+    ThreadPool::attachRoot(pos, 1);
+    thread().nodes = std::uint64_t{200};
+    worker.nodes = std::uint64_t{32};
+    EXPECT_FALSE(workerCheck(pos)) << "without a limit";
+    searchControl.nodes = 233;
+    EXPECT_FALSE(workerCheck(pos));
+    searchControl.nodes = 232;
+    searchControl.ponder = true;
+    EXPECT_FALSE(workerCheck(pos));
+    searchControl.ponder = false;
+    EXPECT_TRUE(workerCheck(pos));
+    EXPECT_TRUE(thread().stopFlag & worker.stopFlag & 1);
+    makePool(1);
+}
