@@ -4,8 +4,8 @@
 //
 //   fresh --touchNext--> touched from the front on --settle--> the rest stays on small pages
 //
-// Huge pages are asked for while the memory is being touched and at no other time. Nothing here may run while a
-// search uses the table.
+// Huge pages are asked for while the memory is being touched and at no other time. Nothing here may run while
+// a search uses the table.
 #pragma once
 
 #include <atomic>
