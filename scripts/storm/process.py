@@ -1,10 +1,10 @@
-"""Child processes of the storm."""
+"""Child processes of the storm and of the latency measurement."""
 
 import subprocess
 import threading
 import time
 
-HANG = 30.0  # seconds without an answer that is due: the storm ends
+HANG = 30.0  # seconds without an answer that is due: the run ends
 
 
 class Hopeless(Exception):

@@ -1,9 +1,12 @@
 #include "board/large_memory.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <sys/mman.h>
 
 static constexpr std::size_t PageBytes = 4096, HugePageBytes = std::size_t{2} << 20;
+// What is touched between two looks at the clock: some milliseconds, on a busy machine some tens.
+static constexpr std::size_t StretchBytes = 4 * HugePageBytes;
 
 static constexpr std::size_t roundedUp(std::size_t bytes, std::size_t unit) {
     return (bytes + unit - 1) / unit * unit;
@@ -32,12 +35,49 @@ void LargeMemory::free() {
     if (start) munmap(start, length);
     start = nullptr;
     length = 0;
-    huge = false;
+    next = 0;
+    settled = false;
 }
 
-void LargeMemory::useHugePages() {
-    if (huge || length < HugePageBytes) return;
-    huge = true;
-    // Only advice: a system without huge pages says no, and small ones serve.
-    madvise(start, length, MADV_HUGEPAGE);
+// The advice is no more than that: a system without huge pages refuses it, and small ones serve.
+void LargeMemory::askForHugePages() {
+    if (isFresh() && length >= HugePageBytes) madvise(start, length, MADV_HUGEPAGE);
+}
+
+// Writes each page with the value that it has.
+static void touchPages(char* first, std::size_t bytes) {
+#ifdef MADV_POPULATE_WRITE
+    if (madvise(first, bytes, MADV_POPULATE_WRITE) == 0) return;
+#endif
+    // Older systems. A plain read would come first and map a page of zeros that the write then replaces: two
+    // pauses instead of one. An exchange begins with a write.
+    for (std::size_t i = 0; i < bytes; i += PageBytes) {
+        char zero = 0;
+        std::atomic_ref(first[i]).compare_exchange_strong(zero, 0, std::memory_order_relaxed);
+    }
+}
+
+bool LargeMemory::touchNext() {
+    if (settled || next >= length) return false;
+    const std::size_t offset = next.fetch_add(StretchBytes);
+    if (offset >= length) return false;
+    touchPages(static_cast<char*>(start) + offset, std::min(StretchBytes, length - offset));
+    return true;
+}
+
+std::size_t LargeMemory::touchedBytes() const { return std::min(next.load(), length); }
+
+void LargeMemory::settle() {
+    if (settled) return;
+    settled = true;
+    const std::size_t touched = touchedBytes();
+    if (touched < length && length >= HugePageBytes)
+        madvise(static_cast<char*>(start) + touched, length - touched, MADV_NOHUGEPAGE);
+}
+
+void LargeMemory::forgetUntouched() {
+    const std::size_t touched = touchedBytes();
+    if (touched == length) return;
+    madvise(static_cast<char*>(start) + touched, length - touched, MADV_DONTNEED);
+    settled = false;
 }

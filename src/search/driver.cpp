@@ -92,10 +92,10 @@ void prepareSearch(Position& root, int depthLimit, double target, bool infinite)
     if (settings.threads != threadCount) ThreadPool::restartForOption();
     searchState.searchStart = currentTime();
     searchState.stopAfterIteration = false;
-    if (target >= HugePageTarget) {
-        transTable.useHugePages();
-        ThreadPool::useHugePages();
-    }
+    // What no `isready` has made ready, such as the caches of a pool that was rebuilt just now, stays on
+    // small pages: the first touch of a huge one takes too long between two looks at the clock.
+    transTable.pages().settle();
+    ThreadPool::settleCaches();
     prepareMainThread(root);
     logStart(root);
 }

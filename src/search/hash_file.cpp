@@ -62,6 +62,7 @@ bool TransTable::readImage(const char* path) {
         sendLine("info string File size does not match Hash size\n");
         return false;
     }
+    memory.askForHugePages();  // every page is about to be written
     char* bytes = reinterpret_cast<char*>(buckets);
     for (std::uint64_t done = 0; done < byteSize();) {
         const std::size_t wanted = std::size_t(std::min(Chunk, byteSize() - done));

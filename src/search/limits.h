@@ -10,8 +10,6 @@
 inline constexpr double NoTimeLimit = 31622400.0;  // seconds
 inline constexpr int NoDepthLimit = 99;            // plies; deeper than any search gets by itself
 inline constexpr std::uint64_t NoNodeLimit = ~std::uint64_t{0};
-// Huge pages make a long search faster, but their first touch takes time that a short one doesn't have.
-inline constexpr double HugePageTarget = 1.0;  // seconds for the move
 inline constexpr int UsualExtendPercent = 500;
 
 struct SearchLimits {

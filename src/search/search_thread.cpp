@@ -67,9 +67,10 @@ void SearchThread::allocateCaches(int index) {
     iterationDepth = 0;
     if (!hasHistory) resetHistory();
     hasHistory = true;
-    matHash = allocateTable<MatCacheEntry>(cacheMemory[0], MatCacheEntries, "mat_hash");
-    pawnHash = allocateTable<PawnEntry>(cacheMemory[1], prefetchBases.pawnMask + 1, "pawn_hash");
-    evalCache = allocateTable<EvalCacheEntry>(cacheMemory[2], prefetchBases.evalMask + 1, "eval_cache");
+    matHash = allocateTable<MatCacheEntry>(cacheMemory[MatMemory], MatCacheEntries, "mat_hash");
+    pawnHash = allocateTable<PawnEntry>(cacheMemory[PawnMemory], prefetchBases.pawnMask + 1, "pawn_hash");
+    evalCache =
+        allocateTable<EvalCacheEntry>(cacheMemory[EvalMemory], prefetchBases.evalMask + 1, "eval_cache");
     ThreadHooks& hooks = threadHooks[index];
     hooks.matHash = matHash;
     hooks.pawnHash = pawnHash;
@@ -83,11 +84,8 @@ void SearchThread::freeCaches() {
     evalCache = nullptr;
 }
 
-void SearchThread::useHugePages() {
-    for (LargeMemory& memory : cacheMemory) memory.useHugePages();
-}
-
 void SearchThread::clearEvalCache() {
-    if (evalCache)
-        std::memset(static_cast<void*>(evalCache), 0, (prefetchBases.evalMask + 1) * sizeof *evalCache);
+    LargeMemory& memory = cacheMemory[EvalMemory];
+    memory.forgetUntouched();
+    if (memory.touchedBytes()) std::memset(memory.data(), 0, memory.touchedBytes());
 }

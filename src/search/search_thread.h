@@ -23,6 +23,8 @@ struct KillerRow {
     Move evasion;  // in check
 };
 
+enum CacheMemory : int { MatMemory = 0, PawnMemory = 1, EvalMemory = 2, CacheCount = 3 };
+
 struct SearchThread {
     Relaxed<int> iterationDepth;                // plies; 0: idle
     std::int32_t iterationScore[MaxIteration];  // of each finished or running iteration
@@ -39,7 +41,7 @@ struct SearchThread {
     EvalCacheEntry* evalCache;
     PawnEntry* pawnHash;
     MatCacheEntry* matHash;
-    LargeMemory cacheMemory[3];  // behind these
+    LargeMemory cacheMemory[CacheCount];  // behind these, by CacheMemory
     pthread_t worker;
     bool hasWorker;                  // never for thread 0
     bool hasHistory;                 // the histories hold values
@@ -55,7 +57,6 @@ struct SearchThread {
     // touches the pages first. Ends the process if memory runs out.
     void allocateCaches(int index);
     void freeCaches();
-    void useHugePages();
     // Forgets every cached evaluation. Only while the thread is idle.
     void clearEvalCache();
 };

@@ -32,9 +32,10 @@ Relaxed<std::uint32_t> poolQuit = 0;
 // No thread holds two of these at once; the search itself takes none. They outlive the process's end, where
 // workers may still sleep on them.
 struct PoolLocks {
-    std::mutex startMutex;  // guards every `startFlag`, and `poolQuit`
+    std::mutex startMutex;  // guards every `startFlag`, `poolQuit` and `job`
     std::condition_variable startCondition;
-    std::mutex barrierMutex;  // guards the numbers below
+    const std::function<void(int)>* job = nullptr;  // for the workers instead of a search
+    std::mutex barrierMutex;                        // guards the numbers below
     std::condition_variable barrierCondition;
     int barrierCount = 0;
     int barrierGeneration = 0;
@@ -90,10 +91,17 @@ static void workerMain(int index) {
     }
     Position root;
     while (true) {
+        const std::function<void(int)>* job;
         {
             std::unique_lock lock(locks.startMutex);
             locks.startCondition.wait(lock, [&] { return thread.startFlag; });
             thread.startFlag = false;
+            job = locks.job;
+        }
+        if (job) {
+            (*job)(index);
+            leaveBarrier();
+            continue;
         }
         const int depth = searchDepthNow;
         if (depth > 0) {
@@ -149,7 +157,7 @@ static void freeRecords() {
 
 static void makeRecords() {
     if (!recordMemory.allocate(std::size_t(threadCount) * sizeof(SearchThread))) throw std::bad_alloc();
-    recordMemory.useHugePages();
+    recordMemory.askForHugePages();  // all of it is written at once
     SearchThread* records = static_cast<SearchThread*>(recordMemory.data());
     for (int i = 0; i < threadCount; ++i) (new (&records[i]) SearchThread)->init(i);
     const std::lock_guard lock(locks.recordsMutex);
@@ -246,6 +254,26 @@ void finishSearch() {
 // They come and go together.
 static bool hasWorkers() { return threadRecordCount > 1 && threadRecords[1].hasWorker; }
 
+// Starts the workers as a search does, but leaves the stop flags alone: one that the end of input has raised
+// counts for what comes next.
+void runOnAllThreads(const std::function<void(int)>& job) {
+    if (!hasWorkers()) {
+        job(0);
+        return;
+    }
+    armBarrier();
+    {
+        const std::lock_guard lock(locks.startMutex);
+        locks.job = &job;
+        for (int i = 1; i < threadRecordCount; ++i) threadRecords[i].startFlag = true;
+    }
+    locks.startCondition.notify_all();
+    job(0);
+    barrierWait();
+    const std::lock_guard lock(locks.startMutex);
+    locks.job = nullptr;
+}
+
 static void setPoolQuit(std::uint32_t value) {
     const std::lock_guard lock(locks.startMutex);
     poolQuit.exchange(value);
@@ -293,13 +321,14 @@ void attachRoot(Position& root, int threadIndex) {
     attachThread(root, threadIndex);
 }
 
-void useHugePages() {
-    for (int i = 0; i < threadRecordCount; ++i) threadRecords[i].useHugePages();
+void settleCaches() {
+    for (int i = 0; i < threadRecordCount; ++i)
+        for (LargeMemory& memory : threadRecords[i].cacheMemory) memory.settle();
 }
 
 void clearEvalCaches() {
     if (!evalCachesUsed) return;
-    for (int i = 0; i < threadRecordCount; ++i) threadRecords[i].clearEvalCache();
+    runOnAllThreads([](int index) { threadRecords[index].clearEvalCache(); });
     evalCachesUsed = false;
 }
 

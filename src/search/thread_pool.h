@@ -5,6 +5,8 @@
 #include "board/position.h"
 #include "search/search_thread.h"
 
+#include <functional>
+
 namespace ThreadPool {
 
 extern SearchThread* threadRecords;  // one allocation; null while no pool exists
@@ -33,6 +35,10 @@ void finishSearch();
 // Thread 0 waits until every worker has left the search. Doesn't wait for a barrier that nobody armed.
 void barrierWait();
 
+// Runs a job once on each thread, with the thread's index, side by side, and returns when all are done. Only
+// while no search runs.
+void runOnAllThreads(const std::function<void(int)>& job);
+
 // Sets every thread's stop flag by atomic exchange. Any thread may call it at any time.
 void stopAllThreads();
 // The same from inside a search, where the records stay and no lock is taken.
@@ -49,8 +55,8 @@ void attachRoot(Position& root, int threadIndex);
 // Forgets what the threads have cached of evaluations, after the parameters have changed. Only while no
 // search runs.
 void clearEvalCaches();
-// For the caches that all threads have now; new ones are asked for anew.
-void useHugePages();
+// Before a search: caches that were not made ready stay on small pages.
+void settleCaches();
 
 }  // namespace ThreadPool
 

@@ -3,6 +3,7 @@
 
 #include "board/end_process.h"
 #include "search/limits.h"
+#include "search/table_memory.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -179,14 +180,21 @@ bool TransTable::resize(int megabytes) {
     return true;
 }
 
-// May run during a search, so it stores word by word as any writer does. What is zero is only read: pages
-// that no search has written stay untouched.
-void TransTable::clear() {
+// Stores word by word as any writer does. What is zero is only read: pages that no search has written stay
+// untouched.
+void TransTable::clearDuringSearch() {
     std::uint64_t* words = reinterpret_cast<std::uint64_t*>(buckets);
     const std::uint64_t count = byteSize() / sizeof *words;
     for (std::uint64_t i = 0; i < count; ++i) {
         const std::atomic_ref word(words[i]);
         if (word.load(std::memory_order_relaxed) != 0) word.store(0, std::memory_order_relaxed);
     }
+}
+
+void TransTable::clear() {
+    if (searchControl.searching)
+        clearDuringSearch();
+    else
+        clearTable(memory);
     generation = 0;
 }

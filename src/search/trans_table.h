@@ -104,7 +104,7 @@ class TransTable {
     // is cleared. True if a new table was made.
     bool resize(int megabytes);
     void clear();  // silent
-    void useHugePages() { memory.useHugePages(); }
+    LargeMemory& pages() { return memory; }
     void free();
     // Ages the entries, unless the root is that of the last search.
     void newSearch(Key rootKey);
@@ -123,6 +123,7 @@ class TransTable {
     int replacementValue(TransData data) const;
     TransEntry& victimOf(TransBucket& bucket, int leastValue) const;
     void write(TransEntry& entry, Key key, int depth, int score, int flags, Move move, int nodeRank) const;
+    void clearDuringSearch();
     bool readImage(const char* path);
     void forgetGenerations();
 

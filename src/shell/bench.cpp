@@ -10,6 +10,7 @@
 #include "search/time_manager.h"
 #include "search/trans_table.h"
 #include "shell/bench_positions.h"
+#include "shell/commands.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -60,6 +61,7 @@ std::uint64_t searchAll(int depth) {
 
 void runPass(int lastDepth) {
     searchControl.benchMode = true;
+    readyMemory();
     initEvalParameters();
     buildSearchTables();
     const double start = currentTime();

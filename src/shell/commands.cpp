@@ -11,6 +11,7 @@
 #include "search/limits.h"
 #include "search/search_tables.h"
 #include "search/strength.h"
+#include "search/table_memory.h"
 #include "search/thread_pool.h"
 #include "search/trans_table.h"
 #include "shell/main_loop.h"
@@ -18,6 +19,7 @@
 #include "tree/node_store.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cinttypes>
 #include <cstdlib>
 #include <cstring>
@@ -48,6 +50,22 @@ void shutDown() {
     MctsTable::free();
     ThreadPool::resize(false);
     endProcess(0);
+}
+
+// An interface waits two seconds for its `readyok` without losing patience, on a busy machine too.
+void readyMemory(bool hurried) {
+    using Clock = std::chrono::steady_clock;
+    constexpr auto LongestWait = std::chrono::milliseconds(1500);
+    const Clock::time_point deadline = Clock::now() + LongestWait;
+    std::vector<LargeMemory*> tables = {&transTable.pages()};
+    // A tree that nobody grows is to take no memory.
+    if (settings.useMcts) tables.push_back(&MctsTable::pages());
+    touchTables(tables, [&] {
+        return Clock::now() < deadline && !searchControl.quitRequested && !(hurried && isInputWaiting());
+    });
+    if (hurried) return;
+    ThreadPool::settleCaches();
+    for (LargeMemory* memory : tables) memory->settle();
 }
 
 Position& currentPosition() {
@@ -128,8 +146,16 @@ static void perftCommand(const Tokens& tokens) {
     perftTimed(currentPosition(), plies, !searchControl.searching);
 }
 
-// Intended: a new game reseeds only and clears no table.
-static void newGameCommand() { seedRandom(); }
+// Intended: a new game reseeds and clears no table.
+static void newGameCommand() {
+    seedRandom();
+    if (!searchControl.searching) readyMemory(true);
+}
+
+static void isReadyCommand() {
+    if (!searchControl.searching) readyMemory();
+    sendLine("readyok\n");
+}
 
 // After an option that was stored. The tables of evaluation and search follow it, then the pool.
 static void applyStoredOption() {
@@ -163,7 +189,7 @@ static void runCommand(const std::string& line) {
     if (word == "uci") {
         printOptions();
     } else if (word == "isready") {
-        sendLine("readyok\n");
+        isReadyCommand();
     } else if (word == "ponderhit") {
         searchControl.ponder = false;
     } else if (word == "attacks") {

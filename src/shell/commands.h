@@ -20,6 +20,11 @@ void shutDown();
 void whenIdle(std::function<void()> action);
 void runHeldBackActions();
 
+// Readies the memory of all tables that a search will use, by all threads. Waits for it a second and a half
+// at most; what is left stays on small pages. With `hurried` it ends when the next line comes, and an
+// `isready` may go on with the rest. Only while no search runs.
+void readyMemory(bool hurried = false);
+
 // ---- The game ----
 
 inline constexpr int MaxGameRecords = 2048;

@@ -1,7 +1,6 @@
 #include "tree/node_store.h"
 
 #include "board/end_process.h"
-#include "board/large_memory.h"
 #include "search/thread_pool.h"
 
 #include <cstdio>
@@ -30,7 +29,7 @@ void free() {
     nodes = nullptr;
 }
 
-void useHugePages() { memory.useHugePages(); }
+LargeMemory& pages() { return memory; }
 
 bool isNearlyFull() {
     constexpr int MarginPerThread = 200;

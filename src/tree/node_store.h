@@ -2,6 +2,7 @@
 // when the next search starts: there is no free list, no replacement and no hashing.
 #pragma once
 
+#include "board/large_memory.h"
 #include "board/move.h"
 #include "board/relaxed.h"
 
@@ -48,7 +49,8 @@ extern std::atomic<int> nodeCount;  // next free index in root preparation, then
 // Replaces the array by one of that many megabytes. The memory is not touched.
 void allocate(int megabytes);
 void free();
-void useHugePages();
+// Behind the array.
+LargeMemory& pages();
 
 // Whether the search must end because few records are left. An expansion may take more than its thread's
 // share of the margin, so it tests the capacity itself.

@@ -146,7 +146,6 @@ void answer() {
 
 void prepareTree(Position& root, double seconds) {
     setUpSearch(seconds);
-    if (seconds >= HugePageTarget) MctsTable::useHugePages();
     resetRoot();
     const RootMove* list = ThreadPool::threadRecords[0].rootMoves;
     double total = 0.0;
@@ -174,6 +173,7 @@ void prepareTree(Position& root, double seconds) {
 
 // The two-second report may come before this search's tree is begun.
 static void dropTree() {
+    MctsTable::pages().settle();
     nodes[0].beginChild(NoMove);
     nodeCount.store(0);
 }

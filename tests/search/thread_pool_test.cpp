@@ -1,7 +1,9 @@
 // The pool of search threads without the driver: sizes, waking and ending searches, tearing down.
 #include "eval/caches.h"
 #include "search/search_environment.h"
+#include "search/table_memory.h"
 
+#include <mutex>
 #include <thread>
 
 class Pool : public SearchTest {
@@ -124,12 +126,62 @@ TEST_F(Pool, AWorkerTakesTheDepthOfThreadZero) {
     expectIdle();
 }
 
+TEST_F(Pool, RunsAJobOnceOnEachThread) {
+    for (const int threads : {1, 4, 2}) {
+        makePool(threads);
+        publish("");
+        for (int i = 0; i < 20; ++i) {
+            std::vector<int> runs(std::size_t(threads), 0);
+            std::set<std::thread::id> runners;
+            std::mutex runnersMutex;
+            const bool stopped = i % 2 == 0;  // as by the end of input
+            if (stopped) ThreadPool::stopAllThreads();
+            ThreadPool::runOnAllThreads([&](int index) {
+                ++runs[std::size_t(index)];
+                const std::lock_guard lock(runnersMutex);
+                runners.insert(std::this_thread::get_id());
+            });
+            EXPECT_EQ(runs, std::vector<int>(std::size_t(threads), 1));
+            EXPECT_EQ(runners.size(), std::size_t(threads));
+            EXPECT_TRUE(runners.contains(std::this_thread::get_id()));
+            for (int k = 0; k < threads; ++k) EXPECT_EQ(record(k).stopFlag, stopped ? 1 : 0) << "left alone";
+            searchAWhile(2, true);
+            record(0).stopFlag = 0;
+            expectIdle();
+        }
+    }
+    ThreadPool::stopWorkers();
+    int runs = 0;
+    ThreadPool::runOnAllThreads([&](int) { ++runs; });
+    EXPECT_EQ(runs, 1) << "no worker is there";
+}
+
+TEST_F(Pool, TouchesTheCachesOfAllThreadsAndTheTables) {
+    LargeMemory table;
+    ASSERT_TRUE(table.allocate(50 << 20));
+    for (const int threads : {1, 3}) {
+        makePool(threads);
+        touchTables({&table}, [] { return false; });
+        EXPECT_EQ(table.touchedBytes(), 0u) << "nobody may go on";
+        touchTables({&table}, [] { return true; });
+        EXPECT_EQ(table.touchedBytes(), table.size());
+        for (int i = 0; i < threads; ++i)
+            for (const LargeMemory& memory : record(i).cacheMemory)
+                EXPECT_EQ(memory.touchedBytes(), memory.size()) << i;
+        table.allocate(50 << 20);
+    }
+    table.free();
+}
+
 TEST_F(Pool, ForgetsEvaluationsOnAllThreads) {
     makePool(2);
-    rootOf("");  // the caches are in use
-    for (const int index : {0, 1}) record(index).evalCache->key = 1;
-    ThreadPool::clearEvalCaches();
-    for (const int index : {0, 1}) EXPECT_EQ(record(index).evalCache->key, 0u);
+    for (const bool ready : {false, true}) {
+        if (ready) touchTables({}, [] { return true; });
+        rootOf("");  // the caches are in use
+        for (const int index : {0, 1}) record(index).evalCache[prefetchBases.evalMask].key = 1;
+        ThreadPool::clearEvalCaches();
+        for (const int index : {0, 1}) EXPECT_EQ(record(index).evalCache[prefetchBases.evalMask].key, 0u);
+    }
 }
 
 // The main thread wipes the workers' caches between searches, and they free them at their end, which may come

@@ -170,6 +170,37 @@ TEST_F(TransTableTest, ClearingStartsTheAgesAgain) {
     EXPECT_FALSE(at(5).busy());
 }
 
+// Idle and during a search, and from every state of the table's pages.
+TEST_F(TransTableTest, ClearingLeavesNothing) {
+    ThreadPool::stopWorkers();
+    threadCount = 3;
+    ThreadPool::resize(true);
+    transTable.resize(128);
+    for (const bool searching : {false, true}) {
+        for (const int touched : {0, 4, 0, 1000}) {
+            transTable.pages().askForHugePages();
+            for (int i = 0; i < touched && transTable.pages().touchNext(); ++i) {
+            }
+            const Key last = transTable.bucketCount() - 1;
+            for (Key bucket = 0; bucket < last; bucket += 20011)
+                transTable.store(keyOf(5, bucket), 4, 0, 2, 1, 0);
+            transTable.store(keyOf(5, last), 4, 0, LowerBound, 1, 0);
+            searchControl.searching = searching;
+            transTable.clear();
+            searchControl.searching = false;
+            const auto* bytes = static_cast<const char*>(transTable.pages().data());
+            EXPECT_EQ(std::count(bytes, bytes + transTable.byteSize(), '\0'),
+                      std::ptrdiff_t(transTable.byteSize()))
+                << searching << ' ' << touched;
+        }
+        EXPECT_EQ(transTable.pages().touchedBytes(), transTable.byteSize()) << "a ready table stays ready";
+        transTable.resize(64);
+    }
+    ThreadPool::stopWorkers();
+    threadCount = 1;
+    ThreadPool::resize(true);
+}
+
 // ---- The file ----
 
 class HashFile : public TransTableTest {
