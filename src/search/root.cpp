@@ -1,6 +1,7 @@
 // The root search: walks the thread's root list once at a given depth and window. It keeps the list sorted,
 // reports, and sets the counters that the time rules read.
 #include "board/exchange.h"
+#include "board/insertion_sort.h"
 #include "board/legality.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
@@ -161,10 +162,9 @@ void addLine(const RootNode& node, Move move, int score) {
     const int index = rootLineCount++;
     rootLines[index].score = score;
     writeLine(rootLines[index].pv, move, node.childPv);
-    int place = index;
-    for (; place > 0 && rootLines[rootLineOrder[place - 1]].score < score; --place)
-        rootLineOrder[place] = rootLineOrder[place - 1];
-    rootLineOrder[place] = index;
+    rootLineOrder[index] = index;
+    insertLast(rootLineOrder, rootLineCount,
+               [](int a, int b) { return rootLines[a].score > rootLines[b].score; });
 }
 
 // Quiescence keeps one move of its lines, so that a mate's line may end early. The table still knows the
@@ -264,6 +264,7 @@ inline void sortRootMoves(RootNode& node) {
     const Position& pos = node.pos;
     RootMove* moves = node.thread.rootMoves;
     int places[MaxListMoves];  // of quiet moves
+    RootMove quiets[MaxListMoves];
     int quietCount = 0;
     for (int i = 0; moves[i].move != NoMove; ++i) {
         const Move move = cleanMove(moves[i].move);
@@ -271,14 +272,9 @@ inline void sortRootMoves(RootNode& node) {
         if (i >= FixedMoves && quiet) places[quietCount++] = i;
         moves[i].score = quietCount > 0 ? historyEntry(pos, quietMoveOf(pos, move)) : FixedRank;
     }
-    // Insertion keeps equal moves in order.
-    for (int i = 1; i < quietCount; ++i) {
-        const RootMove current = moves[places[i]];
-        int j = i;
-        for (; j > 0 && moves[places[j - 1]].score < current.score; --j)
-            moves[places[j]] = moves[places[j - 1]];
-        moves[places[j]] = current;
-    }
+    for (int i = 0; i < quietCount; ++i) quiets[i] = moves[places[i]];
+    insertionSort(quiets, quietCount, [](const RootMove& a, const RootMove& b) { return a.score > b.score; });
+    for (int i = 0; i < quietCount; ++i) moves[places[i]] = quiets[i];
 }
 
 inline int finishRoot(RootNode& node) {
