@@ -25,6 +25,7 @@ void keyQuiets(MovePicker& picker, int count) {
         picker.moves[i] = withKey(picker.moves[i], quietStat(*picker.position, picker.moves[i]) >> 2);
 }
 
+// Captures go by MVV/LVA: the most valuable victim first, and of two attackers the less valuable.
 int evasionKey(const MovePicker& picker, Move move) {
     const Position& pos = *picker.position;
     if (isEnPassant(move)) return 30000;

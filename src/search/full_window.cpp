@@ -149,12 +149,11 @@ inline bool deferMove(FullWindowNode& node, const Trial& trial) {
 // after a stop.
 inline bool isSingular(FullWindowNode& node) {
     constexpr int SingularDepth = 18, DepthGap = 7;  // half plies; the entry may be shallower by the gap
-    constexpr int EndOfEvasions = 50;  // from this ply on, replies to checks are taken as they are
-    constexpr int Shallower = 10;      // half plies
+    constexpr int Shallower = 10;                    // half plies
     const TableView& table = node.table;
     if (node.depth < SingularDepth || !(table.bound & LowerBound) || table.depth < node.depth - DepthGap)
         return false;
-    if (std::abs(table.score) >= DecidedScore || (node.ply >= EndOfEvasions && node.pos.inCheck))
+    if (std::abs(table.score) >= DecidedScore || (node.ply >= SingularEvasionPlies && node.pos.inCheck))
         return false;
     const int singularBeta = table.score - node.depth / 2;
     return searchZeroWindow(node.pos,

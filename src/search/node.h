@@ -17,10 +17,11 @@
 
 #include <algorithm>
 
-inline constexpr int OnePly = 2;                // half plies
-inline constexpr int FirstFullDepth = 2;        // below it a node belongs to the quiescence search
-inline constexpr int DeepestMate = -MateBound;  // best above it: some move avoids being mated
-inline constexpr int DecidedScore = 3900;       // beyond it a hash score is no yardstick for singularity
+inline constexpr int OnePly = 2;                 // half plies
+inline constexpr int FirstFullDepth = 2;         // below it a node belongs to the quiescence search
+inline constexpr int DeepestMate = -MateBound;   // best above it: some move avoids being mated
+inline constexpr int DecidedScore = 3900;        // beyond it a hash score is no yardstick for singularity
+inline constexpr int SingularEvasionPlies = 50;  // from this ply on a reply to a check isn't tested for it
 
 // ---- The ply before; a record from a FEN has none ----
 

@@ -201,8 +201,8 @@ inline void noteMove(ZeroWindowNode& node, Trial& trial) {
 
 // ---- Extensions, in half plies ----
 
-// Up to this depth passed pawns and checks by the hash move are extended and its entry's depth counts; above
-// it the hash move has to be singular.
+// Up to this depth passed pawns are extended, checks by the hash move more than others, and the hash move for
+// the depth of its entry; above it a hash move whose score is a lower bound has to be singular.
 constexpr int ShallowDepth = 12;
 
 inline int checkExtension(const ZeroWindowNode& node, const Trial& trial) {
@@ -244,16 +244,15 @@ inline int hashMoveExtension(const ZeroWindowNode& node) {
 // Singular extension: the hash move beats every other move by a margin. Ends the node after a stop, or if
 // another move fails high as well where a fail high was expected (multi-cut).
 inline bool singularExtension(ZeroWindowNode& node, ZeroTrial& trial) {
-    constexpr int HighScore = 50;       // centipawns above the window
-    constexpr int LastPlyInCheck = 49;  // deeper, replies to checks are taken as they are
-    constexpr int LeastMargin = 8;      // centipawns
-    constexpr int DepthOff = 7;         // half plies, beside a quarter of the depth
+    constexpr int HighScore = 50;   // centipawns above the window
+    constexpr int LeastMargin = 8;  // centipawns
+    constexpr int DepthOff = 7;     // half plies, beside a quarter of the depth
     Position& pos = node.pos;
     const TableView& table = node.table;
     const int depth = node.depth;
     const bool hashFar = std::abs(table.score) >= DecidedScore || table.score >= node.beta + HighScore;
     if (trial.ext > 1 || !node.singularCandidate || hashFar) return false;
-    if ((node.ply > LastPlyInCheck && pos.inCheck) || depth <= ShallowDepth) return false;
+    if ((node.ply >= SingularEvasionPlies && pos.inCheck) || depth <= ShallowDepth) return false;
     const int singularBeta = table.score - std::max(depth / 2, LeastMargin);
     const int lowered = depth - depth / 4 - DepthOff;
     const int evenDepth = lowered + (lowered & 1);
