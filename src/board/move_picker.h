@@ -28,9 +28,13 @@ enum PickerStage : std::uint32_t {
 enum PickerKind : std::uint32_t {
     KindFull = 0,
     KindEvasions = 4,
+    KindForcing = 5,  // captures, quiet checks, pawns close to promotion
+    KindForcingWithDeferred = 6,
     KindQuiescence = 7,
     KindQuiescenceChecks = 10,
     KindQuiescenceQueenChecks = 11,
+    KindSelective = 12,  // the same with a killer and the counter move
+    KindSelectiveWithDeferred = 13,
 };
 
 struct MovePicker {

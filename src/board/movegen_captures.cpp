@@ -1,5 +1,5 @@
-// Captures, keyed by the victim and by what the thread has learnt of such captures; the attacker plays no
-// part.
+// Captures, keyed by the victim (the MVV of MVV/LVA) and by what the thread has learnt of such captures; the
+// attacker plays no part beside that.
 #include "board/geometry.h"
 #include "board/list_writer.h"
 #include "board/movegen.h"

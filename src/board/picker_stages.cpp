@@ -1,5 +1,6 @@
 #include "board/picker_stages.h"
 
+#include "board/insertion_sort.h"
 #include "board/movegen.h"
 
 namespace {
@@ -9,13 +10,7 @@ constexpr int StagedChecksDepth = 7;  // half plies
 
 // Descending by the signed key alone; ties keep the order of generation.
 void sortList(Move* moves, int count) {
-    for (int i = 1; i < count; ++i) {
-        const Move move = moves[i];
-        const std::int32_t key = sortKeyOf(move);
-        int place = i;
-        for (; place > 0 && sortKeyOf(moves[place - 1]) < key; --place) moves[place] = moves[place - 1];
-        moves[place] = move;
-    }
+    insertionSort(moves, count, [](Move a, Move b) { return sortKeyOf(a) > sortKeyOf(b); });
 }
 
 void beginList(MovePicker& picker, int count, bool deferBad) {
@@ -30,6 +25,7 @@ void keyQuiets(MovePicker& picker, int count) {
         picker.moves[i] = withKey(picker.moves[i], quietStat(*picker.position, picker.moves[i]) >> 2);
 }
 
+// Captures go by MVV/LVA: the most valuable victim first, and of two attackers the less valuable.
 int evasionKey(const MovePicker& picker, Move move) {
     const Position& pos = *picker.position;
     if (isEnPassant(move)) return 30000;

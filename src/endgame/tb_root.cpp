@@ -1,6 +1,7 @@
 #include "endgame/tb_root.h"
 
 #include "board/attacks.h"
+#include "board/insertion_sort.h"
 #include "board/legality.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
@@ -36,14 +37,7 @@ struct TbRootList {
             int(std::remove_if(moves, moves + count, [&](const TbRootMove& m) { return !keep(m); }) - moves);
     }
     // Falling ranks, then falling values, the generator's order among equals.
-    void sort() {
-        for (int i = 1; i < count; ++i) {
-            const TbRootMove move = moves[i];
-            int j = i;
-            for (; j > 0 && goesBefore(move, moves[j - 1]); --j) moves[j] = moves[j - 1];
-            moves[j] = move;
-        }
-    }
+    void sort() { insertionSort(moves, count, goesBefore); }
     int copyTo(RootMove* list) const {
         for (int i = 0; i < count; ++i) list[i] = {moves[i].move, moves[i].tbValue, 0};
         list[count] = {};

@@ -235,7 +235,7 @@ void thinkWithTree(Position& root, double target) {
     searchHost.dropTree();
     timeLimits.hardLimit = searchState.searchStart + target;
     Move pv[PvLength];
-    searchFullWindow(root, -MateScore, MateScore, FirstSearchDepth, 0, pv, true);
+    searchFullWindow(root, -MateScore, MateScore, FirstSearchDepth, 0, pv, Deepening::Forbidden);
     searchHost.runTree(root, searchState.infinite, target);
     endSearch();
 }

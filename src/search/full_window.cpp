@@ -1,181 +1,139 @@
 // The full-window search: the nodes of the principal variation. It keeps a whole line, prunes little, and
 // carries the rule by which threads avoid each other: a move that another thread is searching now is put off
-// to a second pass.
+// to a second pass (ABDADA in its simple form).
 #include "board/exchange.h"
 #include "board/legality.h"
 #include "board/make_move.h"
-#include "board/move_picker.h"
 #include "board/movegen.h"
 #include "eval/parameters.h"
-#include "search/history.h"
 #include "search/node.h"
-#include "search/search.h"
-#include "search/trial.h"
+#include "search/reductions.h"
 
 #include <algorithm>
 #include <cstdlib>
 
+namespace {
+
 // One node. The constructor leaves the arrays unwritten.
-struct FullWindowNode {
-    Position& pos;
-    SearchThread& thread;
-    const Colour us;
+struct FullWindowNode : SearchNode {
     const int firstAlpha;  // as it was passed in
-    int alpha, beta;
-    const int depth;  // half plies
-    const int ply;
-    Move* const pv;
-    const int phase;
-    const KillerRow killers;  // as they stood at entry
-    TableView table;
-    bool improving = true;
+    int alpha;
     bool extensionsAllowed = false;
     bool firstPass = true;
-    bool drawn = false;  // the best score is a draw by rule, which the table must not learn
     bool cutoff = false;
-    bool hasBestQuiet = false;
-    int eval = NoScore;  // static score, NoScore in check
-    int best = -NoScore;
-    int result = 0;
     // Intended: where extensions are used up, a move keeps what the move before it got.
     int ext = 0;
-    int played = 0;
-    Move counter = NoMove;
-    QuietMove bestQuiet{};
     int deferredCount = 0, deferredNext = 0;
     Move deferred[MaxListMoves];  // moves that other threads were searching
-    Position child;               // written by makeMove alone
-    MovePicker picker;
-    TriedMoves tried;
     Move childPv[PvLength];
 
     FullWindowNode(Position& position, int lower, int upper, int halfPlies, int rootDistance, Move* line)
-        : pos(position),
-          thread(threadOf(position)),
-          us(position.sideToMove()),
-          firstAlpha(lower),
-          alpha(lower),
-          beta(upper),
-          depth(halfPlies),
-          ply(rootDistance),
-          pv(line),
-          phase(position.cappedPhase()),
-          killers(thread.killers[rootDistance]) {}
-
-    bool endWith(int score) {
-        result = score;
-        return true;
-    }
-    bool isKillerOrCounter(Move move) const {
-        return move == killers.first || move == killers.second || move == counter;
-    }
+        : SearchNode(position, upper, halfPlies, rootDistance, line), firstAlpha(lower), alpha(lower) {}
 };
 
 // ---- Before the moves ----
 
-static inline int handToQuiescence(FullWindowNode& node) {
+inline int handToQuiescence(FullWindowNode& node) {
     return searchQuiescence(node.pos, node.alpha, node.beta, 0, node.ply, node.pv);
 }
 
 // Stop, the ends of a line, and the handing over to quiescence.
-static inline bool enterNode(FullWindowNode& node) {
+inline bool enterNode(FullWindowNode& node) {
     Position& pos = node.pos;
     node.pv[0] = NoMove;
     if (isStopped(pos)) return node.endWith(0);
-    if (clipToMates(node.alpha, node.beta, node.ply)) return node.endWith(node.alpha);
+    if (mateDistancePruning(node.alpha, node.beta, node.ply)) return node.endWith(node.alpha);
     pos.plyMark = std::uint8_t(node.ply);
-    pos.singularMark = 0;
-    pos.moveStat = 0;
+    clearMarks(pos);
     if (stopsNow(pos)) return node.endWith(0);
     pos.staticEval = NoScore;
     if (node.ply >= MaxPly) return node.endWith(scoreAtLastPly(pos));
     return node.depth < FirstFullDepth && node.endWith(handToQuiescence(node));
 }
 
-static inline bool tablebaseCutoff(FullWindowNode& node) {
-    return tablebaseScore(node.pos, node.depth, node.ply, node.result);
-}
-
-static inline void staticScore(FullWindowNode& node) {
+inline void staticScore(FullWindowNode& node) {
     Position& pos = node.pos;
     if (!pos.inCheck) pos.staticEval = evaluate(pos, -OpenEvalBound, OpenEvalBound);
-    node.eval = pos.staticEval;
-    node.improving = isImproving(pos, node.ply, node.eval);
+    node.noteStaticScore();
 }
 
 // Of table scores only that of a position without a legal move ends the node; it is final at any depth.
-static inline bool terminalCutoff(FullWindowNode& node) {
+inline bool terminalCutoff(FullWindowNode& node) {
     node.table = readTable(node.pos.key, node.ply);
     return node.table.terminal && node.endWith(node.table.score);
 }
 
-static inline bool razor(FullWindowNode& node) {
-    constexpr int RazorDepth = 4, RazorMargin = 125;
+// Razoring: near the leaves a static score far below the window is left to quiescence.
+inline bool razoring(FullWindowNode& node) {
+    constexpr int RazorDepth = 4;     // below it
+    constexpr int RazorMargin = 125;  // centipawns
     if (node.depth >= RazorDepth || node.pos.inCheck || node.eval + RazorMargin >= node.alpha) return false;
     return node.endWith(handToQuiescence(node));
 }
 
-// Finds a move to try first where the table has none worth trusting. True after a stop.
-static inline bool internalDeepening(FullWindowNode& node) {
+// Internal iterative deepening: finds a move to try first where the table has none worth trusting. True after
+// a stop.
+inline bool internalIterativeDeepening(FullWindowNode& node) {
     constexpr int DeepeningDepth = 12;
+    constexpr int WindowMargin = 5;  // centipawns by which the window is opened downward
+    constexpr int Shallower = 2 * OnePly;
     if (node.depth < DeepeningDepth) return false;
     if (node.table.move && node.table.depth >= node.depth / 2) return false;
-    searchFullWindow(node.pos, node.alpha - 5, node.beta, node.depth - 2 * OnePly, node.ply, node.childPv,
-                     true);
+    searchFullWindow(node.pos, node.alpha - WindowMargin, node.beta, node.depth - Shallower, node.ply,
+                     node.childPv, Deepening::Forbidden);
     if (isStopped(node.pos)) return node.endWith(0);
     rereadTable(node.table, node.pos.key, node.ply);
     return false;
 }
 
-static inline void setUpMoves(FullWindowNode& node) {
-    const Position& pos = node.pos;
-    const KillerRow& killers = node.killers;
-    node.counter = counterMoveOf(node.thread, pos);
-    clearGrandchildKillers(node.thread, node.ply);
-    // One and a half plies of extension a ply, with the root's credit before that.
-    node.extensionsAllowed = pos.nullFloor < node.ply * 2 - node.ply / 2;
-    if (pos.inCheck)
-        node.picker.start(pos, KindEvasions, node.depth, node.table.move, killers.evasion, killers.first,
-                          node.counter);
-    else
-        node.picker.start(pos, KindFull, node.depth, node.table.move, killers.first, killers.second,
-                          node.counter);
+inline void setUpMoves(FullWindowNode& node) {
+    // One and a half half plies of extension a ply, with the root's credit before that. `nullFloor` is the
+    // sum of the line's extensions.
+    node.extensionsAllowed = node.pos.nullFloor < node.ply * 2 - node.ply / 2;
+    node.startMoves(KindFull);
 }
 
-// ---- The move loop ----
+// ---- Pruning and deferral ----
 
-static inline Move takeMove(FullWindowNode& node) {
+inline Move takeMove(FullWindowNode& node) {
     if (node.firstPass) return nextMove(&node.picker);
     return node.deferredNext < node.deferredCount ? node.deferred[node.deferredNext++] : NoMove;
 }
 
 // A pawn move that may soon matter in an ending: to the sixth or seventh rank, or to the fifth past all enemy
 // pawns.
-static inline bool isPromisingPawnMove(const FullWindowNode& node, Move move) {
+inline bool isPromisingPawnMove(const FullWindowNode& node, Move move) {
     const Position& pos = node.pos;
-    if (node.phase >= 32 || !isPawnMove(pos, move)) return false;
+    if (node.phase >= AdvancedPawnPhase || !isPawnMove(pos, move)) return false;
     const int rank = landingRank(pos, move);
-    return rank == 5 || rank == 6 || (rank == 4 && !(enemyPawnSpans(pos) & bit(toOf(move))));
+    return rank == SixthRank || rank == SeventhRank ||
+           (rank == FifthRank && !(enemyPawnSpans(pos) & bit(toOf(move))));
 }
 
-// Shallow nodes pass over quiet moves with a poor record that come late or lose material.
-static inline bool pruneMove(const FullWindowNode& node, const Trial& trial) {
+// Late move pruning: whether a quiet move comes so late that it may be passed over.
+inline bool comesLate(const FullWindowNode& node, Move move) {
+    constexpr int FreeMoves = 5;  // beside one for each half ply of depth
+    return node.picker.stage != StageQuietChecks && node.played >= node.depth + FreeMoves &&
+           !node.isKillerOrCounter(move) && !isPromisingPawnMove(node, move);
+}
+
+// Late move pruning and exchange pruning: shallow nodes pass over quiet moves with a poor record that come
+// late or lose material.
+inline bool pruneMove(const FullWindowNode& node, const Trial& trial) {
     constexpr int PruneDepth = 6, AverageStat = 48000;
     const Position& pos = node.pos;
     const Move move = trial.move;
     if (node.best <= DeepestMate || node.depth >= PruneDepth || pos.inCheck) return false;
     if (isCapture(pos, move) || (move & QuietFlagMask)) return false;
     if (quietStat(pos, move) >= AverageStat) return false;
-    const bool late = node.picker.stage != StageQuietChecks && node.played >= node.depth + 5 &&
-                      !node.isKillerOrCounter(move) && !isPromisingPawnMove(node, move);
-    return (late || seeLosing(pos, move)) && !givesCheckQuick(pos, move);
+    return (comesLate(node, move) || seeLosing(pos, move)) && !givesCheckQuick(pos, move);
 }
 
 // The threads share out moves only if there are three of them or more, and never in a tree search.
-static inline bool sharesMoves() { return threadCount > 2 && !treeSearchActive; }
+inline bool sharesMoves() { return threadCount > 2 && !treeSearchActive; }
 
 // Whether a child is put off because another thread is searching it. Thread 0 puts nothing off.
-static inline bool deferMove(FullWindowNode& node, const Trial& trial) {
+inline bool deferMove(FullWindowNode& node, const Trial& trial) {
     if (!node.firstPass || node.played == 0 || node.pos.threadIndex == 0) return false;
     if (!sharesMoves() || node.picker.stage == StageCaptures) return false;
     TransData data;
@@ -185,20 +143,33 @@ static inline bool deferMove(FullWindowNode& node, const Trial& trial) {
     return true;
 }
 
-// Whether the hash move beats every other move by a margin. The answer means nothing after a stop.
-static inline bool isSingular(FullWindowNode& node) {
+// ---- Extensions ----
+
+// Singular extension: whether the hash move beats every other move by a margin. The answer means nothing
+// after a stop.
+inline bool isSingular(FullWindowNode& node) {
+    constexpr int SingularDepth = 18, DepthGap = 7;  // half plies; the entry may be shallower by the gap
+    constexpr int Shallower = 10;                    // half plies
     const TableView& table = node.table;
-    if (node.depth < 18 || !(table.bound & LowerBound) || table.depth < node.depth - 7) return false;
-    if (std::abs(table.score) >= DecidedScore || (node.ply >= 50 && node.pos.inCheck)) return false;
+    if (node.depth < SingularDepth || !(table.bound & LowerBound) || table.depth < node.depth - DepthGap)
+        return false;
+    if (std::abs(table.score) >= DecidedScore || (node.ply >= SingularEvasionPlies && node.pos.inCheck))
+        return false;
     const int singularBeta = table.score - node.depth / 2;
-    return searchZeroWindow(node.pos, singularBeta + 1, node.depth - 10, node.ply, node.childPv, table.move,
-                            true, false) <= singularBeta;
+    return searchZeroWindow(node.pos,
+                            {.beta = singularBeta + 1,
+                             .depth = node.depth - Shallower,
+                             .ply = node.ply,
+                             .excluded = table.move,
+                             .noNull = true},
+                            node.childPv) <= singularBeta;
 }
 
 // Sets the child's depth. The top node of a tree search's leaf has no test for a singular move.
 template <bool treeLeaf>
-static inline void extendMove(FullWindowNode& node, Trial& trial) {
+inline void extendMove(FullWindowNode& node, Trial& trial) {
     if (node.extensionsAllowed) {
+        // Check extension, also for the hash move if it loses material.
         if (node.child.inCheck && (trial.isHashMove || !seeLosing(node.pos, trial.move)))
             node.ext = OnePly;
         else
@@ -206,51 +177,51 @@ static inline void extendMove(FullWindowNode& node, Trial& trial) {
     } else {
         node.ext = std::min(node.ext, OnePly);
     }
-    // A pawn ending that has just come about is worth knowing exactly.
-    if (node.child.phase == 0 && node.child.capturedType >= Knight) node.ext = 2 * OnePly;
-    node.child.nullFloor = std::int16_t(node.child.nullFloor + node.ext);
+    if (beginsPawnEnding(node.child)) node.ext = PawnEndingExtension;
+    node.child.nullFloor = std::int16_t(node.child.nullFloor + node.ext);  // the sum of the line's extensions
     trial.newDepth = node.depth + node.ext - OnePly;
 }
 
-static inline int zeroWindowScore(FullWindowNode& node, int depth, int reduction) {
-    node.pos.singularMark = std::uint8_t(reduction);
-    const int score =
-        -searchZeroWindow(node.child, -node.alpha, depth, node.ply + 1, node.childPv, NoMove, false, true);
-    node.pos.singularMark = 0;
-    return score;
+// ---- The child's search ----
+
+// `reduction` is the reduction in force, which the child reads.
+inline int zeroWindowScore(FullWindowNode& node, int depth, int reduction) {
+    return nullWindowScore(node.pos, node.child,
+                           {.beta = -node.alpha, .depth = depth, .ply = node.ply + 1, .cutNode = true},
+                           reduction, node.childPv);
 }
 
-static inline int fullWindowScore(FullWindowNode& node, int depth) {
-    return -searchFullWindow(node.child, -node.beta, -node.alpha, depth, node.ply + 1, node.childPv, false);
+inline int fullWindowScore(FullWindowNode& node, int depth) {
+    return -searchFullWindow(node.child, -node.beta, -node.alpha, depth, node.ply + 1, node.childPv,
+                             Deepening::Allowed);
 }
 
-static inline int reductionFor(FullWindowNode& node, const Trial& trial) {
+// Late move reductions: that of a quiet move, in half plies.
+inline int reductionFor(FullWindowNode& node, Move move) {
+    constexpr int SparedRelief = 2;  // half plies
     Position& pos = node.pos;
-    const Move move = trial.move;
     int reduction = reductionOf(reduceLow, node.improving, node.depth, node.played);
-    if (node.isKillerOrCounter(move) || isFarPawnMove(pos, move)) reduction -= 2;
-    const int stat = quietStat(pos, move) - historyBase;
-    pos.moveStat = stat;
-    reduction += reductionByTurn(pos, stat);
-    reduction = std::max(reduction - stat / StatPerHalfPly, 0);
-    if (reduction >= 2 && node.phase > 48 && node.depth <= 15 && movesOfficer(pos, move) &&
-        !seeFromSquareSafe(pos, move))
-        reduction -= 2;
+    if (node.isKillerOrCounter(move) || isFarPawnMove(pos, move)) reduction -= SparedRelief;
+    reduction = std::max(reduction + reductionByHistory(pos, move), 0);
+    if (reduction >= LeastReduction && node.depth <= EscapeDepth && escapesDanger(pos, node.phase, move))
+        reduction -= EscapeRelief;
     return reduction;
 }
 
-// The first move gets the whole window at once; a later one has to beat the window's lower end first. Scores
-// after a stop mean nothing.
-static inline void searchChild(FullWindowNode& node, Trial& trial) {
+// PVS: the first move gets the whole window at once; a later one has to beat the window's lower end in a null
+// window first. Scores after a stop mean nothing.
+inline void searchChild(FullWindowNode& node, Trial& trial) {
+    constexpr int NullWindowReach = 4, ReductionReach = 6;  // half plies, extension included
     const int reach = node.depth + node.ext;
-    if (node.played == 1 || reach < 4) {
+    if (node.played == 1 || reach < NullWindowReach) {
         trial.score = fullWindowScore(node, trial.newDepth);
         return;
     }
-    if (searchState.useLmr && reach >= 6 && !trial.isTactical) {
-        const int reduction = reductionFor(node, trial);
-        if (reduction >= 2) {
-            trial.score = zeroWindowScore(node, std::max(trial.newDepth - reduction, 2), reduction);
+    if (searchState.useLmr && reach >= ReductionReach && !trial.isTactical) {
+        const int reduction = reductionFor(node, trial.move);
+        if (reduction >= LeastReduction) {
+            trial.score =
+                zeroWindowScore(node, std::max(trial.newDepth - reduction, FirstFullDepth), reduction);
             if (trial.score <= node.alpha || isStopped(node.pos)) return;
         }
     }
@@ -260,13 +231,13 @@ static inline void searchChild(FullWindowNode& node, Trial& trial) {
     trial.score = fullWindowScore(node, depthOfMove(trial.move, trial.newDepth));
 }
 
+// ---- The move loop ----
+
 // True on a fail high.
-static inline bool noteScore(FullWindowNode& node, const Trial& trial) {
+inline bool noteScore(FullWindowNode& node, const Trial& trial) {
     const Position& pos = node.pos;
     const int score = trial.score;
-    if (node.played == 1 && score <= node.alpha && node.depth <= LastBonusDepth &&
-        trial.isQuietOutOfCheck() && node.tried.hasQuiet())
-        penaliseContinuations(pos, node.tried.firstQuiet(), contBonus(node.depth));
+    if (score <= node.alpha) node.blameFirstMove(trial);
     if (score > node.best) {
         node.best = score;
         node.drawn = trial.drawn;
@@ -274,35 +245,28 @@ static inline bool noteScore(FullWindowNode& node, const Trial& trial) {
         if (node.ply == 1) writeLine(node.pv, trial.move, node.childPv);
     }
     if (score <= node.alpha) return false;
-    if (trial.isQuietOutOfCheck()) {
-        node.hasBestQuiet = true;
-        node.bestQuiet = quietMoveOf(pos, trial.move);
-    }
+    node.noteBestQuiet(trial);
     writeLine(node.pv, trial.move, node.childPv);
     if (score < node.beta && !trial.drawn)
         writeTable(pos.key, node.depth, score, LowerBound, trial.move, RankPv, node.ply);
     node.alpha = score;
     if (score < node.beta) return false;
     node.cutoff = true;
-    if (pos.inCheck)
-        node.thread.killers[node.ply].evasion = trial.move;
-    else if (trial.isQuietOutOfCheck())
-        noteRefutation(node.thread, pos, node.ply, trial.move);
+    node.noteKillers(trial);
     return true;
 }
 
 // Searches one move. Ends the node after a stop; `done` is set on a fail high.
 template <bool treeLeaf>
-static inline bool tryMove(FullWindowNode& node, Move move, bool& done) {
+inline bool tryMove(FullWindowNode& node, Move move, bool& done) {
     constexpr int UnderPromotionDepth = 20;
     if (isUnderPromotion(move) && node.depth < UnderPromotionDepth) return false;
     Trial trial(node.pos, move, node.table.move);
     if (node.firstPass && pruneMove(node, trial)) return false;
     if (!makeMove(&node.pos, &node.child, move)) return false;
     if (deferMove(node, trial)) return false;
-    noteKind(trial, node.pos, node.child, node.tried);
-    ++node.played;
-    if (noteDraw(trial, node.pos, node.child, node.ply)) {
+    node.noteMade(trial);
+    if (node.noteDraw(trial)) {
         node.childPv[0] = NoMove;
     } else {
         const bool marks = sharesMoves();
@@ -318,7 +282,7 @@ static inline bool tryMove(FullWindowNode& node, Move move, bool& done) {
 
 // One run over the picker's moves, or over those that were put off. Ends the node after a stop.
 template <bool treeLeaf>
-static inline bool searchMoves(FullWindowNode& node) {
+inline bool searchMoves(FullWindowNode& node) {
     bool done = false;
     while (!done) {
         const Move move = takeMove(node);
@@ -330,13 +294,13 @@ static inline bool searchMoves(FullWindowNode& node) {
 
 // ---- After the moves ----
 
-static inline int finishNode(FullWindowNode& node) {
+inline int finishNode(FullWindowNode& node) {
     const Position& pos = node.pos;
-    if (node.pv[0]) node.tried.learnCaptures(pos, node.pv[0], node.depth);
+    node.learnCaptures();
     if (node.depth <= LastBonusDepth && node.hasBestQuiet && node.tried.hasQuiet())
         node.tried.learnBest(pos, node.bestQuiet, historyBonus(node.depth), contBonus(node.depth));
     if (node.played == 0) {
-        const int score = pos.inCheck ? node.ply - MateScore : 0;
+        const int score = node.scoreWithoutMoves();
         writeTable(pos.key, node.depth, score, TerminalFlags, NoMove, RankAll, node.ply);
         return score;
     }
@@ -346,12 +310,12 @@ static inline int finishNode(FullWindowNode& node) {
 }
 
 template <bool treeLeaf>
-static int searchNode(Position& pos, int alpha, int beta, int depth, int ply, Move* pv, bool mayDeepen) {
+int searchNode(Position& pos, int alpha, int beta, int depth, int ply, Move* pv, Deepening deepening) {
     FullWindowNode node(pos, alpha, beta, depth, ply, pv);
-    if (enterNode(node) || tablebaseCutoff(node)) return node.result;
+    if (enterNode(node) || node.tablebaseCutoff()) return node.result;
     staticScore(node);
-    if (terminalCutoff(node) || razor(node)) return node.result;
-    if (mayDeepen && internalDeepening(node)) return node.result;
+    if (terminalCutoff(node) || razoring(node)) return node.result;
+    if (deepening == Deepening::Allowed && internalIterativeDeepening(node)) return node.result;
     setUpMoves(node);
     if (searchMoves<treeLeaf>(node)) return node.result;
     if (node.deferredCount > 0 && threadCount > 1 && !node.cutoff && !treeSearchActive) {
@@ -361,11 +325,12 @@ static int searchNode(Position& pos, int alpha, int beta, int depth, int ply, Mo
     return finishNode(node);
 }
 
-int searchFullWindow(Position& pos, int alpha, int beta, int depth, int ply, Move* pv,
-                     bool internalDeepening) {
-    return searchNode<false>(pos, alpha, beta, depth, ply, pv, !internalDeepening);
+}  // namespace
+
+int searchFullWindow(Position& pos, int alpha, int beta, int depth, int ply, Move* pv, Deepening deepening) {
+    return searchNode<false>(pos, alpha, beta, depth, ply, pv, deepening);
 }
 
 int treeAlphaBeta(Position& pos, int alpha, int beta, int depth, int ply, Move* pv) {
-    return searchNode<true>(pos, alpha, beta, depth, ply, pv, false);
+    return searchNode<true>(pos, alpha, beta, depth, ply, pv, Deepening::Forbidden);
 }

@@ -1,7 +1,7 @@
 // One iteration: the aspiration windows around the last score, on thread 0 and on workers.
 #include "board/settings.h"
 #include "search/limits.h"
-#include "search/search.h"
+#include "search/node.h"
 #include "search/search_thread.h"
 #include "search/thread_pool.h"
 #include "search/time_manager.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-// Offsets of the first window by thread, so that threads see different things first.
+// Offsets of the first window by thread, in centipawns, so that threads see different things first.
 constexpr int aspirationUp[16] = {6, 4, 6, 1, 5, 1, 4, 1, 3, 1, 2, 1, 1, 1, 0, 1};
 constexpr int aspirationDown[16] = {-6, -4, -1, -6, -1, -5, -1, -4, -1, -3, -1, -2, -1, -1, -1, 0};
 
@@ -22,6 +22,9 @@ struct Window {
     int alpha, beta;
 };
 
+// What the windows grow by after a failure, in centipawns: the last step times its growth, from a first one
+// that is smaller in deep iterations, whose scores are steadier.
+constexpr double DeltaGrowth = 1.4;
 int firstDelta(int depth) { return depth <= 9 ? 8 : depth <= 15 ? 7 : 6; }
 
 Window firstWindow(const SearchThread& thread, int threadIndex, int depth) {
@@ -48,7 +51,7 @@ void keepResult(SearchThread& thread, int depth, int score, const Move* pv) {
 // Without aspiration: at low depths, and with several lines wanted, whose scores must all be exact.
 void searchOpen(Position& pos, SearchThread& thread, int depth, Move* pv) {
     constexpr int LineMargin = 50;  // centipawns above the last score
-    const int halfPlies = 2 * depth;
+    const int halfPlies = OnePly * depth;
     int score;
     if (depth < 2 || settings.multiPv < 2) {
         score = searchRoot(pos, halfPlies, -NoScore, NoScore, pv);
@@ -88,14 +91,14 @@ void searchIteration(Position& pos, int depth) {
     int delta = firstDelta(depth);
     Window window = firstWindow(thread, pos.threadIndex, depth);
     while (true) {
-        const int score = searchRoot(pos, 2 * depth, window.alpha, window.beta, pv);
+        const int score = searchRoot(pos, OnePly * depth, window.alpha, window.beta, pv);
         if (isStopped(pos)) return;
         keepResult(thread, depth, score, pv);
         if (score > window.alpha && score < window.beta) {
             if (isMain) searchState.failHighAccepted = searchState.failLowSeen = false;
             return;
         }
-        delta = int(delta * 1.4);
+        delta = int(delta * DeltaGrowth);
         if (score <= window.alpha) {
             searchState.iterationFailLow = true;
             window = {score - delta, score + delta / 2};

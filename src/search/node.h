@@ -1,41 +1,41 @@
-// What the searches' nodes have in common: reading the table, draws by rule, the ends of a line, and the
-// questions about moves that several of them ask. Scores from the side to move's view, depths in half plies.
+// The node of the searches: what every kind of node has, what zero-window and full-window nodes share beyond
+// that, the move that such a node is trying, and the steps that they take alike. Scores from the side to
+// move's view, depths in half plies.
 #pragma once
 
 #include "board/attacks.h"
-#include "board/bitboard.h"
-#include "board/position.h"
+#include "board/move_picker.h"
 #include "board/settings.h"
 #include "endgame/tb_probe.h"
 #include "eval/evaluate.h"
-#include "eval/parameters.h"
+#include "search/history.h"
 #include "search/limits.h"
+#include "search/move_questions.h"
 #include "search/search.h"
-#include "search/search_thread.h"
-#include "search/thread_pool.h"
+#include "search/table_view.h"
 #include "search/time_manager.h"
-#include "search/trans_table.h"
 
 #include <algorithm>
 
-inline constexpr int OnePly = 2;                // half plies
-inline constexpr int FirstFullDepth = 2;        // below it a node belongs to the quiescence search
-inline constexpr Move QuietFlagMask = 0x6000;   // set in castling, en passant and promotions
-inline constexpr int DeepestMate = -MateBound;  // best above it: some move avoids being mated
-inline constexpr int DecidedScore = 3900;       // beyond it a hash score is no yardstick for singularity
+inline constexpr int OnePly = 2;                 // half plies
+inline constexpr int FirstFullDepth = 2;         // below it a node belongs to the quiescence search
+inline constexpr int DeepestMate = -MateBound;   // best above it: some move avoids being mated
+inline constexpr int DecidedScore = 3900;        // beyond it a hash score is no yardstick for singularity
+inline constexpr int SingularEvasionPlies = 50;  // from this ply on a reply to a check isn't tested for it
 
-// What a move is, as sets of tried moves and rules tell moves apart.
-enum MoveKind : int {
-    MoveTactical = 1,  // capture, en passant or promotion
-    MoveCheck = 2,     // gives check
-    MoveEvasion = 4,   // answers a check
-};
+// ---- The ply before; a record from a FEN has none ----
+
+inline Move previousLastMove(const Position& pos) { return pos.prev ? pos.prev->lastMove : NoMove; }
+inline bool previousInCheck(const Position& pos) { return pos.prev && pos.prev->inCheck; }
+// By how much the move that led here is reduced, in half plies: what the node before keeps in `singularMark`,
+// the reduction in force.
+inline int previousReduction(const Position& pos) { return pos.prev ? pos.prev->singularMark : 0; }
 
 // ---- Entry ----
 
-// Narrows the window to what mates at this ply allow. True if nothing is left of it; `alpha` is then the
-// score.
-inline bool clipToMates(int& alpha, int& beta, int ply) {
+// Mate-distance pruning: narrows the window to what mates at this ply allow. True if nothing is left of it;
+// `alpha` is then the score.
+inline bool mateDistancePruning(int& alpha, int& beta, int ply) {
     alpha = std::max(alpha, ply - MateScore);
     beta = std::min(beta, MateScore - 1 - ply);
     return beta <= alpha;
@@ -51,140 +51,20 @@ inline int scoreAtLastPly(Position& pos) {
     return pos.inCheck ? 0 : evaluate(pos, -OpenEvalBound, OpenEvalBound);
 }
 
-// An entry of the transposition table as seen from a ply; all zero if there is none.
-struct TableView {
-    bool hit = false;
-    bool terminal = false;
-    int score = 0;
-    int depth = 0;
-    int bound = 0;
-    Move move = NoMove;
-
-    // Whether the score settles a comparison with `beta`.
-    bool provesAtLeast(int beta) const { return score >= beta && (bound & LowerBound); }
-    bool provesAtMost(int alpha) const { return score <= alpha && (bound & UpperBound); }
-};
-
-inline TableView readTable(Key key, int ply) {
-    TransData data;
-    if (!transTable.probe(key, data)) return {};
-    return {true,         data.terminal(), scoreFromTable(data.score(), ply),
-            data.depth(), data.bound(),    data.move()};
-}
-
-// After a search of the same node: what it has stored. Without an entry the old view keeps all but its move.
-inline void rereadTable(TableView& view, Key key, int ply) {
-    const TableView now = readTable(key, ply);
-    if (now.hit)
-        view = now;
-    else
-        view.move = NoMove;
-}
-
-inline void writeTable(Key key, int depth, int score, int flags, Move move, int nodeRank, int ply) {
-    transTable.store(key, depth, scoreToTable(score, ply), flags, move, nodeRank);
-}
-
-// Stores the result of a node whose window reached from `firstAlpha` to `beta`; a score at its lower end or
-// below proves no move.
-inline void writeResult(Key key, int depth, int score, int firstAlpha, int beta, Move move, int ply) {
-    if (score >= beta)
-        writeTable(key, depth, score, LowerBound, move, RankCut, ply);
-    else if (score > firstAlpha)
-        writeTable(key, depth, score, ExactBound, move, RankPv, ply);
-    else
-        writeTable(key, depth, score, UpperBound, NoMove, RankAll, ply);
-}
-
-// A static score, drawn towards what the table knows of the position.
-inline int estimateFrom(const TableView& table, int eval) {
-    if (table.bound == ExactBound) return table.score;
-    if ((table.bound & LowerBound) && table.score > eval) return table.score;
-    if ((table.bound & UpperBound) && table.score < eval) return table.score;
-    return eval;
-}
-
-// True if endgame tables know the position and are worth asking at this depth. The score becomes the static
-// one.
-inline bool tablebaseScore(Position& pos, int depth, int ply, int& score) {
-    const int men = int(pos.pieceCount);
-    if (men > tbPieceLimit || ply < 2) return false;
-    const bool smart = depth >= 3 && settings.smartSyzygy && men < tbPieceLimit;
-    if (!smart && depth < settings.syzygyProbeDepth) return false;
-    if (!probeSearchTablebase(pos, ply, &score)) return false;
-    pos.staticEval = score;
-    return true;
+// What children read of the move being tried, before there is one: `singularMark`, the reduction in force on
+// it, and its stat.
+inline void clearMarks(Position& pos) {
+    pos.singularMark = 0;
+    pos.moveStat = 0;
 }
 
 // Whether the static score has risen since the same side's last turn, or nothing is known of that.
 inline bool isImproving(const Position& pos, int ply, int eval) {
+    constexpr int Tolerance = 10;  // centipawns; a fall of no more counts as none
     if (ply < 2 || !pos.prev || !pos.prev->prev) return true;
     const int before = pos.prev->prev->staticEval;
-    return before == NoScore || before - 10 <= eval;
+    return before == NoScore || before - Tolerance <= eval;
 }
-
-// ---- The ply before; a record from a FEN has none ----
-
-inline Move previousLastMove(const Position& pos) { return pos.prev ? pos.prev->lastMove : NoMove; }
-inline int previousMoveStat(const Position& pos) { return pos.prev ? pos.prev->moveStat : 0; }
-inline int previousReduction(const Position& pos) { return pos.prev ? pos.prev->singularMark : 0; }
-inline bool previousInCheck(const Position& pos) { return pos.prev && pos.prev->inCheck; }
-
-inline constexpr int StatPerHalfPly = 9600;  // of a quiet move's stat, for one off its reduction
-
-// What a quiet move's stat adds to its reduction beside the last stat that the node before has noted: a line
-// that turns for the worse is reduced more, one that turns for the better less. Not in the tree search.
-inline int reductionByTurn(const Position& pos, int stat) {
-    if (treeSearchActive) return 0;
-    const int before = previousMoveStat(pos);
-    if (stat < 0 && before >= 0) return OnePly;
-    if (stat >= 0 && before < 0) return -OnePly;
-    return 0;
-}
-
-// ---- Moves, before they are made ----
-
-inline bool hasOnlyPawns(const Position& pos, Colour us) {
-    return pos.pieces[us][AllPieces] == (pos.pieces[us][Pawn] | pos.pieces[us][King]);
-}
-
-inline bool isCapture(const Position& pos, Move move) {  // en passant apart
-    return pos.pieces[opponent(pos.sideToMove())][AllPieces] & bit(toOf(move));
-}
-inline bool isTactical(const Position& pos, Move move) {
-    return isPromotion(move) || isEnPassant(move) || isCapture(pos, move);
-}
-inline int movedTypeOf(const Position& pos, Move move) { return typeOfCode(pos.board[fromOf(move)]); }
-inline bool isPawnMove(const Position& pos, Move move) { return movedTypeOf(pos, move) == Pawn; }
-
-// A piece that could have been chased away: neither pawn nor king.
-inline bool movesOfficer(const Position& pos, Move move) {
-    const int type = movedTypeOf(pos, move);
-    return type != Pawn && type != King;
-}
-
-inline int landingRank(const Position& pos, Move move) { return relativeRank(pos.sideToMove(), toOf(move)); }
-
-// A pawn move to the mover's sixth rank or beyond.
-inline bool isFarPawnMove(const Position& pos, Move move) {
-    return isPawnMove(pos, move) && landingRank(pos, move) >= 5;
-}
-// The same short of promotion.
-inline bool isAdvancedPawnMove(const Position& pos, Move move) {
-    return isPawnMove(pos, move) && (landingRank(pos, move) == 5 || landingRank(pos, move) == 6);
-}
-
-// The squares ahead of enemy pawns, as those see it, and beside these: no pawn of ours is passed there.
-inline Bitboard enemyPawnSpans(const Position& pos) {
-    const Colour us = pos.sideToMove();
-    const Bitboard pawns = pos.pieces[opponent(us)][Pawn];
-    const Bitboard spans =
-        us == White ? fillAhead<Black>(pawnPushes<Black>(pawns)) : fillAhead<White>(pawnPushes<White>(pawns));
-    return spans | besides(spans);
-}
-
-// Under-promotions are worth half the depth.
-inline int depthOfMove(Move move, int depth) { return isUnderPromotion(move) ? depth / 4 * 2 : depth; }
 
 // ---- Children ----
 
@@ -195,14 +75,31 @@ inline bool markCheck(Position& child) {
 
 // Draw by rule of a child that was just made by a move that doesn't capture or promote.
 inline bool isDrawnByRule(const Position& pos, const Position& child, bool needsTwoRepetitions) {
+    constexpr int FirstRepetitionClock = 4, LastClock = 99;  // half-moves
     const int clock = child.halfmoveClock;
-    if (clock < 4) return false;
-    if (clock > 99 && drawnByClock(child)) return true;
+    if (clock < FirstRepetitionClock) return false;
+    if (clock > LastClock && drawnByClock(child)) return true;
     return needsTwoRepetitions ? repeatedTwice(&pos, child.key, clock) : repeatedOnce(&pos, child.key, clock);
 }
 
 // Intended: a first repetition counts as a draw everywhere in the tree but for the moves tried at ply 1.
 inline bool needsTwoRepetitions(int ply) { return ply == 1; }
+
+// A pawn ending that has just come about is worth knowing exactly, whatever the other extensions say.
+inline constexpr int PawnEndingExtension = 2 * OnePly;
+inline bool beginsPawnEnding(const Position& child) {
+    return child.phase == 0 && child.capturedType >= Knight;
+}
+
+// A child's score in a null window, for its parent. While the child is searched, the parent's `singularMark`
+// is the reduction in force on it. Means nothing after a stop.
+inline int nullWindowScore(Position& parent, Position& child, const ZeroWindowCall& call, int reduction,
+                           Move* childPv) {
+    parent.singularMark = std::uint8_t(reduction);
+    const int score = -searchZeroWindow(child, call, childPv);
+    parent.singularMark = 0;
+    return score;
+}
 
 // A move and the line behind it, in rows of PvLength words.
 inline void writeLine(Move* pv, Move move, const Move* rest) {
@@ -211,3 +108,165 @@ inline void writeLine(Move* pv, Move move, const Move* rest) {
     while (length < PvLength - 1 && (pv[length] = rest[length - 1]) != NoMove) ++length;
     pv[length] = NoMove;
 }
+
+// ---- The move that is being tried ----
+
+// What a move is, as sets of tried moves and rules tell moves apart.
+enum MoveKind : int {
+    MoveTactical = 1,  // capture, en passant or promotion
+    MoveCheck = 2,     // gives check
+    MoveEvasion = 4,   // answers a check
+};
+
+struct Trial {
+    const Move move;
+    const bool isHashMove, isTactical;
+    int kind = 0;      // set of MoveKind
+    int newDepth = 0;  // of the child, half plies
+    int score = 0;
+    bool drawn = false;
+
+    Trial(const Position& pos, Move tried, Move hashMove)
+        : move(tried), isHashMove(tried == hashMove), isTactical(::isTactical(pos, tried)) {}
+
+    bool isQuietOutOfCheck() const { return !(kind & (MoveTactical | MoveEvasion)); }
+};
+
+// ---- Nodes ----
+
+// What every kind of node has.
+struct NodeFrame {
+    Position& pos;
+    const Colour us;
+    int beta;
+    const int ply;
+    Move* const pv;
+    const int phase;
+    bool drawn = false;  // the best score is a draw by rule, which the table must not learn
+    int best = -NoScore;
+    int result = 0;
+
+    NodeFrame(Position& position, int upper, int rootDistance, Move* line)
+        : pos(position),
+          us(position.sideToMove()),
+          beta(upper),
+          ply(rootDistance),
+          pv(line),
+          phase(position.cappedPhase()) {}
+
+    // Ends the node with a score.
+    bool endWith(int score) {
+        result = score;
+        return true;
+    }
+    // Mate or stalemate.
+    int scoreWithoutMoves() const { return pos.inCheck ? ply - MateScore : 0; }
+};
+
+// What zero-window and full-window nodes share. The constructor leaves the arrays unwritten.
+struct SearchNode : NodeFrame {
+    SearchThread& thread;
+    int depth;                // half plies
+    const KillerRow killers;  // as they stood at entry
+    TableView table;
+    bool improving = true;
+    bool hasBestQuiet = false;
+    int eval = NoScore;  // static score, NoScore in check
+    int played = 0;
+    Move counter = NoMove;
+    QuietMove bestQuiet{};  // the quiet move that raised alpha last
+    Position child;         // written by makeMove alone
+    MovePicker picker;
+    TriedMoves tried;
+
+    SearchNode(Position& position, int upper, int halfPlies, int rootDistance, Move* line)
+        : NodeFrame(position, upper, rootDistance, line),
+          thread(threadOf(position)),
+          depth(halfPlies),
+          killers(thread.killers[rootDistance]) {}
+
+    bool isKillerOrCounter(Move move) const {
+        return move == killers.first || move == killers.second || move == counter;
+    }
+
+    // ---- Before the moves ----
+
+    // True if endgame tables know the position and are worth asking at this depth. Their score becomes the
+    // static one too.
+    bool tablebaseCutoff() {
+        constexpr int FirstPly = 2, SmartDepth = 3;
+        const int men = int(pos.pieceCount);
+        if (men > tbPieceLimit || ply < FirstPly) return false;
+        const bool smart = depth >= SmartDepth && settings.smartSyzygy && men < tbPieceLimit;
+        if (!smart && depth < settings.syzygyProbeDepth) return false;
+        if (!probeSearchTablebase(pos, ply, &result)) return false;
+        pos.staticEval = result;
+        return true;
+    }
+
+    // After `pos.staticEval` has been set, or has been left at NoScore in check.
+    void noteStaticScore() {
+        eval = pos.staticEval;
+        improving = isImproving(pos, ply, eval);
+    }
+
+    // Sets up the move loop; `kind` is the picker's out of check.
+    void startMoves(PickerKind kind) {
+        counter = counterMoveOf(thread, pos);
+        clearGrandchildKillers(thread, ply);
+        if (pos.inCheck)
+            picker.start(pos, KindEvasions, depth, table.move, killers.evasion, killers.first, counter);
+        else
+            picker.start(pos, kind, depth, table.move, killers.first, killers.second, counter);
+    }
+
+    // ---- In the move loop ----
+
+    // Counts a move that was made, sets its kind, and lists it among those tried unless it answers a check.
+    // Notes the child's check.
+    void noteMade(Trial& trial) {
+        trial.kind = (pos.inCheck ? MoveEvasion : 0) | (trial.isTactical ? MoveTactical : 0);
+        if (trial.kind == 0)
+            tried.addQuiet(quietMoveOf(pos, trial.move));
+        else if (trial.kind == MoveTactical)
+            tried.addTactical(trial.move);
+        if (markCheck(child)) trial.kind |= MoveCheck;
+        ++played;
+    }
+
+    // Scores a move that draws by rule; false if it doesn't.
+    bool noteDraw(Trial& trial) const {
+        if (trial.isTactical || !isDrawnByRule(pos, child, needsTwoRepetitions(ply))) return false;
+        trial.score = 0;
+        trial.drawn = true;
+        return true;
+    }
+
+    // The first move has missed the window: if it is quiet, moves like it become less likely to be tried
+    // early.
+    void blameFirstMove(const Trial& trial) const {
+        if (played == 1 && depth <= LastBonusDepth && trial.isQuietOutOfCheck() && tried.hasQuiet())
+            penaliseContinuations(pos, tried.firstQuiet(), contBonus(depth));
+    }
+
+    void noteBestQuiet(const Trial& trial) {
+        if (!trial.isQuietOutOfCheck()) return;
+        hasBestQuiet = true;
+        bestQuiet = quietMoveOf(pos, trial.move);
+    }
+
+    // A move that failed high becomes a killer: in check whatever it is, else with its counter move if it is
+    // quiet.
+    void noteKillers(const Trial& trial) const {
+        if (pos.inCheck)
+            thread.killers[ply].evasion = trial.move;
+        else if (trial.isQuietOutOfCheck())
+            noteRefutation(thread, pos, ply, trial.move);
+    }
+
+    // ---- After the moves ----
+
+    void learnCaptures() const {
+        if (pv[0]) tried.learnCaptures(pos, pv[0], depth);
+    }
+};

@@ -1,16 +1,19 @@
 // The root search: walks the thread's root list once at a given depth and window. It keeps the list sorted,
 // reports, and sets the counters that the time rules read.
 #include "board/exchange.h"
+#include "board/insertion_sort.h"
 #include "board/legality.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
 #include "search/history.h"
 #include "search/node.h"
-#include "search/search.h"
+#include "search/reductions.h"
 #include "search/search_host.h"
 
 #include <algorithm>
 #include <cstdlib>
+
+namespace {
 
 // The lines of one pass with several lines wanted, best first. The ranks that the root list is sorted by
 // overwrite its scores, so the lines keep theirs here. Only thread 0 has lines.
@@ -18,9 +21,9 @@ struct RootLine {
     int score;
     Move pv[PvLength];
 };
-static RootLine rootLines[MaxListMoves];
-static int rootLineOrder[MaxListMoves];  // indices into `rootLines`
-static int rootLineCount;
+RootLine rootLines[MaxListMoves];
+int rootLineOrder[MaxListMoves];  // indices into `rootLines`
+int rootLineCount;
 
 struct RootNode {
     Position& pos;
@@ -58,16 +61,15 @@ struct RootNode {
     }
 };
 
-static inline void enterRoot(RootNode& node) {
+inline void enterRoot(RootNode& node) {
     constexpr int ReportMovesDepth = 12;      // half plies
     constexpr double ReportMovesAfter = 3.0;  // seconds
     Position& pos = node.pos;
     pos.staticEval = pos.inCheck ? NoScore : evaluate(pos, -OpenEvalBound, OpenEvalBound);
     pos.plyMark = 0;
-    pos.singularMark = 0;
-    pos.moveStat = 0;
+    clearMarks(pos);
     pos.rootFlag = 0;
-    pos.nullFloor = RootExtensionCredit;
+    pos.nullFloor = RootExtensionCredit;  // the sum of extensions that lines go on from
     node.pv[0] = NoMove;
     if (!node.isMain) return;
     rootLineCount = 0;
@@ -81,64 +83,72 @@ static inline void enterRoot(RootNode& node) {
 
 // ---- One move ----
 
-// The reduction of a late quiet move, in half plies; below 2 there is none. Notes the move's stat for the
-// child.
-static inline int reductionFor(RootNode& node, Move move) {
+// Late move reductions: that of a quiet move, an even number of half plies; below LeastReduction there is
+// none. Notes the move's stat for the child.
+inline int reductionFor(RootNode& node, Move move) {
+    constexpr int FarPawnRelief = 2, PoorExtra = 1;  // half plies
+    constexpr int StatShare = 3;                     // of the stat, which the floors are compared with
+    constexpr int GoodStat = 47999, ExcellentStat = 83999, GoodRelief = 1, ExcellentRelief = 2;
+    constexpr int PawnPhase = 48;  // up to it an advanced pawn's stat takes nothing off
     Position& pos = node.pos;
     int reduction = reductionOf(reduceLow, true, node.depth, node.number);
-    if (isFarPawnMove(pos, move)) reduction -= 2;
+    if (isFarPawnMove(pos, move)) reduction -= FarPawnRelief;
     const int stat = quietStat(pos, move);
-    if (stat / 3 < rootStatFloor[node.number] || seeLosing(pos, move)) reduction += 1;
+    if (stat / StatShare < rootStatFloor[node.number] || seeLosing(pos, move)) reduction += PoorExtra;
     const int phase = pos.cappedPhase();
-    if (!(phase <= 48 && isAdvancedPawnMove(pos, move))) {
-        if (stat > 83999)
-            reduction -= 2;
-        else if (stat > 47999)
-            reduction -= 1;
+    if (!(phase <= PawnPhase && isAdvancedPawnMove(pos, move))) {
+        if (stat > ExcellentStat)
+            reduction -= ExcellentRelief;
+        else if (stat > GoodStat)
+            reduction -= GoodRelief;
     }
-    if (reduction > 0 && phase > 48 && node.depth <= 15 && movesOfficer(pos, move) &&
-        !seeFromSquareSafe(pos, move))
-        reduction -= 2;
+    if (reduction > 0 && node.depth <= EscapeDepth && escapesDanger(pos, phase, move))
+        reduction -= EscapeRelief;
     pos.moveStat = stat - historyBase;
     return reduction + (reduction & 1);
 }
 
-static inline int zeroWindowScore(RootNode& node, int depth, int reduction) {
-    node.pos.singularMark = std::uint8_t(reduction);
-    const int score = -searchZeroWindow(node.child, -node.alpha, depth, 1, node.childPv, NoMove, false, true);
-    node.pos.singularMark = 0;
-    return score;
+constexpr int ChildPly = 1;
+
+// `reduction` is the reduction in force, which the child reads.
+inline int zeroWindowScore(RootNode& node, int depth, int reduction) {
+    return nullWindowScore(node.pos, node.child,
+                           {.beta = -node.alpha, .depth = depth, .ply = ChildPly, .cutNode = true}, reduction,
+                           node.childPv);
 }
 
-// The move's score from the root's view; means nothing after a stop.
-static inline int scoreMove(RootNode& node, Move move) {
+// PVS: the move's score from the root's view, from the whole window for the first move and for those that
+// beat a null window. Means nothing after a stop.
+inline int scoreMove(RootNode& node, Move move) {
     Position& child = node.child;
-    if (isDrawnByRule(node.pos, child, true)) {
+    if (isDrawnByRule(node.pos, child, needsTwoRepetitions(ChildPly))) {
         node.childPv[0] = NoMove;
         return 0;
     }
-    // Intended: the root extends every check that loses nothing, whatever the line's credit.
+    // Check extension. Intended: the root extends every check that loses nothing, whatever the line's credit.
     const int ext = child.inCheck && !seeLosing(node.pos, move) ? OnePly : 0;
-    child.nullFloor = std::int16_t(child.nullFloor + ext);
+    child.nullFloor = std::int16_t(child.nullFloor + ext);  // the sum of the line's extensions
     const int newDepth = node.depth + ext - OnePly;
     if (node.number > 1) {
         const bool amongFirst = node.number <= node.multiPv;
         if (!isTactical(node.pos, move) && !child.inCheck && searchState.useLmr && !amongFirst) {
             const int reduction = reductionFor(node, move);
-            if (reduction >= 2) {
-                const int score = zeroWindowScore(node, std::max(newDepth - reduction, 2), reduction);
+            if (reduction >= LeastReduction) {
+                const int score =
+                    zeroWindowScore(node, std::max(newDepth - reduction, FirstFullDepth), reduction);
                 if (score <= node.alpha || isStopped(node.pos)) return score;
             }
         }
         const int score = zeroWindowScore(node, newDepth, 0);
         if (score <= node.alpha || isStopped(node.pos)) return score;
     }
-    return -searchFullWindow(child, -node.beta, -node.alpha, newDepth, 1, node.childPv, false);
+    return -searchFullWindow(child, -node.beta, -node.alpha, newDepth, ChildPly, node.childPv,
+                             Deepening::Allowed);
 }
 
 // ---- Lines and reports ----
 
-static void printLines(const RootNode& node) {
+void printLines(const RootNode& node) {
     if (!node.prints()) return;
     const int count = std::min(node.multiPv, rootLineCount);
     for (int i = 0; i < count; ++i) {
@@ -148,19 +158,18 @@ static void printLines(const RootNode& node) {
 }
 
 // Adds a line behind all that are as good.
-static void addLine(const RootNode& node, Move move, int score) {
+void addLine(const RootNode& node, Move move, int score) {
     const int index = rootLineCount++;
     rootLines[index].score = score;
     writeLine(rootLines[index].pv, move, node.childPv);
-    int place = index;
-    for (; place > 0 && rootLines[rootLineOrder[place - 1]].score < score; --place)
-        rootLineOrder[place] = rootLineOrder[place - 1];
-    rootLineOrder[place] = index;
+    rootLineOrder[index] = index;
+    insertLast(rootLineOrder, rootLineCount,
+               [](int a, int b) { return rootLines[a].score > rootLines[b].score; });
 }
 
 // Quiescence keeps one move of its lines, so that a mate's line may end early. The table still knows the
 // rest: it is followed until the mate, or until it has nothing legal to offer.
-static void completeMateLine(RootNode& node, int score) {
+void completeMateLine(RootNode& node, int score) {
     const int mateLength = MateScore - std::abs(score);  // plies
     if (std::abs(score) < MateBound || mateLength >= PvLength) return;
     const std::uint64_t nodes = node.thread.nodes;  // these makes are no part of the search
@@ -181,7 +190,7 @@ static void completeMateLine(RootNode& node, int score) {
     node.thread.nodes = nodes;
 }
 
-static inline void noteBest(RootNode& node, Move move, int score) {
+inline void noteBest(RootNode& node, Move move, int score) {
     node.best = score;
     node.bestNumber = node.number;
     if (node.isMain && node.number > 1) searchState.bestMoveChanges += 1;
@@ -192,7 +201,7 @@ static inline void noteBest(RootNode& node, Move move, int score) {
 
 // With several lines wanted the window stays open, so that every line gets its exact score. True if the pass
 // is over.
-static inline bool noteLine(RootNode& node, Move move, int score) {
+inline bool noteLine(RootNode& node, Move move, int score) {
     if (node.isMain) {
         addLine(node, move, score);
         printLines(node);
@@ -208,7 +217,7 @@ static inline bool noteLine(RootNode& node, Move move, int score) {
 
 // Intended: a move below the window is no new best, even if it beats the first one: the next window lies
 // around the score of the move that was best so far. True on a fail high.
-static inline bool noteScore(RootNode& node, Move move, int score) {
+inline bool noteScore(RootNode& node, Move move, int score) {
     if (node.number == 1 || score > node.alpha) noteBest(node, move, score);
     if (score <= node.alpha) return false;
     node.alpha = score;
@@ -220,7 +229,7 @@ static inline bool noteScore(RootNode& node, Move move, int score) {
 }
 
 // Searches one move of the list. True if the pass is over.
-static inline bool tryMove(RootNode& node, RootMove& rootMove) {
+inline bool tryMove(RootNode& node, RootMove& rootMove) {
     const Move move = cleanMove(rootMove.move);
     const std::uint64_t nodesBefore = node.thread.nodes;
     ++node.number;
@@ -241,7 +250,7 @@ static inline bool tryMove(RootNode& node, RootMove& rootMove) {
 
 // ---- The list ----
 
-static inline void moveBestToFront(RootNode& node) {
+inline void moveBestToFront(RootNode& node) {
     if (node.bestNumber > 0)
         std::rotate(node.thread.rootMoves, node.thread.rootMoves + node.bestNumber - 1,
                     node.thread.rootMoves + node.bestNumber);
@@ -249,29 +258,26 @@ static inline void moveBestToFront(RootNode& node) {
 
 // Ranks the list. The first two moves and the captures that follow keep their places; from the first quiet
 // move on the quiet ones are sorted among the places that they hold.
-static inline void sortRootMoves(RootNode& node) {
+inline void sortRootMoves(RootNode& node) {
     constexpr int FixedRank = 65000;
+    constexpr int FixedMoves = 2;
     const Position& pos = node.pos;
     RootMove* moves = node.thread.rootMoves;
     int places[MaxListMoves];  // of quiet moves
+    RootMove quiets[MaxListMoves];
     int quietCount = 0;
     for (int i = 0; moves[i].move != NoMove; ++i) {
         const Move move = cleanMove(moves[i].move);
         const bool quiet = !isTactical(pos, move);
-        if (i >= 2 && quiet) places[quietCount++] = i;
+        if (i >= FixedMoves && quiet) places[quietCount++] = i;
         moves[i].score = quietCount > 0 ? historyEntry(pos, quietMoveOf(pos, move)) : FixedRank;
     }
-    // Insertion keeps equal moves in order.
-    for (int i = 1; i < quietCount; ++i) {
-        const RootMove current = moves[places[i]];
-        int j = i;
-        for (; j > 0 && moves[places[j - 1]].score < current.score; --j)
-            moves[places[j]] = moves[places[j - 1]];
-        moves[places[j]] = current;
-    }
+    for (int i = 0; i < quietCount; ++i) quiets[i] = moves[places[i]];
+    insertionSort(quiets, quietCount, [](const RootMove& a, const RootMove& b) { return a.score > b.score; });
+    for (int i = 0; i < quietCount; ++i) moves[places[i]] = quiets[i];
 }
 
-static inline int finishRoot(RootNode& node) {
+inline int finishRoot(RootNode& node) {
     // Half plies; a failed-low score or a complete set of lines is printed from here on.
     constexpr int ReportDepth = 10;
     moveBestToFront(node);
@@ -289,6 +295,8 @@ static inline int finishRoot(RootNode& node) {
         searchHost.reportDepth(node.iteration(), node.best, node.pv, ReportUpper);
     return node.best;
 }
+
+}  // namespace
 
 int searchRoot(Position& pos, int depth, int alpha, int beta, Move* pv) {
     if (isStopped(pos)) return 0;

@@ -1,5 +1,6 @@
 // The pool of search threads: creation, waking, the barrier at the end of each search, resizing. Thread 0 is
 // the main thread; the others are workers, which sleep between searches.
+// Lazy SMP: all threads search the same root, and share little but the transposition table.
 #pragma once
 
 #include "board/position.h"

@@ -10,13 +10,13 @@ class NodeSearch : public SearchTest {
     // At ply 0 the root search, over all legal moves.
     static int full(Position pos, int depth, int ply = 1, int alpha = -32001, int beta = 32001) {
         giveAncestors(pos);
-        if (ply > 0) return searchFullWindow(pos, alpha, beta, depth, ply, line, false);
+        if (ply > 0) return searchFullWindow(pos, alpha, beta, depth, ply, line, Deepening::Allowed);
         listMoves(pos, thread().rootMoves);
         return searchRoot(pos, depth, alpha, beta, line);
     }
     static int zero(Position pos, int beta, int depth, int ply = 1, Move excluded = NoMove) {
         giveAncestors(pos);
-        return searchZeroWindow(pos, beta, depth, ply, line, excluded, false, false);
+        return searchZeroWindow(pos, {.beta = beta, .depth = depth, .ply = ply, .excluded = excluded}, line);
     }
     static int quiescence(Position pos, int qDepth) {
         return searchQuiescence(pos, -32001, 32001, qDepth, 1, line);
@@ -198,7 +198,7 @@ TEST_F(NodeSearch, AWorkerPutsOffWhatOthersSearch) {
             if (marked) transTable.markBusy(children[std::size_t(i)].key, true);
         }
         searcher.nodes = 0;
-        searchFullWindow(pos, -32001, 32001, 2, 1, line, false);
+        searchFullWindow(pos, -32001, 32001, 2, 1, line, Deepening::Allowed);
         const bool sharesOut = threadCount > 2 && !treeSearchActive;  // and takes the marks away
         for (const Position& child : children)
             EXPECT_EQ(isStored(child) && data.busy(), marked && !sharesOut);
