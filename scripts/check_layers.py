@@ -10,12 +10,13 @@ import sys
 
 # What each folder may include besides itself.
 ALLOWED = {
-    "board": set(),
-    "eval": {"board"},
-    "endgame": {"board"},
-    "search": {"board", "eval", "endgame"},
-    "tree": {"board", "search"},
-    "shell": {"board", "eval", "endgame", "search", "tree"},
+    "base": set(),
+    "board": {"base"},
+    "eval": {"base", "board"},
+    "endgame": {"base", "board"},
+    "search": {"base", "board", "eval", "endgame"},
+    "tree": {"base", "board", "search"},
+    "shell": {"base", "board", "eval", "endgame", "search", "tree"},
 }
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)

@@ -2,8 +2,8 @@
 // ask whether it is playable.
 #include "board/fen.h"
 
+#include "base/end_process.h"
 #include "board/attacks.h"
-#include "board/end_process.h"
 #include "board/move_text.h"
 #include "board/thread_hooks.h"
 #include "board/zobrist.h"

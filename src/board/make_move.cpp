@@ -2,10 +2,10 @@
 // end, because every store into the board would make the compiler read them again.
 #include "board/make_move.h"
 
+#include "base/settings.h"
 #include "board/attacks.h"
 #include "board/fen.h"
 #include "board/piece_square.h"
-#include "board/settings.h"
 #include "board/thread_hooks.h"
 #include "board/zobrist.h"
 

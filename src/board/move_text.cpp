@@ -2,7 +2,7 @@
 // board.
 #include "board/move_text.h"
 
-#include "board/settings.h"
+#include "base/settings.h"
 
 static char fileLetter(int square) { return char('a' + fileOf(square)); }
 static char rankDigit(int square) { return char('1' + rankOf(square)); }

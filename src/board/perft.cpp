@@ -1,13 +1,13 @@
 #include "board/perft.h"
 
+#include "base/clock.h"
+#include "base/output.h"
 #include "board/attacks.h"
 #include "board/make_move.h"
 #include "board/move_picker.h"
-#include "board/output.h"
 #include "board/thread_hooks.h"
 
 #include <optional>
-#include <sys/time.h>
 
 // Walks the picker of a full-width node, as the search does; positions in check too, since make refuses what
 // doesn't answer the check.
@@ -47,17 +47,11 @@ class IdlePrefetches {
 
 }  // namespace
 
-static double microseconds() {
-    timeval now;
-    gettimeofday(&now, nullptr);
-    return double(now.tv_sec) * 1e6 + double(now.tv_usec);
-}
-
 void perftTimed(const Position& pos, int depth, bool idle) {
     std::optional<IdlePrefetches> prefetches;
     if (idle) prefetches.emplace();
-    const double start = microseconds();
+    const long long start = currentMicroseconds();
     const std::uint64_t leaves = isPlayable(pos) ? perft(pos, depth) : 0;
-    const double elapsed = microseconds() - start;
+    const double elapsed = double(currentMicroseconds() - start);
     sendLine("%llu, MNPS=%f\n", static_cast<unsigned long long>(leaves), double(leaves) / elapsed);
 }

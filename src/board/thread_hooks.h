@@ -3,7 +3,7 @@
 // plain arrays.
 #pragma once
 
-#include "board/relaxed.h"
+#include "base/relaxed.h"
 #include "board/types.h"
 
 #include <cstddef>

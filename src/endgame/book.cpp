@@ -2,12 +2,12 @@
 // header. Nothing of it is kept in memory, since a game asks a few dozen times at most.
 #include "endgame/book.h"
 
+#include "base/end_process.h"
+#include "base/settings.h"
 #include "board/attacks.h"
-#include "board/end_process.h"
 #include "board/make_move.h"
 #include "board/move_picker.h"
 #include "board/move_text.h"
-#include "board/settings.h"
 #include "endgame/polyglot_keys.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "endgame/tb_files.h"
 
-#include "board/end_process.h"
-#include "board/output.h"
-#include "board/relaxed.h"
+#include "base/end_process.h"
+#include "base/output.h"
+#include "base/relaxed.h"
 #include "board/zobrist.h"
 #include "endgame/tb_entry.h"
 #include "endgame/tb_setup.h"

@@ -4,10 +4,10 @@
 // left.
 #include "endgame/tb_probe.h"
 
+#include "base/settings.h"
 #include "board/attacks.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
-#include "board/settings.h"
 #include "endgame/tb_entry.h"
 
 #include <algorithm>

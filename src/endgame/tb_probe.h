@@ -1,8 +1,8 @@
 // Probing Syzygy tables: win/draw/loss and distance to a zeroing move, and the probe that searches use.
 #pragma once
 
+#include "base/relaxed.h"
 #include "board/position.h"
-#include "board/relaxed.h"
 
 #include <cstdint>
 

@@ -1,11 +1,11 @@
 #include "endgame/tb_root.h"
 
+#include "base/settings.h"
 #include "board/attacks.h"
 #include "board/insertion_sort.h"
 #include "board/legality.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
-#include "board/settings.h"
 #include "endgame/tb_probe.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // score.
 #include "eval/evaluate.h"
 
-#include "board/settings.h"
+#include "base/settings.h"
 #include "board/thread_hooks.h"
 #include "eval/caches.h"
 #include "eval/endgames.h"

@@ -1,7 +1,7 @@
 // Building of the parameter tables from the options and from rules.
 #include "eval/parameters.h"
 
-#include "board/settings.h"
+#include "base/settings.h"
 
 #include <cmath>
 #include <cstdlib>

@@ -2,7 +2,7 @@
 // are written only while no search runs.
 #pragma once
 
-#include "board/relaxed.h"
+#include "base/relaxed.h"
 #include "board/score.h"
 #include "board/types.h"
 

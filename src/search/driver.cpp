@@ -1,7 +1,8 @@
 // The iterative driver: one `go` from its preparation to its answer, on thread 0.
+#include "base/clock.h"
+#include "base/settings.h"
 #include "board/fen.h"
 #include "board/move_text.h"
-#include "board/settings.h"
 #include "endgame/book.h"
 #include "eval/evaluate.h"
 #include "eval/parameters.h"

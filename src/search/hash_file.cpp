@@ -1,6 +1,6 @@
 // Saving the transposition table and loading it back. The file is the raw image of the buckets, without a
 // header, so it fits only a table of the same byte size.
-#include "board/output.h"
+#include "base/output.h"
 #include "search/trans_table.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 // One iteration: the aspiration windows around the last score, on thread 0 and on workers.
-#include "board/settings.h"
+#include "base/clock.h"
+#include "base/settings.h"
 #include "search/limits.h"
 #include "search/node.h"
 #include "search/search_thread.h"

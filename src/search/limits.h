@@ -1,8 +1,8 @@
 // What a `go` asks for, and the values that are published for one search.
 #pragma once
 
+#include "base/relaxed.h"
 #include "board/move.h"
-#include "board/relaxed.h"
 
 #include <cstdint>
 #include <string>

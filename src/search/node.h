@@ -3,9 +3,9 @@
 // move's view, depths in half plies.
 #pragma once
 
+#include "base/settings.h"
 #include "board/attacks.h"
 #include "board/move_picker.h"
-#include "board/settings.h"
 #include "endgame/tb_probe.h"
 #include "eval/evaluate.h"
 #include "search/history.h"

@@ -1,5 +1,6 @@
 // The root search: walks the thread's root list once at a given depth and window. It keeps the list sorted,
 // reports, and sets the counters that the time rules read.
+#include "base/clock.h"
 #include "board/exchange.h"
 #include "board/insertion_sort.h"
 #include "board/legality.h"

@@ -1,11 +1,11 @@
 #include "search/root_list.h"
 
+#include "base/settings.h"
 #include "board/attacks.h"
 #include "board/exchange.h"
 #include "board/make_move.h"
 #include "board/move_picker.h"
 #include "board/move_text.h"
-#include "board/settings.h"
 #include "endgame/tb_files.h"
 #include "endgame/tb_probe.h"
 #include "endgame/tb_root.h"

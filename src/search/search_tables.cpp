@@ -1,7 +1,7 @@
 // Builds the tables that the searches read from a few options, and spreads contempt over the two colours.
 #include "search/search_tables.h"
 
-#include "board/settings.h"
+#include "base/settings.h"
 #include "eval/parameters.h"
 
 #include <algorithm>

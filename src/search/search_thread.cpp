@@ -1,6 +1,6 @@
 #include "search/search_thread.h"
 
-#include "board/end_process.h"
+#include "base/end_process.h"
 #include "board/thread_hooks.h"
 #include "eval/caches.h"
 

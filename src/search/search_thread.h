@@ -2,10 +2,10 @@
 // tables stand in the record, so that one allocation holds them.
 #pragma once
 
-#include "board/large_memory.h"
+#include "base/large_memory.h"
+#include "base/relaxed.h"
 #include "board/move.h"
 #include "board/position.h"
-#include "board/relaxed.h"
 
 #include <pthread.h>
 

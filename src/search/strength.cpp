@@ -1,6 +1,6 @@
 #include "search/strength.h"
 
-#include "board/settings.h"
+#include "base/settings.h"
 #include "endgame/book.h"
 #include "eval/parameters.h"
 #include "search/limits.h"

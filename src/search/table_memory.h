@@ -2,7 +2,7 @@
 // cleared. All of it only while no search runs.
 #pragma once
 
-#include "board/large_memory.h"
+#include "base/large_memory.h"
 
 #include <functional>
 #include <vector>

@@ -2,9 +2,9 @@
 // alone waits. The records of all threads are one block of memory, made anew when their number changes.
 #include "search/thread_pool.h"
 
+#include "base/output.h"
+#include "base/settings.h"
 #include "board/fen.h"
-#include "board/output.h"
-#include "board/settings.h"
 #include "board/thread_hooks.h"
 #include "eval/parameters.h"
 #include "search/limits.h"

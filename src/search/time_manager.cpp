@@ -1,5 +1,6 @@
 #include "search/time_manager.h"
 
+#include "base/clock.h"
 #include "eval/parameters.h"
 #include "search/limits.h"
 #include "search/search_host.h"
@@ -9,17 +10,9 @@
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
-#include <sys/time.h>
 #include <thread>
 
 TimeLimits timeLimits;
-
-double currentTime() {
-    timeval now;
-    gettimeofday(&now, nullptr);
-    const long long milliseconds = now.tv_sec * 1000LL + now.tv_usec / 1000;
-    return double(milliseconds) / 1000.0;
-}
 
 double elapsedSeconds() { return std::max(currentTime() - searchState.searchStart, 0.001); }
 

@@ -4,9 +4,6 @@
 
 #include "board/position.h"
 
-// The wall clock, to the millisecond.
-double currentTime();
-
 // Since the current search began, but a millisecond at least, so that rates can be formed.
 double elapsedSeconds();
 

@@ -1,7 +1,7 @@
 // Replacement and sizing of the transposition table.
 #include "search/trans_table.h"
 
-#include "board/end_process.h"
+#include "base/end_process.h"
 #include "search/limits.h"
 #include "search/table_memory.h"
 

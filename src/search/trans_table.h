@@ -3,9 +3,9 @@
 // plays it.
 #pragma once
 
-#include "board/large_memory.h"
+#include "base/large_memory.h"
+#include "base/relaxed.h"
 #include "board/move.h"
-#include "board/relaxed.h"
 #include "board/thread_hooks.h"
 #include "board/types.h"
 

@@ -1,7 +1,8 @@
 #include "shell/bench.h"
 
+#include "base/clock.h"
+#include "base/settings.h"
 #include "board/fen.h"
-#include "board/settings.h"
 #include "eval/parameters.h"
 #include "search/limits.h"
 #include "search/search.h"

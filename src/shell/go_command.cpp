@@ -1,5 +1,6 @@
 // The `go` command: what it asks for, and the times that follow from it.
-#include "board/settings.h"
+#include "base/clock.h"
+#include "base/settings.h"
 #include "search/limits.h"
 #include "search/search.h"
 #include "search/search_host.h"

@@ -1,6 +1,7 @@
 #include "shell/log.h"
 
-#include "board/relaxed.h"
+#include "base/clock.h"
+#include "base/relaxed.h"
 #include "search/time_manager.h"
 
 #include <cstdarg>

@@ -1,6 +1,6 @@
 #include "shell/main_loop.h"
 
-#include "board/relaxed.h"
+#include "base/relaxed.h"
 #include "search/limits.h"
 #include "search/thread_pool.h"
 #include "shell/commands.h"

@@ -1,6 +1,6 @@
 // What options do beyond storing a value. A callback that may not run during a search waits for its end.
-#include "board/output.h"
-#include "board/settings.h"
+#include "base/output.h"
+#include "base/settings.h"
 #include "endgame/book.h"
 #include "endgame/tb_files.h"
 #include "search/trans_table.h"

@@ -1,7 +1,7 @@
 #include "shell/options.h"
 
-#include "board/output.h"
-#include "board/settings.h"
+#include "base/output.h"
+#include "base/settings.h"
 #include "shell/start_up.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // The `position` command: sets the game's first record from a FEN and walks its moves.
+#include "base/end_process.h"
 #include "board/attacks.h"
-#include "board/end_process.h"
 #include "board/fen.h"
 #include "board/geometry.h"
 #include "board/legality.h"

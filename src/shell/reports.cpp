@@ -1,7 +1,7 @@
 #include "shell/reports.h"
 
+#include "base/output.h"
 #include "board/move_text.h"
-#include "board/output.h"
 #include "board/types.h"
 #include "endgame/tb_probe.h"
 #include "search/search_host.h"

@@ -1,7 +1,7 @@
 #include "shell/start_up.h"
 
-#include "board/output.h"
-#include "board/settings.h"
+#include "base/output.h"
+#include "base/settings.h"
 #include "board/sliders.h"
 #include "endgame/book.h"
 #include "endgame/tb_files.h"

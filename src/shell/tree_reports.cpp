@@ -1,8 +1,8 @@
 #include "shell/tree_reports.h"
 
+#include "base/output.h"
+#include "base/settings.h"
 #include "board/move_text.h"
-#include "board/output.h"
-#include "board/settings.h"
 #include "endgame/tb_probe.h"
 #include "search/limits.h"
 #include "search/search_host.h"

@@ -1,6 +1,6 @@
 #include "tree/node_store.h"
 
-#include "board/end_process.h"
+#include "base/end_process.h"
 #include "search/thread_pool.h"
 
 #include <cstdio>

@@ -2,9 +2,9 @@
 // when the next search starts: there is no free list, no replacement and no hashing.
 #pragma once
 
-#include "board/large_memory.h"
+#include "base/large_memory.h"
+#include "base/relaxed.h"
 #include "board/move.h"
-#include "board/relaxed.h"
 
 #include <atomic>
 #include <cstdint>

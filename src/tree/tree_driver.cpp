@@ -1,8 +1,9 @@
 #include "tree/tree_driver.h"
 
+#include "base/clock.h"
+#include "base/settings.h"
 #include "board/exchange.h"
 #include "board/make_move.h"
-#include "board/settings.h"
 #include "search/limits.h"
 #include "search/search.h"
 #include "search/search_host.h"

@@ -1,7 +1,7 @@
 // The engine's record as the slow evaluation reads it, and a list of the slow evaluation's terms.
 #pragma once
 
-#include "board/settings.h"
+#include "base/settings.h"
 #include "eval/material.h"
 #include "eval/parameters.h"
 #include "support/slow_eval.h"

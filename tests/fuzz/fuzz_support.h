@@ -2,7 +2,7 @@
 // engine.
 #pragma once
 
-#include "board/end_process.h"
+#include "base/end_process.h"
 #include "board/sliders.h"
 #include "search/thread_pool.h"
 #include "search/trans_table.h"

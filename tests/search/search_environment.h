@@ -2,12 +2,13 @@
 // root record as the driver prepares it.
 #pragma once
 
+#include "base/clock.h"
+#include "base/settings.h"
 #include "board/attacks.h"
 #include "board/fen.h"
 #include "board/make_move.h"
 #include "board/move_text.h"
 #include "board/movegen.h"
-#include "board/settings.h"
 #include "board/sliders.h"
 #include "endgame/tb_probe.h"
 #include "eval/king_pawn_bitbase.h"

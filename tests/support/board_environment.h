@@ -2,10 +2,10 @@
 // arrays, and ways to reach many positions. A test program gets the environment by including this file.
 #pragma once
 
+#include "base/relaxed.h"
+#include "base/settings.h"
 #include "board/move.h"
 #include "board/position.h"
-#include "board/relaxed.h"
-#include "board/settings.h"
 
 #include <functional>
 #include <gtest/gtest.h>

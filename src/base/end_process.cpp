@@ -1,4 +1,4 @@
-#include "board/end_process.h"
+#include "base/end_process.h"
 
 #include <cstdlib>
 

@@ -1,5 +1,5 @@
 // Pages of large tables: when they are touched, on what pages they come, and what is kept.
-#include "board/large_memory.h"
+#include "base/large_memory.h"
 
 #include <algorithm>
 #include <cstdint>

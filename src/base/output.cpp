@@ -1,4 +1,4 @@
-#include "board/output.h"
+#include "base/output.h"
 
 #include <cstdarg>
 #include <cstdio>

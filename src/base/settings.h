@@ -3,7 +3,7 @@
 // search.
 #pragma once
 
-#include "board/relaxed.h"
+#include "base/relaxed.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "board/large_memory.h"
+#include "base/large_memory.h"
 
 #include <algorithm>
 #include <cstdint>
