@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
-# Lists what each term of the evaluation gives each side.
-#   scripts/eval_terms.sh FEN          one position
-#   scripts/eval_terms.sh < FILE       a FEN a line
+# Lists what each stage of the evaluation gives each side, and each step from there to the score.
+#   scripts/eval_terms.sh [--json] FEN          one position
+#   scripts/eval_terms.sh [--json] < FILE       a FEN a line
+# With --json each position is one line of JSON: pairs are [middlegame, endgame].
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/common.sh
 case ${1-} in
     -h | --help) usage 0 ;;
-    -*) usage ;;
+    --json | [!-]* | "") ;;
+    *) usage ;;
 esac
 needBuildTools
 need gtest/gtest.h libgtest-dev

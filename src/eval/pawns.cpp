@@ -223,7 +223,9 @@ Score kingAmongPawns(const Position& pos, const PawnMaps& maps) {
     return sum;
 }
 
-void computeEntry(const Position& pos, PawnEntry& entry) {
+}  // namespace
+
+void judgePawns(const Position& pos, PawnEntry& entry, Score (&acc)[2]) {
     PawnMaps maps;
     maps.pawns[White] = pos.pieces[White][Pawn];
     maps.pawns[Black] = pos.pieces[Black][Pawn];
@@ -234,7 +236,7 @@ void computeEntry(const Position& pos, PawnEntry& entry) {
     entry.key = pos.pawnKey;
     noteFacts(pos, maps, entry);
 
-    Score acc[2];
+    acc[White] = acc[Black] = Score{};
     acc[White] += tension<White>(maps);
     acc[Black] += tension<Black>(maps);
     kingDistanceFromPawns(pos, maps, acc);
@@ -247,10 +249,11 @@ void computeEntry(const Position& pos, PawnEntry& entry) {
     entry.score = acc[White] - acc[Black];
 }
 
-}  // namespace
-
 Score evaluatePawns(const Position& pos, PawnEntry*& entry) {
     entry = &pos.pawnHash[pos.pawnKey & prefetchBases.pawnMask];
-    if (entry->key != pos.pawnKey) computeEntry(pos, *entry);
+    if (entry->key != pos.pawnKey) {
+        Score sums[2];
+        judgePawns(pos, *entry, sums);
+    }
     return entry->score;
 }

@@ -20,8 +20,10 @@
 
 // ---- Files ----
 
-// The folder of real tables. Only behind REQUIRE_SHARED_DATA().
-inline std::filesystem::path realTables() { return *sharedData() / "syzygy"; }
+// Real tables: the smallest ones, which the repository has, and the folder of many. The latter only behind
+// REQUIRE_SHARED_DATA().
+inline std::string smallTables() { return TARVOK_SOURCE_DIR "/tests/data/syzygy"; }
+inline std::filesystem::path manyTables() { return *sharedData() / "syzygy"; }
 
 // What `call` writes to standard error.
 template <class Call>
@@ -41,7 +43,7 @@ inline std::string initTables(const std::string& path) {
 struct RealTables : testing::Test {
     void SetUp() override {
         REQUIRE_SHARED_DATA();
-        initTables(realTables());
+        initTables(manyTables());
     }
     void TearDown() override { tbInit(""); }
 };
@@ -56,7 +58,7 @@ class TableFolder : public TemporaryFolder {
         TemporaryFolder::write(name, {bytes.data(), bytes.size()});
     }
     void copyReal(const std::string& name) const {
-        std::filesystem::copy_file(realTables() / name, file(name),
+        std::filesystem::copy_file(manyTables() / name, file(name),
                                    std::filesystem::copy_options::overwrite_existing);
     }
 };

@@ -157,7 +157,7 @@ TEST(TbDamage, CutFilesAreRefusedAndAlteredOnesStayInBounds) {
         std::vector<char> whole[TbKinds];
         for (const TbKind kind : {TbWdl, TbDtz}) {
             SCOPED_TRACE(fileName(table, kind));
-            whole[kind] = readBytes(realTables() / fileName(table, kind));
+            whole[kind] = readBytes(manyTables() / fileName(table, kind));
             const std::size_t size = whole[kind].size();
             std::set<std::size_t> lengths{size - 1, size - 16, size - 64, size - 128};
             // The first 16 bytes of a block of 64 end a file that may look whole.
@@ -219,11 +219,11 @@ static std::vector<char> withWideMap(const std::vector<char>& file, TbEntry& ent
 TEST(TbMaps, MayBeWide) {
     REQUIRE_SHARED_DATA();
     const TableFolder folder;
-    initTables(realTables());
+    initTables(manyTables());
     const std::vector<ListedResult> rows = listedFor("KQvKR");
     TbEntry* const entry = tbTableFor(positionOf(rows.at(0).fen), TbDtz);
     ASSERT_TRUE(entry && tbSlicesOf(*entry, 0).dtz.flags & TbMapped);
-    folder.write("KQvKR.rtbz", withWideMap(readBytes(realTables() / "KQvKR.rtbz"), *entry));
+    folder.write("KQvKR.rtbz", withWideMap(readBytes(manyTables() / "KQvKR.rtbz"), *entry));
     for (const char* name : {"KQvKR.rtbw", "KQvK.rtbw", "KRvK.rtbw"}) folder.copyReal(name);
     initTables(folder.path());
     int decisive = 0;
@@ -241,7 +241,7 @@ TEST(TbThreads, ShareTheFirstUseOfATable) {
     positions.reserve(rows.size());
     for (const ListedResult& row : rows) positions.push_back(positionOf(row.fen));
     for (int round = 0; round < 20; ++round) {
-        initTables(realTables());
+        initTables(manyTables());
         std::atomic<int> waiting = 4, wrong = 0;
         const auto probeAll = [&] {
             --waiting;

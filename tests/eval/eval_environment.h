@@ -12,7 +12,9 @@
 #include "support/board_environment.h"
 
 #include <cstring>
+#include <map>
 #include <random>
+#include <set>
 #include <string>
 
 // Exchanges the colours of all letters.
@@ -20,25 +22,6 @@ inline std::string colourSwapped(std::string men) {
     for (char& man : men)
         if (man & 64) man = char(man ^ 32);
     return men;
-}
-
-// Both kings and these men on squares drawn at random, as the first field of a FEN. B and b stand on light
-// squares; C and c are bishops on dark ones. Kings among the letters don't count.
-inline std::string placedAtRandom(const std::string& letters, std::mt19937& random) {
-    std::string men = letters, board(64, '1');
-    std::erase_if(men, [](char man) { return man == 'K' || man == 'k'; });
-    for (const char man : "Kk" + men) {
-        const char type = char(man & ~32);
-        for (;;) {
-            const std::size_t square = random() % 64;
-            const bool dark = (square % 8 + square / 8) % 2 == 0;
-            if (board[square] != '1' || (type == 'P' && (square < 8 || square > 55))) continue;
-            if ((type == 'B' && dark) || (type == 'C' && !dark)) continue;
-            board[square] = type == 'C' ? char(man - 1) : man;
-            break;
-        }
-    }
-    return boardText(board);
 }
 
 class EvalTest : public ::testing::Test {

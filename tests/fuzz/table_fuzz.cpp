@@ -65,7 +65,7 @@ void probe(Position pos) {
 void probeAsFile(const std::string& name, TbKind kind, const std::vector<char>& bytes) {
     static const TableFolder folder;
     static const std::string path =
-        sharedData() ? folder.path() + ":" + realTables().string() : folder.path();
+        sharedData() ? folder.path() + ":" + manyTables().string() : folder.path();
     folder.write(fileName(name, kind), bytes);
     // A distance is asked for only where the result is no draw, so every position is made a win where a table
     // of one result can be.
@@ -90,8 +90,8 @@ void writeSeeds(const std::filesystem::path& to) {
         for (const TbKind kind : {TbWdl, TbDtz}) {
             const std::string name = fileName(Names[i], kind);
             std::error_code absent;
-            if (!(std::filesystem::file_size(realTables() / name, absent) <= Largest)) continue;
-            const std::vector<char> table = readBytes(realTables() / name);
+            if (!(std::filesystem::file_size(manyTables() / name, absent) <= Largest)) continue;
+            const std::vector<char> table = readBytes(manyTables() / name);
             std::ofstream seed(to / name, std::ios::binary);
             seed.put(char(i)).put(name.back()).write(table.data(), std::streamsize(table.size()));
         }

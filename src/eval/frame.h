@@ -1,0 +1,213 @@
+// The frame of the evaluation: caches, the early exits, the stages, and the arithmetic that turns sums into a
+// score. It takes an observer of each step. The engine's sees nothing and leaves no trace in the code; one
+// that prints the steps can be had without a second copy of their list.
+#pragma once
+
+#include "base/settings.h"
+#include "board/thread_hooks.h"
+#include "eval/caches.h"
+#include "eval/endgames.h"
+#include "eval/material.h"
+#include "eval/parameters.h"
+#include "eval/pawns.h"
+#include "eval/terms.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+// All that an observer must have. Names are for people.
+struct NoObserver {
+    // After a stage: both sides' sums so far, in lane units.
+    static void stage(const char*, const Score (&)[2]) {}
+    // The pawn score of a position, White minus Black in lane units.
+    static void pawns(const Position&, Score) {}
+    // A pair of lane units from White's view.
+    static void sum(const char*, Score) {}
+    // What is left after a step: blended units from White's view unless the name says another unit.
+    static void value(const char*, int) {}
+    // Material in blended units from White's view, and the scale of all else.
+    static void material(int, float) {}
+};
+
+namespace evalFrame {
+
+// Quotients rounded to nearest, halves away from zero.
+template <int divisor>
+constexpr int roundedBy(int x) {
+    return (x >= 0 ? x + divisor / 2 : x - divisor / 2) / divisor;
+}
+inline constexpr int ResultUnit = 10 * MaxPhase;  // blended units of one centipawn
+inline constexpr int TenthUnit = MaxPhase;        // and of a tenth of one
+
+static inline int blend(Score s, int phase) { return egOf(s) * (MaxPhase - phase) + mgOf(s) * phase; }
+
+// For the side to move, in tenths of a centipawn.
+constexpr int tempo(int phase) { return 26 + (91 * phase + MaxPhase / 2) / MaxPhase; }
+
+// A score that is cut where material is level.
+static inline int levelCut(int score, int material) {
+    return std::abs(material) < LevelMaterial ? score * 88 / 100 : score;
+}
+
+// Scores shrink as the fifty-move rule comes near.
+static inline int scaledByClock(const Position& pos, int score) {
+    const int threshold = settings.progressThreshold;
+    const int clock = pos.halfmoveClock;
+    if (clock <= threshold) return score;
+    return int(std::int64_t(101 - clock) * score / (100 - threshold));
+}
+
+static inline int forMover(const Position& pos, int score) {
+    return pos.sideToMove() == White ? score : -score;
+}
+
+// The estimate from material and the line's last positional score; true if it lies outside the window.
+// Intended: there is no margin.
+static inline bool leavesEarly(const Position& pos, int material, float scale, int phase, int alpha, int beta,
+                               int& estimate) {
+    constexpr int LeastPhase = 6;
+    if (phase <= LeastPhase) return false;
+    if ((pos.pieces[Black][Pawn] & rankMask(1)) || (pos.pieces[White][Pawn] & rankMask(6))) return false;
+    const int blended = int(scale * float(pos.psqBlend)) + material;
+    estimate = forMover(pos, scaledByClock(pos, levelCut(roundedBy<ResultUnit>(blended), material)));
+    return estimate < alpha || estimate > beta;
+}
+
+// In a closed position the side with contempt would rather have fewer pawns.
+static inline void closedContempt(const Position& pos, EvalInfo& info) {
+    constexpr int ClosedPawns = 15;
+    if (settings.contempt <= 0) return;
+    if (popcount(pos.pieces[White][Pawn] | pos.pieces[Black][Pawn]) < ClosedPawns) return;
+    info.score[White] -= pair(contemptValue[White], 0);
+}
+
+// Out of line, so that a score from a cache need not save the registers that the stages take.
+template <class Observer>
+[[gnu::noinline]] static void runStages(const Position& pos, EvalInfo& info, Observer& observer) {
+    prepareMaps(pos, info);
+    observer.stage("open files, rook shut in", info.score);
+    evaluatePieces(pos, info);
+    observer.stage("pieces", info.score);
+    uniteAttacks(info);
+    evaluateQueenDefence(pos, info);
+    observer.stage("queens' defence", info.score);
+    evaluateWing(pos, info);
+    observer.stage("wing of both kings", info.score);
+    evaluateKingSafety(pos, info);
+    observer.stage("king safety", info.score);
+    evaluateThreats(pos, info);
+    observer.stage("threats", info.score);
+    evaluatePassedPawns(pos, info);
+    observer.stage("passed pawns", info.score);
+    evaluateRelations(pos, info);
+    observer.stage("relations", info.score);
+    closedContempt(pos, info);
+    observer.stage("closed position", info.score);
+}
+
+// Late in the game a wide front of pawns is worth something in itself.
+static inline Score spanDifference(const PawnEntry& pawns) {
+    constexpr int spanEg[9] = {-32, -30, -24, -14, 0, 18, 36, 54, 72};
+    return pair(0, spanEg[pawns.span[White]] - spanEg[pawns.span[Black]]);
+}
+
+// Style: the pieces' sum is stretched lane by lane. Intended: the pawn score is not.
+static inline Score dynamic(Score sum) {
+    return pair(mgOf(sum) * dynamismMg / 128, egOf(sum) * dynamismEg / 128);
+}
+
+// All sums together, in tenths of a centipawn from White's view. Keeps the positional score for the line's
+// estimates.
+template <class Observer>
+static int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int material, float scale,
+                    Observer& observer) {
+    constexpr float RamScale[9] = {1.0f, 1.0f, 0.95f, 0.9f, 0.8f, 0.7f, 0.6f, 0.5f, 0.4f};
+    constexpr int LatePhase = 18;
+    const PawnEntry& pawns = *info.pawns;
+    observer.sum("stages", info.score[White] - info.score[Black]);
+    const Score pieces = dynamic(info.score[White] - info.score[Black] + pos.psqPair);
+    observer.sum("with piece squares and dynamism", pieces);
+    observer.sum("contempt", contemptPair[White]);
+    Score sum = pawnScore + contemptPair[White] + pieces;
+    if (info.phase < LatePhase) sum += spanDifference(pawns);
+    observer.sum("with pawns, contempt and late pawn fronts", sum);
+    int score = blend(sum, info.phase);
+    pos.psqBlend = score;
+    observer.value("blended by phase", score);
+    const bool queens = pos.pieces[White][Queen] | pos.pieces[Black][Queen];
+    if (!queens && pawns.passed[White][0] == 0 && pawns.passed[Black][0] == 0) scale *= 0.9f;
+    score = int(float(score) * scale);
+    observer.value("scaled by material", score);
+    if (pawns.fewOpenFiles) score = int(double(score) * 0.9);
+    observer.value("cut for few open files", score);
+    score = int(float(score + material) * RamScale[std::min<int>(pawns.rams, 8)]);
+    observer.value("with material, cut for rams", score);
+    return roundedBy<TenthUnit>(score);
+}
+
+// Moves an advantage with the width of the own pawn front, the more the nearer the endgame. White's view.
+static inline int pulledBySpan(int score, const PawnEntry& pawns, int phase) {
+    constexpr int SpanPull[9] = {12, 10, 8, 6, 4, 2, 0, -2, -4};
+    constexpr int Cap = 150;               // centipawns
+    constexpr int Whole = 128 * MaxPhase;  // the table counts in 128ths
+    const int lateness = MaxPhase - phase;
+    if (score > 0) return score - std::min(score, Cap) * lateness * SpanPull[pawns.span[White]] / Whole;
+    if (score < 0) return score - std::max(score, -Cap) * lateness * SpanPull[pawns.span[Black]] / Whole;
+    return score;
+}
+
+// The same position gets the same noise all through a search.
+static inline int withNoise(int score, Key key) {
+    if (evalNoise == 0) return score;
+    return score - evalNoise / 2 + int((noiseKey ^ key) % std::uint64_t(evalNoise));
+}
+
+// From White's view in tenths to the side to move's centipawns.
+template <class Observer>
+static int finish(const Position& pos, const EvalInfo& info, int score, int material, Observer& observer) {
+    observer.value("in tenths", score);
+    if (info.phase >= 4 && info.phase <= 8) score = wrongBishop(pos, score);
+    observer.value("limited for the wrong bishop", score);
+    score = roundedBy<10>(forMover(pos, score) + tempo(info.phase));
+    observer.value("centipawns for the mover, with tempo", score);
+    score = withNoise(score, pos.key);
+    score = forMover(pos, pulledBySpan(forMover(pos, score), *info.pawns, info.phase));
+    observer.value("with noise, pulled by pawn fronts", score);
+    return levelCut(score, material);
+}
+
+}  // namespace evalFrame
+
+// `evaluate`, before an observer. It sees the material and, unless that alone counts or the score comes from
+// the cache or the estimate, the pawns, each stage and each step of the arithmetic; last the score.
+template <class Observer>
+static int evaluateBefore(Observer&& observer, Position& pos, int alpha, int beta) {
+    using namespace evalFrame;
+    EvalCacheEntry& cached = pos.evalCache[pos.key & prefetchBases.evalMask];
+    if (cached.key == pos.key) return scaledByClock(pos, cached.value);
+
+    float scale = 0;
+    const int material = evaluateMaterial(pos, scale);
+    observer.material(material, scale);
+    const int phase = pos.cappedPhase();
+    int score;
+    if (scale == 0) {
+        score = roundedBy<ResultUnit>(forMover(pos, blend(contemptPair[White], phase) + material));
+    } else {
+        int estimate;
+        if (leavesEarly(pos, material, scale, phase, alpha, beta, estimate)) return estimate;
+        PawnEntry* pawns;
+        const Score pawnScore = evaluatePawns(pos, pawns);
+        observer.pawns(pos, pawnScore);
+        EvalInfo info;
+        info.pawns = pawns;
+        info.phase = phase;
+        runStages(pos, info, observer);
+        const int tenths = assemble(pos, info, pawnScore, material, scale, observer);
+        score = finish(pos, info, tenths, material, observer);
+    }
+    cached = {pos.key, score};
+    observer.value("before the fifty-move rule", score);
+    return scaledByClock(pos, score);
+}
