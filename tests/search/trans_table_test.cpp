@@ -34,40 +34,6 @@ class TransTableTest : public SearchTest {
     static inline Key lastRoot = 1000;
 };
 
-TEST_F(TransTableTest, DropsScoresBeyondItsRange) {
-    for (const int sign : {1, -1}) {
-        store(1, 4, sign * 32501);
-        EXPECT_FALSE(holds(1));
-        store(2, 4, sign * 32500);
-        EXPECT_EQ(at(2).score(), sign * 32500);
-        transTable.clear();
-    }
-}
-
-TEST_F(TransTableTest, DeeperResultsOfTheSameKindStand) {
-    struct Row {
-        int oldFlags, oldScore, newFlags, newScore;
-        bool stands;
-    };
-    for (const Row& row :
-         {Row{ExactBound, 10, LowerBound, 99, true}, Row{LowerBound, 50, LowerBound, 40, true},
-          Row{LowerBound, 50, LowerBound, 60, false}, Row{LowerBound, 50, UpperBound, 40, false},
-          Row{UpperBound, 30, UpperBound, 40, true}, Row{UpperBound, 30, UpperBound, 20, false},
-          Row{UpperBound, 30, LowerBound, 40, false}}) {
-        transTable.clear();
-        store(1, 10, row.oldScore, row.oldFlags, 0x111);
-        store(1, 8, row.newScore, row.newFlags, 0x222);
-        EXPECT_EQ(at(1).depth(), row.stands ? 10 : 8) << row.oldFlags << " by " << row.newFlags;
-        EXPECT_EQ(at(1).move(), 0x222u) << "the move is taken either way";
-    }
-    // In the next search nothing stands but the move.
-    store(2, 10, 10, ExactBound, 0x111);
-    nextSearch();
-    store(2, 2, 5, UpperBound, NoMove);
-    EXPECT_EQ(at(2).depth(), 2);
-    EXPECT_EQ(at(2).move(), 0x111u);
-}
-
 TEST_F(TransTableTest, AnalysisKeepsDeeperExactEntriesOverSearches) {
     searchState.analysisSearch = true;
     store(1, 10, 10, ExactBound, 0x111);
@@ -79,27 +45,6 @@ TEST_F(TransTableTest, AnalysisKeepsDeeperExactEntriesOverSearches) {
     nextSearch();
     store(1, 10, 99, LowerBound, 0x222);  // of the same depth: an ordinary store
     EXPECT_EQ(at(1).score(), 99);
-}
-
-TEST_F(TransTableTest, TheOldAndShallowMakeRoom) {
-    for (std::uint32_t check : {1u, 2u, 3u, 4u}) store(check, 20);
-    store(5, 6);
-    EXPECT_FALSE(holds(1)) << "without a free slot the first of equals goes";
-    store(6, 30);
-    EXPECT_FALSE(holds(5)) << "the shallowest";
-    nextSearch();
-    store(2, 20);
-    store(3, 15);
-    store(6, 20);
-    store(7, 13);
-    EXPECT_FALSE(holds(4)) << "a search of age weighs six half plies: 6 - 20 against -15";
-    store(8, 20);
-    EXPECT_FALSE(holds(7));
-    // Among equals off the principal variation goes first.
-    transTable.clear();
-    for (std::uint32_t check : {1u, 2u, 3u, 4u}) store(check, 20, 0, LowerBound, 1, check == 3 ? 1 : 2);
-    store(5, 20);
-    EXPECT_FALSE(holds(3));
 }
 
 TEST_F(TransTableTest, AgeWrapsRound) {
@@ -130,14 +75,6 @@ TEST_F(TransTableTest, BusyMarksComeAndGo) {
     EXPECT_FALSE(holds(1)) << "a placeholder takes the shallowest slot";
     store(10, 2);
     EXPECT_FALSE(holds(9)) << "and gives it up first";
-}
-
-TEST_F(TransTableTest, MateScoresCountFromTheNode) {
-    for (const int score : {31990, 31800, -31800, -31999, 31799, -31799, 0}) {
-        const int stored = std::abs(score) < 31800 ? score : score > 0 ? score + 7 : score - 7;
-        EXPECT_EQ(scoreToTable(score, 7), stored);
-        EXPECT_EQ(scoreFromTable(stored, 7), score);
-    }
 }
 
 TEST_F(TransTableTest, SizesAreThoseOfTheFile) {
@@ -200,23 +137,6 @@ class HashFile : public TransTableTest {
     const TemporaryFolder folder;
     const std::string path = folder.file("hash").string();
 };
-
-TEST_F(HashFile, IsTheImageOfTheBuckets) {
-    constexpr std::size_t BucketBytes = 48, EntryBytes = 12;
-    const Key key = 0x0a0b0c0d00000000ULL | 5;
-    fill({5});
-    fill({});
-    transTable.store(key, -2, -3, TerminalFlags, 0x1234, 6);
-    transTable.markBusy(key, true);
-    EXPECT_EQ(save(path), "info string Saving Hash\ninfo string Hash Saved\n");
-    std::ifstream file(path, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    ASSERT_EQ(bytes.size(), 786432u);
-    // Key check, score, move, depth, rank with busy mark over flags, generation; the lowest byte first.
-    const std::string entry("\x0d\x0c\x0b\x0a\xfd\xff\x34\x12\xfe\xff\xe7\x01", EntryBytes);
-    EXPECT_EQ(bytes.substr(5 * BucketBytes, EntryBytes), entry);
-    EXPECT_EQ(std::count(bytes.begin(), bytes.end(), '\0'), 786432 - 12);
-}
 
 // Of 16,384 buckets a quarter forgets its ages: the first 16,384 entries are those of the first 4,096.
 TEST_F(HashFile, LoadsBackWithAQuarterOfTheAgesForgotten) {
