@@ -34,6 +34,30 @@ class TransTableTest : public SearchTest {
     static inline Key lastRoot = 1000;
 };
 
+TEST_F(TransTableTest, DeeperResultsOfTheSameKindStand) {
+    struct Row {
+        int oldFlags, oldScore, newFlags, newScore;
+        bool stands;
+    };
+    for (const Row& row :
+         {Row{ExactBound, 10, LowerBound, 99, true}, Row{LowerBound, 50, LowerBound, 40, true},
+          Row{LowerBound, 50, LowerBound, 60, false}, Row{LowerBound, 50, UpperBound, 40, false},
+          Row{UpperBound, 30, UpperBound, 40, true}, Row{UpperBound, 30, UpperBound, 20, false},
+          Row{UpperBound, 30, LowerBound, 40, false}}) {
+        transTable.clear();
+        store(1, 10, row.oldScore, row.oldFlags, 0x111);
+        store(1, 8, row.newScore, row.newFlags, 0x222);
+        EXPECT_EQ(at(1).depth(), row.stands ? 10 : 8) << row.oldFlags << " by " << row.newFlags;
+        EXPECT_EQ(at(1).move(), 0x222u) << "the move is taken either way";
+    }
+    // In the next search nothing stands but the move.
+    store(2, 10, 10, ExactBound, 0x111);
+    nextSearch();
+    store(2, 2, 5, UpperBound, NoMove);
+    EXPECT_EQ(at(2).depth(), 2);
+    EXPECT_EQ(at(2).move(), 0x111u);
+}
+
 TEST_F(TransTableTest, AnalysisKeepsDeeperExactEntriesOverSearches) {
     searchState.analysisSearch = true;
     store(1, 10, 10, ExactBound, 0x111);
@@ -45,6 +69,27 @@ TEST_F(TransTableTest, AnalysisKeepsDeeperExactEntriesOverSearches) {
     nextSearch();
     store(1, 10, 99, LowerBound, 0x222);  // of the same depth: an ordinary store
     EXPECT_EQ(at(1).score(), 99);
+}
+
+TEST_F(TransTableTest, TheOldAndShallowMakeRoom) {
+    for (std::uint32_t check : {1u, 2u, 3u, 4u}) store(check, 20);
+    store(5, 6);
+    EXPECT_FALSE(holds(1)) << "without a free slot the first of equals goes";
+    store(6, 30);
+    EXPECT_FALSE(holds(5)) << "the shallowest";
+    nextSearch();
+    store(2, 20);
+    store(3, 15);
+    store(6, 20);
+    store(7, 13);
+    EXPECT_FALSE(holds(4)) << "a search of age weighs six half plies: 6 - 20 against -15";
+    store(8, 20);
+    EXPECT_FALSE(holds(7));
+    // Among equals off the principal variation goes first.
+    transTable.clear();
+    for (std::uint32_t check : {1u, 2u, 3u, 4u}) store(check, 20, 0, LowerBound, 1, check == 3 ? 1 : 2);
+    store(5, 20);
+    EXPECT_FALSE(holds(3));
 }
 
 TEST_F(TransTableTest, AgeWrapsRound) {
