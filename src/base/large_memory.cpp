@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <sys/mman.h>
 
 static constexpr std::size_t PageBytes = 4096, HugePageBytes = std::size_t{2} << 20;
-// What is touched between two looks at the clock: some milliseconds, on a busy machine some tens.
-static constexpr std::size_t StretchBytes = 4 * HugePageBytes;
+// What a thread touches between two looks at the clock: a millisecond or so, on a busy machine some more.
+static constexpr std::size_t StretchBytes = HugePageBytes;
 
 static constexpr std::size_t roundedUp(std::size_t bytes, std::size_t unit) {
     return (bytes + unit - 1) / unit * unit;
@@ -78,6 +79,8 @@ void LargeMemory::settle() {
 void LargeMemory::forgetUntouched() {
     const std::size_t touched = touchedBytes();
     if (touched == length) return;
-    madvise(static_cast<char*>(start) + touched, length - touched, MADV_DONTNEED);
+    char* const rest = static_cast<char*>(start) + touched;
+    // Memory that the user has locked can't be given back.
+    if (madvise(rest, length - touched, MADV_DONTNEED) != 0) std::memset(rest, 0, length - touched);
     settled = false;
 }

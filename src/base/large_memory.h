@@ -4,8 +4,8 @@
 //
 //   fresh --touchNext--> touched from the front on --settle--> the rest stays on small pages
 //
-// Huge pages are asked for while the memory is being touched and at no other time. Nothing here may run while
-// a search uses the table.
+// Huge pages are asked for when all of the memory is about to be written, and not by a search. Nothing here
+// may run while a search uses the table.
 #pragma once
 
 #include <atomic>
@@ -23,7 +23,7 @@ class LargeMemory {
 
     // Huge pages for what is touched from now on, where the system offers them. Once before `touchNext`.
     void askForHugePages();
-    // Touches the next stretch of some megabytes and leaves its content as it is. False if none is left.
+    // Touches the next stretch of a huge page and leaves its content as it is. False if none is left.
     // Several threads may share the work.
     bool touchNext();
     // Before a search: what nobody has touched comes on small pages, whose first touches are short, also

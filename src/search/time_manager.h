@@ -45,7 +45,8 @@ void testIterationEnd(int depth, int score);
 // Called at every node of thread 0; polls input and clock once in 4096 calls. True if the search must stop.
 bool periodicCheck();
 
-// Called at every node of a worker, for what can't wait until thread 0 gets a processor, where there are more
-// threads than those: the limit of nodes, looked at once in some nodes since all counters are read; and
-// input, for which the worker makes way. True if the search must stop.
+// Called at every node of a worker, and where it waits. Thread 0 looks after all else, but where threads are
+// more than processors it may have none for a while: so every thread knows the limit of nodes, looked at once
+// in some nodes since all counters are read, and makes way for thread 0 while input waits. True if the search
+// must stop.
 bool workerCheck(const Position& pos);

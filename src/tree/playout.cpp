@@ -208,11 +208,17 @@ PlayoutResult descend(const Position& pos, MctsNode& child, int ply) {
     return {1.0 - below.value, true};
 }
 
-// Another thread is giving this child its children.
+// Another thread is giving this child its children. It may have no processor, so a worker offers its own;
+// thread 0 polls all the time.
 void waitWhileBusy(const MctsNode& child, const Position& pos) {
     while (child.isBusy() && !isMainStopped()) {
-        if (pos.threadIndex == 0) periodicCheck();
-        sched_yield();  // the other thread may have no processor
+        if (pos.threadIndex == 0) {
+            periodicCheck();
+            __builtin_ia32_pause();
+        } else {
+            workerCheck(pos);
+            sched_yield();
+        }
     }
 }
 

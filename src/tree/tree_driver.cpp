@@ -201,6 +201,7 @@ void mctsWorkerLoop(Position& rootCopy) {
     MctsNode& root = nodes[0];
     while (true) {
         const PlayoutResult result = mctsPlayout(&root, rootCopy, 0);
+        workerCheck(rootCopy);
         if (thread.stopFlag & 1) return;
         if (result.credited) {
             // Intended: a lost update of the root's numbers is accepted.

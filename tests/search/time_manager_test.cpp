@@ -3,6 +3,8 @@
 
 #include "search/search_environment.h"
 
+#include <thread>
+
 TEST(TimeLimitsTest, FollowFromTheTarget) {
     const TimeLimits limits = makeTimeLimits(1000, 1.038, 57.504, 600, 0, 99);
     EXPECT_DOUBLE_EQ(limits.hardLimit, 1006.228);
@@ -153,5 +155,19 @@ TEST_F(Polling, AnyThreadMayFindTheNodesUsedUp) {
     searchControl.ponder = false;
     EXPECT_TRUE(workerCheck(pos));
     EXPECT_TRUE(thread().stopFlag & worker.stopFlag & 1);
+
+    // It naps while a line waits for thread 0, but hears of the end.
+    searchControl.linesWaiting = 1;
+    EXPECT_TRUE(workerCheck(pos));
+    worker.stopFlag = std::uint8_t{0};
+    Relaxed<bool> popped = false;
+    std::thread main([&] {
+        for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+        popped = true;
+        searchControl.linesWaiting = 0;
+    });
+    workerCheck(pos);
+    EXPECT_TRUE(popped);
+    main.join();
     makePool(1);
 }
