@@ -116,9 +116,9 @@ export class Analyst {
     const after = (word) => words[words.indexOf(word) + 1];
     if (!words.includes('score') || !words.includes('pv')) return undefined;
     const value = Number(words[words.indexOf('score') + 2]);
-    const mates = after('score') === 'mate';
+    const mate = { mate: Math.abs(value), white: value > 0 === whiteMoves };
     return {
-      score: mates ? { mate: Math.abs(value), white: value > 0 === whiteMoves } : { cp: whiteMoves ? value : -value || 0 },
+      score: after('score') === 'mate' ? mate : { cp: whiteMoves ? value : -value || 0 },
       depth: Number(after('depth')),
       rank: words.includes('multipv') ? Number(after('multipv')) - 1 : 0,
       bound: /\b(lower|upper)bound\b/.test(text),

@@ -15,12 +15,14 @@ function boardSvg(board, last, worth, turned) {
       const y = 40 * (turned ? 7 - top : top);
       const colour = (file + top) % 2 ? 'dark' : 'light';
       const label = worth[square];
-      parts.push(`<rect class="${colour}${last.includes(square) ? ' last' : ''}" x="${x}" y="${y}" width="40" height="40"/>`);
+      const kinds = colour + (last.includes(square) ? ' last' : '');
+      parts.push(`<rect class="${kinds}" x="${x}" y="${y}" width="40" height="40"/>`);
       if (x === 0) parts.push(`<text class="name" x="2" y="${y + 9}">${8 - top}</text>`);
       if (y === 280) parts.push(`<text class="name" x="${x + 33}" y="289">${'abcdefgh'[file]}</text>`);
       if (man === ' ') return;
       const kind = man === man.toUpperCase() ? 'white' : 'black';
-      parts.push(`<text class="man ${kind}" x="${x + 20}" y="${y + (label ? 28 : 33)}">${Men[man.toLowerCase()]}${AsText}</text>`);
+      const sign = Men[man.toLowerCase()] + AsText;
+      parts.push(`<text class="man ${kind}" x="${x + 20}" y="${y + (label ? 28 : 33)}">${sign}</text>`);
       if (label) parts.push(`<text class="worth" x="${x + 20}" y="${y + 38}">${label}</text>`);
     });
   });

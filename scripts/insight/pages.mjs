@@ -3,6 +3,7 @@
 import { readFileSync } from 'node:fs';
 import { pawnsText } from './account.mjs';
 import { scoreText } from './analyst.mjs';
+import { titleOf } from './games.mjs';
 
 export const escaped = (text) => String(text).replace(/[&<>"]/g, (sign) => `&#${sign.charCodeAt(0)};`);
 const file = (name) => readFileSync(new URL(name, import.meta.url), 'utf8');
@@ -24,9 +25,8 @@ ${file('page.js')}</script>
 
 // data: what page.js reads of the button, { board, uci, note, worth, ply, x }.
 function button(text, data, kind = '') {
-  const fields = Object.entries(data).filter(([, value]) => value !== undefined);
-  return `<button class="move ${kind}" ${fields.map(([name, value]) => `data-${name}="${escaped(value)}"`).join(' ')}>` +
-    `${escaped(text)}</button>`;
+  const fields = Object.entries(data).map(([name, value]) => `data-${name}="${escaped(value)}"`);
+  return `<button class="move ${kind}" ${fields.join(' ')}>${escaped(text)}</button>`;
 }
 
 const moveButtons = (line, data = {}) => line.map(({ san, number, board, uci }, i) =>
@@ -42,8 +42,10 @@ function bars(rows, steps) {
   const [material, , ...later] = steps.map(({ name, adds }) => [name, adds]);
   const shown = [material, ...rows.map(({ name, net }) => [name, net]), ...later].filter(([, value]) => value !== 0);
   const widest = Math.max(1, ...shown.map(([, value]) => Math.abs(value)));
-  return shown.map(([name, value]) => `<tr><th>${escaped(name)}<td class="bar"><i class="${value < 0 ? 'black' : 'white'}"` +
-    ` style="width:${((50 * Math.abs(value)) / widest).toFixed(1)}%"></i><td>${pawnsText(value)}`).join('\n');
+  const bar = (value) => `<i class="${value < 0 ? 'black' : 'white'}"` +
+    ` style="width:${((50 * Math.abs(value)) / widest).toFixed(1)}%"></i>`;
+  return shown.map(([name, value]) =>
+    `<tr><th>${escaped(name)}<td class="bar">${bar(value)}<td>${pawnsText(value)}`).join('\n');
 }
 
 function stageTable({ phase, rows, total, score }) {
@@ -87,7 +89,8 @@ const graphX = (index, count) => Graph.edge + (index * (Graph.width - 2 * Graph.
 // who owns the lower part of the graph.
 export function graphSvg(points) {
   const { width, height, edge } = Graph;
-  const at = points.map(({ chance }, i) => [graphX(i, points.length), (height * (1 - chance)) / 2].map((x) => x.toFixed(1)));
+  const at = points.map(({ chance }, i) =>
+    [graphX(i, points.length), (height * (1 - chance)) / 2].map((place) => place.toFixed(1)));
   const marks = points.map(({ mark }, i) =>
     (mark ? `<circle class="${MarkKind[mark]}" cx="${at[i][0]}" cy="${at[i][1]}" r="4"/>` : ''));
   const area = [`${edge},${height}`, ...at.map((point) => point.join()), `${at.at(-1)[0]},${height}`];
@@ -102,7 +105,7 @@ const points = (chance) => Math.round(100 * chance);
 
 function gamePart({ headers, start, plies, ending }, index) {
   const tag = (name) => headers.get(name) ?? '?';
-  const title = `${tag('White')} - ${tag('Black')}`;
+  const title = titleOf(headers);
   const positions = [start, ...plies];
   const chosen = (ply) => ({ ply, x: graphX(ply, positions.length).toFixed(1) });
   const note = (ply) => `${scoreText(ply.score)}, White's chances ${ply.chance < 0 ? '' : '+'}${points(ply.chance)}`;
@@ -111,14 +114,13 @@ function gamePart({ headers, start, plies, ending }, index) {
     { board: ply.board, uci: ply.uci, note: note(ply), ...chosen(i + 1) }, ply.mark ? MarkKind[ply.mark] : ''));
   const better = plies.map((ply, i) => (ply.mark ? `<div class="line better" data-ply="${i + 1}" hidden>` +
     `<b>${escaped(ply.san + ply.mark)}</b> cost ${Math.floor(100 * ply.loss)} points. Better was, with` +
-    ` ${scoreText(ply.bestScore)}: ${moveButtons(ply.better, { note: `instead of ${ply.san}` })}</div>` : '')).filter(Boolean);
+    ` ${scoreText(ply.bestScore)}: ${moveButtons(ply.better, { note: `instead of ${ply.san}` })}</div>\n` : ''));
   return `<section class="game" data-title="${escaped(`${index + 1}. ${title}`)}"><header><h1>${escaped(title)}</h1>
 <p>${escaped([tag('Event'), tag('Date'), tag('Result')].filter((text) => !/^\?/.test(text)).join(', '))}</p></header>
 ${boardPart}
 <div class="text">${graphSvg(positions)}
-${better.join('\n')}
-<div class="line main">${button('Start', { board: start.board, note: note(start), ...chosen(0) })}
-${moves.join('\n')} <span>${escaped(ending)}</span></div></div></section>`;
+${better.join('')}<div class="line main">${button('Start', { board: start.board, note: note(start), ...chosen(0) })}
+${moves.join('\n')} <span>${escaped([ending, tag('Result')].filter(Boolean).join(', '))}</span></div></div></section>`;
 }
 
 // games: what reviewGame returns.

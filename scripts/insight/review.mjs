@@ -1,11 +1,11 @@
 // Goes through a game with the engine and writes down what it found.
-import { ChildNode, makePgn } from 'chessops/pgn';
+import { extend, makePgn } from 'chessops/pgn';
 import { boardOf, finalScore, followLine, refereeOf, scoreText } from './analyst.mjs';
 
 const BetterLength = 8; // half moves of a better line
 
 // White's chances to win less those to lose, from -1 to 1. The rate is the logistic fit that a well-known free chess
-// server made of the results of its players' games at the scores which its engine gave; it is no measure of this engine.
+// server made of the results of its players' games, by the scores of its own engine; it is no measure of this one.
 const ChanceRate = 0.00368208; // a centipawn
 export const chanceOf = ({ cp, mate, white }) =>
   (mate === undefined ? 2 / (1 + Math.exp(-ChanceRate * cp)) - 1 : white ? 1 : -1);
@@ -15,10 +15,10 @@ const Marks = [['??', 0.3], ['?', 0.2], ['?!', 0.1]];
 const Nags = { '?': 2, '??': 4, '?!': 6 };
 export const markOf = (loss) => Marks.find(([, least]) => loss >= least - 1e-9)?.[0];
 
-// What readGames gave, reviewed: { headers, start, plies, ending }. Each of the plies gets score and chance behind it,
-// loss for the side that moved, and with a mark bestScore and the better line. progress(done, all) is told before each
-// search.
-export async function reviewGame({ headers, referee, plies, faults }, analyst, limit, progress = () => {}) {
+// What readGames gave, reviewed: { headers, start, plies, ending }, `ending` undefined if nothing ends the game. Each of
+// the plies gets score and chance behind it, loss for the side that moved, and with a mark bestScore and the better
+// line. progress(done, all) is told before each search.
+export async function reviewGame({ game: { headers }, referee, plies, stop }, analyst, limit, progress = () => {}) {
   const play = refereeOf(referee.startFen, referee.chess960);
   const begin = boardOf(play.position);
   await analyst.newGame(play.chess960);
@@ -40,17 +40,18 @@ export async function reviewGame({ headers, referee, plies, faults }, analyst, l
     const after = await look(i + 1);
     const [was, is] = [before, after].map(({ score }) => (whiteMoved ? chanceOf(score) : -chanceOf(score)));
     const loss = Math.max(0, was - is);
-    const mark = better[0]?.uci === ply.uci ? undefined : markOf(loss); // a look one move later is no reproach
+    // What a look one move later finds in the best move is no reproach.
+    const mark = !better.length || better[0].uci === ply.uci ? undefined : markOf(loss);
     reviewed.push({ ...ply, score: after.score, chance: chanceOf(after.score), loss, mark,
-      ...(mark && better.length && { bestScore: before.score, better }) });
+      ...(mark && { bestScore: before.score, better }) });
     before = after;
   }
-  const ending = [faults.at(-1) ?? before.over?.reason, headers.get('Result') ?? '*'].filter(Boolean).join(', ');
+  const ending = stop ?? before.over?.reason;
   return { headers, start, plies: reviewed, ending };
 }
 
 // The game's own comments and variations stay; earlier scores and marks of this kind go.
-export function annotatedPgn({ game, faults }, { headers, plies, ending }) {
+export function annotatedPgn({ game, stop }, { headers, plies, ending }) {
   let node = game.moves;
   for (const { san, score, mark, better } of plies) {
     const child = node.children[0];
@@ -59,20 +60,12 @@ export function annotatedPgn({ game, faults }, { headers, plies, ending }) {
     const nags = (child.data.nags ?? []).filter((nag) => !Object.values(Nags).includes(nag));
     Object.assign(child.data, { san, comments: [`[%eval ${scoreText(score).replace('+', '')}]`, ...comments],
       nags: mark ? [Nags[mark], ...nags] : nags });
-    if (mark) {
-      let place = node;
-      for (const { san: text } of better) {
-        const next = new ChildNode({ san: text });
-        place.children.push(next);
-        place = next;
-      }
-    }
+    if (mark) extend(node, better.map((move) => ({ san: move.san })));
     node = child;
   }
-  node.children = []; // behind a fault
+  if (stop) node.children = [];
   const last = plies.length ? node.data.comments : (game.comments ??= []);
-  if (faults.length) last.push(`The game cannot be read on: ${faults.at(-1)}`);
-  else if (ending.includes(',')) last.push(ending.split(',')[0]);
+  if (ending) last.push(stop ? `The game cannot be read on: ${stop}` : ending);
   headers.set('Annotator', 'Tarvok');
   return `${makePgn({ ...game, headers })}\n`;
 }

@@ -2,7 +2,7 @@
 import { appendFileSync, readFileSync, realpathSync, renameSync, writeFileSync } from 'node:fs';
 import { number, readWords, runTool, UsageError } from '../play_match/words.mjs';
 import { Analyst } from './analyst.mjs';
-import { readGames } from './games.mjs';
+import { readGames, titleOf } from './games.mjs';
 import { reviewPage } from './pages.mjs';
 import { annotatedPgn, reviewGame } from './review.mjs';
 
@@ -25,39 +25,32 @@ function parse(words) {
     '--pgn': (text) => (settings.pgn = text),
   }, {}, (word) => settings.files.push(word));
   if (settings.files.length !== 1) throw new UsageError('which file of games?');
-  return { ...settings, file: settings.files[0] };
+  return settings;
 }
 
-// PGN is Latin-1 by its standard and UTF-8 by habit.
 function readText(file) {
-  let bytes;
   try {
-    bytes = readFileSync(file);
+    const bytes = readFileSync(file);
+    const text = bytes.toString();
+    return text.includes('\uFFFD') ? bytes.toString('latin1') : text; // PGN's old standard
   } catch (error) {
     throw new UsageError(`${file} cannot be read: ${error.message}`);
-  }
-  try {
-    return new TextDecoder('utf-8', { fatal: true }).decode(bytes);
-  } catch {
-    return new TextDecoder('latin1').decode(bytes);
   }
 }
 
 function showProgress(title) {
   const begin = performance.now();
   return (done, all) => {
-    if (!process.stderr.isTTY && done % 10) return;
-    const seconds = done ? Math.ceil(((performance.now() - begin) * (all - done)) / done / 1000) : undefined;
-    const rest = seconds === undefined ? '' : `, about ${seconds} s to go`;
-    const text = `${title}: ${done} of ${all} half moves${rest}`;
-    process.stderr.write(process.stderr.isTTY ? `\r${text.padEnd(78)}` : `${text}\n`);
+    if (done % 10) return;
+    const seconds = Math.ceil(((performance.now() - begin) * (all - done)) / Math.max(done, 1) / 1000);
+    console.error(`${title}: ${done} of ${all} half moves${done ? `, about ${seconds} s to go` : ''}`);
   };
 }
 
 async function main() {
   const [engine, ...words] = process.argv.slice(2);
   if (words.some((word) => word === '--help' || word === '-h')) return console.log(Usage);
-  const { file, limit, page, pgn } = parse(words);
+  const { files: [file], limit, page, pgn } = parse(words);
   const games = readGames(readText(file));
   if (!games.length) throw new UsageError(`${file} has no game`);
   if (pgn) {
@@ -69,12 +62,10 @@ async function main() {
   await analyst.start();
   const reviewed = [];
   for (const game of games) {
-    const names = ['White', 'Black'].map((side) => game.headers.get(side) ?? '?').join(' - ');
-    const title = `game ${game.number} of ${games.length}, ${names}`;
+    const title = `game ${game.number} of ${games.length}, ${titleOf(game.game.headers)}`;
     for (const fault of game.faults) console.error(`game ${game.number}, ${fault}`);
     if (!game.referee) continue;
     const review = await reviewGame(game, analyst, limit, showProgress(title));
-    if (process.stderr.isTTY) process.stderr.write('\n');
     const marks = review.plies.filter(({ mark }) => mark).length;
     console.error(`${title}: finished, ${marks} of ${review.plies.length} half moves marked`);
     reviewed.push(review);
