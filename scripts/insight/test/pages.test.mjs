@@ -70,8 +70,8 @@ test('a reviewed game can be gone through by the arrow keys', async () => {
     await browser.press('ArrowRight', 2); // Qxf7#
     assert.equal(await shownChance(browser), 1);
     await browser.click('.turn');
-    const [before] = await browser.read('[...document.querySelectorAll(".man")].slice(0, 1).map((man) => man.x.baseVal[0].value)');
-    assert.equal(before, 300); // the rook of a8, now at the right
+    const rook = await browser.read('document.querySelector(".man").x.baseVal[0].value');
+    assert.equal(rook, 300); // that of a8, now at the right
     await browser.click('.turn');
     await browser.press('ArrowLeft');
     await browser.click('.better:not([hidden]) .move');
@@ -85,14 +85,16 @@ test('a reviewed game can be gone through by the arrow keys', async () => {
 test('an explained position shows its men, their worth and its lines', async () => {
   const page = inFolder('position.html');
   const fen = '6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - 0 1';
-  const { status, stdout, stderr } = run('explain_position', ...fen.split(' '), '--depth', '6', '--lines', '2', '--page', page);
+  const words = ['--depth', '6', '--lines', '2', '--page', page];
+  const { status, stdout, stderr } = run('explain_position', ...fen.split(' '), ...words);
   assert.equal(status, 0, stderr);
   assert.match(stdout, /#1  depth \d+ +1\. Rd8#/);
   const score = /^static score +([+-]\d+\.\d{3})$/m.exec(stdout)[1];
   await withPage(page, [[390, 800]], async (browser) => {
     assert.equal(await browser.board(), fen.split(' ')[0]);
     assert.match(await browser.read('document.querySelector("h2").textContent'), new RegExp(`Static score \\${score}`));
-    const bars = await browser.read('[...document.querySelectorAll(".bars tr")].map((row) => Number(row.lastChild.textContent))');
+    const bars = await browser.read(
+      '[...document.querySelectorAll(".bars tr")].map((row) => Number(row.lastChild.textContent))');
     const sum = bars.slice(0, -1).reduce((all, value) => all + Math.round(1000 * value), 0);
     assert.equal(sum, Math.round(1000 * bars.at(-1)));
     const labels = await browser.read('document.querySelectorAll(".worth").length');
@@ -104,6 +106,14 @@ test('an explained position shows its men, their worth and its lines', async () 
     assert.equal(await browser.board(), '3R2k1/5ppp/8/8/8/8/5PPP/6K1');
     assert.ok(await browser.read('document.documentElement.scrollWidth <= innerWidth'));
   });
+});
+
+test("scores are White's, whoever is to move", () => {
+  const explained = (fen) => run('explain_position', fen, '--depth', '4', '--lines', '1').stdout;
+  assert.match(explained('3r2k1/5ppp/8/8/8/8/5PPP/6K1 b - - 0 1'), /^ +#-1 /m);
+  const ahead = explained('q5k1/5ppp/8/8/8/7P/5PP1/6K1 b - - 0 1');
+  assert.match(ahead, /^ *-\d+\.\d\d {2}depth/m);
+  assert.match(ahead, /^static score +-\d/m);
 });
 
 test('what is over, illegal or missing is told', () => {

@@ -80,7 +80,8 @@ test('the graph goes up when White is better', async () => {
 
 test('games of every kind are read and end as they ended', async () => {
   const games = readGames(file('games.pgn'));
-  assert.deepEqual(games.map(({ faults, plies }) => [faults.length, plies.length]), [[0, 2], [0, 4], [0, 1], [0, 8], [0, 0]]);
+  assert.deepEqual(games.map(({ faults }) => faults.length), [0, 0, 0, 0, 0]);
+  assert.deepEqual(games.map(({ plies }) => plies.length), [2, 4, 1, 8, 0]);
   const reviews = [];
   for (const game of games) reviews.push(await reviewGame(game, analystOf({}), { depth: 1 }));
   assert.deepEqual(reviews.map(({ ending }) => ending),
