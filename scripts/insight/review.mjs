@@ -15,7 +15,7 @@ const Marks = [['??', 0.3], ['?', 0.2], ['?!', 0.1]];
 const Nags = { '?': 2, '??': 4, '?!': 6 };
 export const markOf = (loss) => Marks.find(([, least]) => loss >= least - 1e-9)?.[0];
 
-// What readGames gave, reviewed: { headers, start, plies, ending }, `ending` undefined if nothing ends the game. Each of
+// What readGames gave, reviewed: { headers, start, plies, ending }; `ending` is undefined if nothing ends it. Each of
 // the plies gets score and chance behind it, loss for the side that moved, and with a mark bestScore and the better
 // line. progress(done, all) is told before each search.
 export async function reviewGame({ game: { headers }, referee, plies, stop }, analyst, limit, progress = () => {}) {

@@ -40,30 +40,32 @@ constexpr int roundedBy(int x) {
 inline constexpr int ResultUnit = 10 * MaxPhase;  // blended units of one centipawn
 inline constexpr int TenthUnit = MaxPhase;        // and of a tenth of one
 
-inline int blend(Score s, int phase) { return egOf(s) * (MaxPhase - phase) + mgOf(s) * phase; }
+static inline int blend(Score s, int phase) { return egOf(s) * (MaxPhase - phase) + mgOf(s) * phase; }
 
 // For the side to move, in tenths of a centipawn.
 constexpr int tempo(int phase) { return 26 + (91 * phase + MaxPhase / 2) / MaxPhase; }
 
 // A score that is cut where material is level.
-inline int levelCut(int score, int material) {
+static inline int levelCut(int score, int material) {
     return std::abs(material) < LevelMaterial ? score * 88 / 100 : score;
 }
 
 // Scores shrink as the fifty-move rule comes near.
-inline int scaledByClock(const Position& pos, int score) {
+static inline int scaledByClock(const Position& pos, int score) {
     const int threshold = settings.progressThreshold;
     const int clock = pos.halfmoveClock;
     if (clock <= threshold) return score;
     return int(std::int64_t(101 - clock) * score / (100 - threshold));
 }
 
-inline int forMover(const Position& pos, int score) { return pos.sideToMove() == White ? score : -score; }
+static inline int forMover(const Position& pos, int score) {
+    return pos.sideToMove() == White ? score : -score;
+}
 
 // The estimate from material and the line's last positional score; true if it lies outside the window.
 // Intended: there is no margin.
-inline bool leavesEarly(const Position& pos, int material, float scale, int phase, int alpha, int beta,
-                        int& estimate) {
+static inline bool leavesEarly(const Position& pos, int material, float scale, int phase, int alpha, int beta,
+                               int& estimate) {
     constexpr int LeastPhase = 6;
     if (phase <= LeastPhase) return false;
     if ((pos.pieces[Black][Pawn] & rankMask(1)) || (pos.pieces[White][Pawn] & rankMask(6))) return false;
@@ -73,15 +75,16 @@ inline bool leavesEarly(const Position& pos, int material, float scale, int phas
 }
 
 // In a closed position the side with contempt would rather have fewer pawns.
-inline void closedContempt(const Position& pos, EvalInfo& info) {
+static inline void closedContempt(const Position& pos, EvalInfo& info) {
     constexpr int ClosedPawns = 15;
     if (settings.contempt <= 0) return;
     if (popcount(pos.pieces[White][Pawn] | pos.pieces[Black][Pawn]) < ClosedPawns) return;
     info.score[White] -= pair(contemptValue[White], 0);
 }
 
+// Out of line, so that a score from a cache need not save the registers that the stages take.
 template <class Observer>
-void runStages(const Position& pos, EvalInfo& info, Observer& observer) {
+[[gnu::noinline]] static void runStages(const Position& pos, EvalInfo& info, Observer& observer) {
     prepareMaps(pos, info);
     observer.stage("open files, rook shut in", info.score);
     evaluatePieces(pos, info);
@@ -104,19 +107,21 @@ void runStages(const Position& pos, EvalInfo& info, Observer& observer) {
 }
 
 // Late in the game a wide front of pawns is worth something in itself.
-inline Score spanDifference(const PawnEntry& pawns) {
+static inline Score spanDifference(const PawnEntry& pawns) {
     constexpr int spanEg[9] = {-32, -30, -24, -14, 0, 18, 36, 54, 72};
     return pair(0, spanEg[pawns.span[White]] - spanEg[pawns.span[Black]]);
 }
 
 // Style: the pieces' sum is stretched lane by lane. Intended: the pawn score is not.
-inline Score dynamic(Score sum) { return pair(mgOf(sum) * dynamismMg / 128, egOf(sum) * dynamismEg / 128); }
+static inline Score dynamic(Score sum) {
+    return pair(mgOf(sum) * dynamismMg / 128, egOf(sum) * dynamismEg / 128);
+}
 
 // All sums together, in tenths of a centipawn from White's view. Keeps the positional score for the line's
 // estimates.
 template <class Observer>
-int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int material, float scale,
-             Observer& observer) {
+static int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int material, float scale,
+                    Observer& observer) {
     constexpr float RamScale[9] = {1.0f, 1.0f, 0.95f, 0.9f, 0.8f, 0.7f, 0.6f, 0.5f, 0.4f};
     constexpr int LatePhase = 18;
     const PawnEntry& pawns = *info.pawns;
@@ -142,7 +147,7 @@ int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int material,
 }
 
 // Moves an advantage with the width of the own pawn front, the more the nearer the endgame. White's view.
-inline int pulledBySpan(int score, const PawnEntry& pawns, int phase) {
+static inline int pulledBySpan(int score, const PawnEntry& pawns, int phase) {
     constexpr int SpanPull[9] = {12, 10, 8, 6, 4, 2, 0, -2, -4};
     constexpr int Cap = 150;               // centipawns
     constexpr int Whole = 128 * MaxPhase;  // the table counts in 128ths
@@ -153,14 +158,14 @@ inline int pulledBySpan(int score, const PawnEntry& pawns, int phase) {
 }
 
 // The same position gets the same noise all through a search.
-inline int withNoise(int score, Key key) {
+static inline int withNoise(int score, Key key) {
     if (evalNoise == 0) return score;
     return score - evalNoise / 2 + int((noiseKey ^ key) % std::uint64_t(evalNoise));
 }
 
 // From White's view in tenths to the side to move's centipawns.
 template <class Observer>
-int finish(const Position& pos, const EvalInfo& info, int score, int material, Observer& observer) {
+static int finish(const Position& pos, const EvalInfo& info, int score, int material, Observer& observer) {
     observer.value("in tenths", score);
     if (info.phase >= 4 && info.phase <= 8) score = wrongBishop(pos, score);
     observer.value("limited for the wrong bishop", score);
@@ -177,7 +182,7 @@ int finish(const Position& pos, const EvalInfo& info, int score, int material, O
 // `evaluate`, before an observer. It sees the material and, unless that alone counts or the score comes from
 // the cache or the estimate, the pawns, each stage and each step of the arithmetic; last the score.
 template <class Observer>
-int evaluateBefore(Observer&& observer, Position& pos, int alpha, int beta) {
+static int evaluateBefore(Observer&& observer, Position& pos, int alpha, int beta) {
     using namespace evalFrame;
     EvalCacheEntry& cached = pos.evalCache[pos.key & prefetchBases.evalMask];
     if (cached.key == pos.key) return scaledByClock(pos, cached.value);

@@ -142,16 +142,6 @@ static void judge(const Position& pos, Seen& seen) {
     }
 }
 
-TEST(Exchange, AgreesWithAPlainRecursionInGames) {
-    Seen seen;
-    walkRandomGames(4, 100, [&](const Position& pos) {
-        if (pos.gamePly % 2 == 0) judge(pos, seen);
-    });
-    EXPECT_GT(seen.losing, 10000);
-    EXPECT_GT(seen.unsafe, 1000);
-    EXPECT_GT(std::min(seen.wonByExchange, seen.lostByExchange), 500);
-}
-
 // Crowded boards: long exchanges, batteries in every direction, pins, kings that may or may not take back.
 TEST(Exchange, AgreesWithAPlainRecursionOnCrowdedBoards) {
     Seen seen;

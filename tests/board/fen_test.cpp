@@ -110,29 +110,6 @@ TEST(FenDeathTest, AWrongSideToMoveEndsTheProcess) {
     EXPECT_EXIT(setFen(&pos, late.c_str()), ::testing::ExitedWithCode(1), "/{255}\"$");
 }
 
-TEST(Fen, AnyTextGivesASoundRecord) {
-    std::mt19937 random(7);
-    const std::string letters = "pnbrqkPNBRQK/12345678/90xKk-eEhHaA36\x80\xff \t";
-    const auto addLetters = [&](std::string& text, std::size_t most, std::size_t kinds) {
-        for (std::size_t length = random() % most; length > 0; --length) text += letters[random() % kinds];
-    };
-    int playable = 0;
-    for (int round = 0; round < 20000; ++round) {
-        std::string text;
-        addLetters(text, 120, letters.size() - 2);  // a board field without spaces
-        text += random() % 2 ? " w " : " b ";
-        addLetters(text, 12, letters.size());
-        const Position pos = positionOf(text);
-        ASSERT_TRUE(isConsistent(pos, true)) << text;
-        playable += isPlayable(pos);
-        for (int right = 0; right < 4; ++right) {
-            if (pos.castleLost >> right & 1) continue;
-            ASSERT_EQ(typeOfCode(pos.board[castleRook[right]]), Rook) << text;
-        }
-    }
-    EXPECT_GT(playable, 0);
-}
-
 TEST(Fen, UnplayableRecordsAreKnown) {
     EXPECT_TRUE(isPlayable(positionOf(StartFen)));
     EXPECT_TRUE(isPlayable(positionOf("4k3/8/8/8/8/8/8/4K2r w - -")))

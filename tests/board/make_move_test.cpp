@@ -91,31 +91,6 @@ TEST_F(MakeMove, AgreesWithThePlainRules) {
     }
 }
 
-TEST_F(MakeMove, NullMove) {
-    Position pos = positionOf("4k3/8/8/8/3pP3/8/8/R3K2R b KQ e3");
-    pos.halfmoveClock = 7;
-    pos.inCheck = 1;
-    pos.movedCode = boardCode(White, Pawn);
-    pos.contHist = sliceOf(pos.movedCode, E4);
-    Position child;
-    ASSERT_TRUE(makeMove(&pos, &child, NoMove));
-    EXPECT_TRUE(isConsistent(child, true));
-    EXPECT_EQ(child.epMask, 0u);
-    EXPECT_EQ(child.halfmoveClock, 8);
-    EXPECT_EQ(child.gamePly, pos.gamePly + 1);
-    EXPECT_EQ(child.castleLost, pos.castleLost);
-    EXPECT_EQ(child.inCheck, 0);
-    EXPECT_EQ(child.lastMove, NoMove);
-    EXPECT_EQ(child.movedCode, 0);
-    EXPECT_EQ(child.contHist, sliceOf(0, 0));
-    EXPECT_EQ(child.contHist2, sliceOf(boardCode(White, Pawn), E4));
-    // Both halves of a pass return to the first key, but for the target that is gone.
-    Position back;
-    ASSERT_TRUE(makeMove(&child, &back, NoMove));
-    EXPECT_EQ(back.key, pos.key ^ zobrist[1][NoPiece][E3]);
-    EXPECT_EQ(back.contHist2, sliceOf(0, 0));
-}
-
 TEST_F(MakeMove, AStoppedThreadCountsNoNodes) {
     const Position pos = positionOf("");
     Position child;

@@ -3,6 +3,7 @@
 #include "support/temporary_folder.h"
 
 #include <algorithm>
+#include <fstream>
 #include <regex>
 #include <tuple>
 #include <unistd.h>
@@ -129,11 +130,6 @@ static Lines searchLines(UciProcess& engine, int depth) {
     return lines;
 }
 
-TEST(SameSearch, SaysTheSameInEveryProcess) {
-    UciProcess first, second;
-    EXPECT_EQ(searchLines(first, 9), searchLines(second, 9));
-}
-
 TEST(SameSearch, IsAsBeforeOnceTheTreeModeIsOffAgain) {
     UciProcess engine;
     const auto linesNow = [&] {
@@ -220,6 +216,16 @@ INSTANTIATE_TEST_SUITE_P(ThreadsAndTree, Modes,
                          ::testing::Combine(::testing::Values(1, 2, 4), ::testing::Bool()));
 
 // ---- Bench ----
+
+// The nodes of a fixed search: whatever changes a score, the order of moves or what is pruned changes them.
+TEST(BenchSlow, SearchesTheNodesOfTheSignature) {
+    std::ifstream file(TARVOK_SOURCE_DIR "/tests/data/signature.txt");
+    for (std::string depth, nodes; file >> depth >> nodes;) {
+        UciProcess engine({"bench", "1", depth, "1"});
+        EXPECT_TRUE(engine.saysWithin(depth + " \\.{50} +" + nodes + " nds .*", UciProcess::Patience))
+            << depth;
+    }
+}
 
 TEST(Bench, PrintsADepthALineForEachPass) {
     struct Row {

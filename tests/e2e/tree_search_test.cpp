@@ -94,16 +94,3 @@ TEST(TreeMatesSlow, AreFoundWithinSeconds) {
     }
     EXPECT_GE(rows, 45);
 }
-
-// The smallest store is full within seconds in an ending that is searched quickly.
-TEST(TreeStoreSlow, AFullOneWaitsForTheStop) {
-    UciProcess engine;
-    engine.send("setoption name MCTS Hash value 1",
-                "position fen 8/8/4k3/p1p1p1p1/P1P1P1P1/4K3/8/8 w - - 0 1");
-    startTree(engine, 4);
-    engine.ask("go infinite", "info nodes 1[56]\\d{3}");
-    EXPECT_FALSE(engine.saysWithin("bestmove .*", 1));
-    engine.ask("stop", "bestmove e3\\S+ ponder e6\\S+");
-    engine.send("position startpos");
-    engine.ask("go movetime 200", "bestmove [a-h][1-8].*");
-}

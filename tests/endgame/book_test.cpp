@@ -138,21 +138,6 @@ TEST_F(Book, EndsWithTheMoveLimitAndTheSwitches) {
     EXPECT_EQ(bookProbe(start), NoMove);
 }
 
-TEST_F(Book, MissingAndTinyBooksAreSilent) {
-    EXPECT_EQ(errorsOf([this] {
-                  for (const std::size_t size : {0u, 1u, 15u}) {
-                      openBytes(std::string(size, '\0'));
-                      EXPECT_EQ(bookProbe(start), NoMove);
-                  }
-                  for (const std::string& path : {folder.path(), folder.path() + "/absent.bin"}) {
-                      settings.bookFile = path;
-                      openBook();
-                      EXPECT_EQ(bookProbe(start), NoMove) << path;
-                  }
-              }),
-              "");
-}
-
 TEST_F(Book, AKeyAboveTheBookReadsPastItsEnd) {
     open({{startKey - 1, "e2e4", 1}}, false);
     EXPECT_EQ(errorsOf([this] { EXPECT_EQ(bookProbe(start), NoMove); }),
@@ -167,17 +152,10 @@ TEST_F(Book, AGroupAtTheEndIsFatal) {
     EXPECT_EXIT(bookProbe(start), testing::ExitedWithCode(1), "^Error with fread opening book\n$");
 }
 
-TEST_F(Book, ManyRepeatedRecordsStayInBounds) {
-    std::vector<BookRecord> records(1000, BookRecord{startKey, "e2e4", 65535});
-    records.push_back({startKey, "d2d4", 65535});
-    open(records);
-    EXPECT_EQ(drawn(start, 20), (Counts{{"e2e4", 20}}));
-}
-
-// The rows of a file of shared data, split at their bars.
+// The rows of a file of test data, split at their bars.
 static std::vector<std::vector<std::string>> rowsOf(const char* name) {
     std::vector<std::vector<std::string>> rows;
-    std::ifstream file(*sharedData() / name);
+    std::ifstream file(testData() / name);
     for (std::string line; std::getline(file, line);) {
         if (line.empty() || line[0] == '#') continue;
         rows.emplace_back();
@@ -190,8 +168,7 @@ static std::vector<std::vector<std::string>> rowsOf(const char* name) {
 }
 
 TEST_F(Book, PlaysTheMovesOfAListedBook) {
-    REQUIRE_SHARED_DATA();
-    settings.bookFile = *sharedData() / "book.bin";
+    settings.bookFile = testData() / "book.bin";
     openBook();
     std::map<std::string, std::set<std::string>> listed;
     for (const std::vector<std::string>& row : rowsOf("book.txt")) {
@@ -209,7 +186,6 @@ TEST_F(Book, PlaysTheMovesOfAListedBook) {
 
 TEST(BookKey, EqualsThePublishedKeys) {
     EXPECT_EQ(bookKey(positionOf("")), 0x463b96181691fc9cULL);
-    REQUIRE_SHARED_DATA();
     const std::vector<std::vector<std::string>> rows = rowsOf("polyglot_keys.txt");
     EXPECT_GT(rows.size(), 50u);
     for (const std::vector<std::string>& row : rows)

@@ -6,12 +6,13 @@
 #include "support/allocation_count.h"
 
 struct TbProbe : RealTables {};
+FOR_SMALL_AND_MANY_TABLES(TbProbe);
 
-TEST_F(TbProbe, EqualsTheListedResults) {
-    std::vector<ListedResult> rows = listedResults();
+TEST_P(TbProbe, EqualsTheListedResults) {
+    std::vector<ListedResult> rows = listedResults(many());
     // Beyond the fifty-move rule, from the table's own value.
-    rows.push_back({"8/8/8/1N2k3/p7/8/K4N2/8 w - -", 1, 130});
-    rows.push_back({"8/8/3n4/3P4/8/6K1/k7/1n6 w - -", -1, -149});
+    if (many()) rows.push_back({"8/8/8/1N2k3/p7/8/K4N2/8 w - -", 1, 130});
+    if (many()) rows.push_back({"8/8/3n4/3P4/8/6K1/k7/1n6 w - -", -1, -149});
     for (const ListedResult& row : rows) {
         EXPECT_EQ(wdlOf(positionOf(row.fen)), row.wdl) << row.fen;
         EXPECT_EQ(dtzOf(positionOf(row.fen)), row.dtz) << row.fen;
@@ -33,21 +34,23 @@ static void expectConsistent(const Position& pos) {
     EXPECT_NEAR(dtzOf(pos).value_or(9999), distance, tolerance) << writeFen(pos);
 }
 
-TEST_F(TbProbe, AgreesWithTheChildrenInEveryTable) {
+TEST_P(TbProbe, AgreesWithTheChildrenInEveryTable) {
     std::mt19937 random(6);
     int tables = 0;
-    for (const auto& file : std::filesystem::directory_iterator(manyTables())) {
+    for (const auto& file : std::filesystem::directory_iterator(many() ? manyTables() : smallTables())) {
         const std::string name = file.path().stem();
-        if (file.path().extension() != ".rtbw" || name.size() > 5)
-            continue;  // children of KNNvKP are missing
+        if (file.path().extension() != ".rtbw" || name == "KNNvKP" || (!many() && name == "KPPvK"))
+            continue;  // tables of their children are missing
         ++tables;
         for (int i = 0; i < 150; ++i) expectConsistent(randomPosition(name, random));
         if (HasFailure()) return;
     }
-    EXPECT_EQ(tables, 35);
+    EXPECT_EQ(tables, many() ? 36 : 12);
 }
 
-TEST_F(TbProbe, AgreesWithTheChildrenWhereEnPassantIsPossible) {
+TEST(TbProbeOptional, AgreesWithTheChildrenWhereEnPassantIsPossible) {
+    OPTIONAL_WITH_SHARED_DATA();
+    initTables(manyTables());
     std::mt19937 random(7);
     for (int found = 0; found < 500;) {
         const Position pos = randomPosition("KPvKP", random);
@@ -62,11 +65,12 @@ TEST_F(TbProbe, AgreesWithTheChildrenWhereEnPassantIsPossible) {
     }
 }
 
-// White is stalemated for the table; e5xd6 is legal and forced, and loses. The invented table holds nothing
-// but draws.
-TEST_F(TbProbe, KnowsThatEnPassantIsNoStalemate) {
+// White is stalemated for the table; e5xd6 is legal and forced, and loses. The invented tables hold nothing
+// but draws and wins.
+TEST(TbInvented, EnPassantIsNoStalemate) {
     const TableFolder folder;
-    for (const char* name : {"KQvKP.rtbw", "KQvK.rtbw"}) folder.copyReal(name);
+    folder.copyReal("KQvK.rtbw");
+    folder.write("KQvKP.rtbw", singleValueTable("KQvKP", 2));
     folder.write("KQPvKP.rtbw", singleValueTable("KQPvKP", 0));
     initTables(folder.path());
     const Position forced = positionOf("8/8/4k3/3pP3/8/8/5q2/7K w - d6");
@@ -75,7 +79,13 @@ TEST_F(TbProbe, KnowsThatEnPassantIsNoStalemate) {
     EXPECT_EQ(wdlOf(positionOf("k7/8/8/3pP3/8/8/5q2/7K w - d6")), 0);
 }
 
-TEST_F(TbProbe, ScoresAndCountsForTheSearch) {
+TEST(TbInvented, ResultsBecomeScoresOfTheSearch) {
+    const TableFolder folder;
+    for (const char* name : {"KQvK.rtbw", "KRvK.rtbw", "KBvKN.rtbw", "KBvK.rtbw", "KNvK.rtbw"})
+        folder.copyReal(name);
+    folder.write("KNNvKP.rtbw", singleValueTable("KNNvKP", 1));
+    folder.write("KRNvKB.rtbw", singleValueTable("KRNvKB", -1));
+    initTables(folder.path());
     const SettingsGuard guard;
     struct Case {
         const char* fen;
@@ -84,8 +94,8 @@ TEST_F(TbProbe, ScoresAndCountsForTheSearch) {
     const Case cases[] = {{"8/8/8/2q5/5K2/8/8/2k5 b - -", 31793, 31793},
                           {"8/8/8/2q5/5K2/8/8/2k5 w - -", -31793, -31793},
                           {"8/8/8/1N2k3/p7/8/K4N2/8 w - -", 2, 31793},
-                          {"8/8/3n4/3P4/8/6K1/k7/1n6 w - -", -2, -31793},
-                          {"8/kP6/8/8/8/8/8/3b1K2 b - -", 0, 0}};
+                          {"8/8/3n4/8/8/6K1/k7/1r2B3 w - -", -2, -31793},
+                          {"8/8/2b1k3/8/8/5K2/2N5/8 w - -", 0, 0}};
     int score = -1;
     for (const Case& c : cases)
         for (const bool rule : {true, false}) {
@@ -102,8 +112,8 @@ TEST_F(TbProbe, ScoresAndCountsForTheSearch) {
     EXPECT_EQ(tbHits, before + 1);
 }
 
-TEST_F(TbProbe, AllocatesNothingOnceTheTableIsReady) {
-    const Position pos = positionOf("8/8/8/8/1Pp3K1/8/2k5/8 b - b3");
+TEST_P(TbProbe, AllocatesNothingOnceTheTableIsReady) {
+    const Position pos = positionOf("8/8/8/8/2p3K1/8/2k5/8 b - -");
     dtzOf(pos);
     const long before = allocationCount();
     for (int i = 0; i < 100; ++i) dtzOf(pos);

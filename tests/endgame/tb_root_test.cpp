@@ -30,11 +30,13 @@ struct TbRoot : RealTables {
 // Five men have no tables of their promotions, so that pawns must be farther from it.
 static constexpr Bitboard MiddleRanks = 0x000000ffff000000;
 
+FOR_SMALL_AND_MANY_TABLES(TbRoot);
+
 // By distances, winners keep what wins within the clock, or only the fastest when it is too late; losers all
 // moves, or the longest resistance once the rule comes near. By results, all keep what is best.
-TEST_F(TbRoot, KeepsTheRightMovesOfEveryListedPosition) {
+TEST_P(TbRoot, KeepsTheRightMovesOfEveryListedPosition) {
     const SettingsGuard guard;
-    for (const ListedResult& row : listedResults()) {
+    for (const ListedResult& row : listedResults(many())) {
         Position pos = positionOf(row.fen);
         const Bitboard pawns = pos.pieces[White][Pawn] | pos.pieces[Black][Pawn];
         if (pos.pieceCount > 4 && pawns & ~MiddleRanks) continue;  // a promotion is too near
@@ -75,7 +77,7 @@ TEST_F(TbRoot, KeepsTheRightMovesOfEveryListedPosition) {
     }
 }
 
-TEST_F(TbRoot, ScoresByResultAndClock) {
+TEST_P(TbRoot, ScoresByResultAndClock) {
     const std::string cursed = "8/8/8/1N2k3/p7/8/K4N2/8 w - -", queen = "8/8/8/2q5/5K2/8/8/2k5 b - -";
     struct Case {
         std::string fen;
@@ -86,15 +88,16 @@ TEST_F(TbRoot, ScoresByResultAndClock) {
                           {queen, 88, (200 - 88 - 13) / 2},
                           {"3r4/8/8/8/6K1/k7/8/8 w - -", 0, -31799},
                           {"3r4/8/8/8/6K1/k7/8/8 w - -", 73, -(200 - 73 - 28) / 2},
-                          {cursed, 0, 2},
-                          {"8/kP6/8/8/8/8/8/3b1K2 b - -", 50, 0}};
+                          {"8/8/2b1k3/8/8/5K2/2N5/8 w - -", 50, 0},
+                          {cursed, 0, 2}};
     for (const Case& c : cases) {
+        if (c.fen == cursed && !many()) continue;  // its table is large
         EXPECT_GT(probeDtz(c.fen, c.clock), 0) << c.fen;
         EXPECT_EQ(score, c.score) << c.fen << " at " << c.clock;
     }
 }
 
-TEST_F(TbRoot, ARepetitionLeavesOnlyTheFastestWins) {
+TEST_P(TbRoot, ARepetitionLeavesOnlyTheFastestWins) {
     const std::vector<Position> line =
         playLine("8/8/8/8/4k3/8/7r/K7 b - -", {"h2h3", "a1a2", "h3h2", "a2a1"});
     EXPECT_FALSE(positionHasRepeated(line[3]));
@@ -114,14 +117,14 @@ TEST_F(TbRoot, ARepetitionLeavesOnlyTheFastestWins) {
     EXPECT_FALSE(positionHasRepeated(captured[8]));
 }
 
-TEST_F(TbRoot, RefusesWhatItCannotJudge) {
+TEST_P(TbRoot, RefusesWhatItCannotJudge) {
     for (const char* fen : {"8/8/8/4k3/8/8/8/R3K3 w Q -", "8/8/8/2qqq3/5K2/8/8/2k5 b - -"}) {
         EXPECT_EQ(probeDtz(fen), 0) << fen;
         EXPECT_EQ(probeWdl(fen), 0) << fen;
     }
-    const std::string fen = "8/8/8/2Q5/5k2/8/6r1/2K5 w - -";
+    const std::string fen = "8/8/8/8/8/8/5k2/K1R5 w - -";
     const TableFolder folder;
-    for (const std::string name : {"KQvK", "KRvK", "KQvKR"}) folder.copyReal(name + ".rtbw");
+    folder.copyReal("KRvK.rtbw");
     initTables(folder.path());
     EXPECT_EQ(probeDtz(fen), 0) << "no distances";
     EXPECT_GT(probeWdl(fen), 0);

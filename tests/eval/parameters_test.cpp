@@ -5,15 +5,6 @@
 
 using Parameters = EvalTest;
 
-TEST_F(Parameters, PricesFollowThePhase) {
-    const int late[7] = {75, 180, 465, 541, 636, 1425, 10000};
-    const int early[7] = {75, 178, 552, 621, 770, 1644, 10000};
-    for (int type = 0; type < 7; ++type) {
-        EXPECT_EQ(PhasePieceValue[0][type], late[type]);
-        EXPECT_EQ(PhasePieceValue[96][type], early[type]);
-    }
-}
-
 TEST_F(Parameters, StyleFollowsOptionsAndThreadsUnlessTheTreeSearches) {
     struct Case {
         int threads, dynamism, kingSafety;

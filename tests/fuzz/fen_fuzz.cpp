@@ -4,7 +4,6 @@
 #include "board/fen.h"
 #include "board/legality.h"
 #include "board/make_move.h"
-#include "board/move_picker.h"
 #include "board/movegen.h"
 #include "endgame/polyglot_keys.h"
 #include "eval/evaluate.h"
@@ -18,7 +17,6 @@
 namespace {
 
 constexpr std::size_t LongestWalk = 24;  // plies
-constexpr Move PromotionToRook = Move(RookPromotion) << 12;
 
 using Moves = std::vector<Move>;
 
@@ -41,40 +39,6 @@ void checkRoundTrip(const Position& pos) {
     require(again.epMask == pos.epMask, "the text has the same en-passant square");
     require(withoutCastling(writeFen(again)) == withoutCastling(text), "the text repeats itself");
     require(isConsistent(again, false), "the keys of the text are right");
-}
-
-// What a picker hands out, without the moves that make refuses.
-Moves pickedMoves(const Position& pos, std::uint32_t kind, Move hash) {
-    constexpr int Depth = 10;  // half plies
-    MovePicker picker;
-    picker.start(pos, kind, Depth, hash);
-    Moves moves;
-    Position child;
-    while (const Move move = nextMove(&picker))
-        if (makeMove(&pos, &child, move)) moves.push_back(move);
-    return sorted(moves);
-}
-
-void checkPickers(const Position& pos, const Moves& legal) {
-    const Move hash = legal.empty() ? NoMove : legal[legal.size() / 2];
-    if (!pos.inCheck) {
-        require(pickedMoves(pos, KindFull, hash) == legal, "the picker hands out every move once");
-        for (const std::uint32_t kind : {KindQuiescence, KindQuiescenceChecks, KindQuiescenceQueenChecks}) {
-            MovePicker picker;
-            picker.start(pos, kind, 0, NoMove);
-            Position child;
-            while (const Move move = nextQuiescenceMove(&picker)) makeMove(&pos, &child, move);
-        }
-        return;
-    }
-    // Promotions to rook and bishop that interpose are left out.
-    const Moves picked = pickedMoves(pos, KindEvasions, hash);
-    require(std::adjacent_find(picked.begin(), picked.end()) == picked.end(), "no evasion comes twice");
-    for (const Move move : legal)
-        require(std::binary_search(picked.begin(), picked.end(), move) || cleanMove(move) >= PromotionToRook,
-                "every evasion is found");
-    for (const Move move : picked)
-        require(std::binary_search(legal.begin(), legal.end(), move), "every evasion is a move");
 }
 
 // Every legal move, made and judged. Nothing for a position with more moves than a list holds: there is no
@@ -106,7 +70,6 @@ Moves checkMoves(const Position& pos) {
     for (const SlowMove& move : slowMoves(slowBoardOf(pos))) plain.push_back(slowWord(move));
     require(sorted(plain) == legal, "the moves are those of the rules");
     if (pos.inCheck) require(hasLegalMove(pos) == !legal.empty(), "a mate is seen");
-    checkPickers(pos, legal);
     return legal;
 }
 

@@ -4,7 +4,7 @@
 // 'Z' or 'W'.
 //
 // The bytes are first read from memory of exactly their size, where every read beyond them is seen, and what
-// is readable then once more from a file, among real tables where ../shared/data has them.
+// is readable then once more from a file, among real tables.
 #include "endgame/table_files.h"
 #include "endgame/tb_root.h"
 #include "fuzz/fuzz_support.h"
@@ -64,8 +64,7 @@ void probe(Position pos) {
 
 void probeAsFile(const std::string& name, TbKind kind, const std::vector<char>& bytes) {
     static const TableFolder folder;
-    static const std::string path =
-        sharedData() ? folder.path() + ":" + manyTables().string() : folder.path();
+    static const std::string path = folder.path() + ":" + smallTables().string();
     folder.write(fileName(name, kind), bytes);
     // A distance is asked for only where the result is no draw, so every position is made a win where a table
     // of one result can be.
@@ -85,13 +84,12 @@ void probeAsFile(const std::string& name, TbKind kind, const std::vector<char>& 
 // Writes the small ones of the real tables as inputs into a folder.
 void writeSeeds(const std::filesystem::path& to) {
     constexpr std::uintmax_t Largest = 16384;  // bytes
-    if (!sharedData()) return;
     for (std::size_t i = 0; i < std::size(Names); ++i)
         for (const TbKind kind : {TbWdl, TbDtz}) {
             const std::string name = fileName(Names[i], kind);
             std::error_code absent;
-            if (!(std::filesystem::file_size(manyTables() / name, absent) <= Largest)) continue;
-            const std::vector<char> table = readBytes(manyTables() / name);
+            if (!(std::filesystem::file_size(smallTables() / name, absent) <= Largest)) continue;
+            const std::vector<char> table = readBytes(smallTables() / name);
             std::ofstream seed(to / name, std::ios::binary);
             seed.put(char(i)).put(name.back()).write(table.data(), std::streamsize(table.size()));
         }
@@ -99,7 +97,7 @@ void writeSeeds(const std::filesystem::path& to) {
 
 }  // namespace
 
-// With --seeds=FOLDER it only writes inputs: the real tables are not for the repository.
+// With --seeds=FOLDER it only writes inputs.
 int LLVMFuzzerInitialize(int* argumentCount, char*** arguments) {
     const std::string seeds = "--seeds=", argument = *argumentCount > 1 ? (*arguments)[1] : "";
     if (argument.starts_with(seeds)) {

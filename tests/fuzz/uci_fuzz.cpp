@@ -17,7 +17,6 @@
 #include "shell/main_loop.h"
 #include "shell/start_up.h"
 #include "support/book_record.h"
-#include "support/shared_data.h"
 #include "support/temporary_folder.h"
 #include "tree/node_store.h"
 #include "tree/tree_driver.h"
@@ -72,8 +71,7 @@ std::string fileOf(const std::string& value) {
 
 std::string tablesOf(const std::string& value) {
     if (value.empty() || value[0] == '<') return "<empty>";
-    const bool real = value[0] == 't' && sharedData();
-    return real ? (*sharedData() / "syzygy").string() : folder().path();
+    return value[0] == 't' ? TARVOK_SOURCE_DIR "/tests/data/syzygy" : folder().path();
 }
 
 // A `setoption` line whose option must be bounded is written anew; any other is left alone.

@@ -109,22 +109,6 @@ TEST_F(Driver, AllocatesNothingWhileItSearches) {
     EXPECT_GT(ThreadPool::totalNodes(), 1000u);
 }
 
-TEST_F(Driver, SurvivesChangesOfThePool) {
-    for (const int threads : {1, 3, 2, 4, 1}) {
-        settings.threads = threads;
-        for (int i = 0; i < 5; ++i) search("", 4 + i % 3);
-        EXPECT_EQ(threadCount, threads);
-        for (int i = 0; i < ThreadPool::threadRecordCount; ++i) {
-            EXPECT_EQ(ThreadPool::threadRecords[i].stopFlag, 0);
-            // Thread 0 keeps no depth; a worker that still has one is not idle.
-            EXPECT_EQ(ThreadPool::threadRecords[i].iterationDepth, 0);
-        }
-    }
-    EXPECT_EQ(said.answers, 25);
-    ThreadPool::stopWorkers();
-    ThreadPool::resize(true);
-}
-
 TEST_F(Driver, StrengthLimitsTheDepth) {
     for (const auto& [skill, depth] : {std::pair{0, 1}, std::pair{12, 4}, std::pair{20, 6}}) {
         settings.skill = skill;

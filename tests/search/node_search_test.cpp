@@ -38,14 +38,6 @@ class NodeSearch : public SearchTest {
     static inline TransData data;
 };
 
-TEST_F(NodeSearch, TheWindowEndsWhereMatesDo) {
-    const Position pos = rootOf(Middlegame);
-    EXPECT_EQ(full(pos, 20, 5, MateScore - 6, MateScore - 1), MateScore - 6);
-    EXPECT_EQ(full(pos, 20, 5, -MateScore, 5 - MateScore), 5 - MateScore);
-    EXPECT_EQ(zero(pos, MateScore - 5, 20, 5), MateScore - 6);
-    EXPECT_EQ(nodes(), 0u);
-}
-
 TEST_F(NodeSearch, MateAndStalemateAreFinal) {
     for (const std::string& fen : {Mated, Stalemated}) {
         const Position pos = rootOf(fen);
@@ -62,18 +54,6 @@ TEST_F(NodeSearch, MateAndStalemateAreFinal) {
     const Position pos = rootOf(Middlegame);
     transTable.store(pos.key, 2, 77, TerminalFlags, NoMove, 0);
     EXPECT_EQ(full(pos, 40), 77) << "an entry of such a position ends any node";
-}
-
-TEST_F(NodeSearch, AnExcludedMoveIsNotPlayed) {
-    const Position pos = rootOf("4k3/pp6/8/3q4/4P3/8/PPP2PPP/4K3 w - -");
-    const Move winning = moveOf(pos, "e4d5");
-    EXPECT_GE(zero(pos, 20, 8), 20);
-    EXPECT_EQ(line[0], winning);
-    transTable.clear();
-    EXPECT_EQ(zero(pos, 20, 8, 1, winning), 19) << "no better than the window";
-    EXPECT_FALSE(isStored(pos)) << "the table keeps such a search apart";
-    const Position forced = rootOf("R5k1/2n2ppp/8/8/8/8/5PPP/6K1 b - -");
-    EXPECT_EQ(zero(forced, -500, 8, 1, moveOf(forced, "c7a8")), -501) << "the only move excluded is no mate";
 }
 
 // The root always has a line to show, if a move there is all that fails low.
@@ -158,19 +138,6 @@ TEST_F(NodeSearch, TheLastPlyAnswersAtOnce) {
     EXPECT_EQ(nodes(), 0u);
 }
 
-// From depth 12 on the plain search looks for a first move before, and a tree's leaf doesn't.
-TEST_F(NodeSearch, TheTopOfALeafIsTheSameSearchButForDeepening) {
-    for (const int depth : {8, 12}) {
-        forgetEverything();
-        Position pos = rootOf(Middlegame);
-        full(pos, depth);
-        const auto plainNodes = nodes();
-        forgetEverything();
-        treeAlphaBeta(pos, -32001, 32001, depth, 1, line);
-        EXPECT_EQ(nodes() == plainNodes, depth == 8);
-    }
-}
-
 // With three threads a worker puts off every move but the first that another thread is searching, and makes
 // it again later; thread 0 puts nothing off, and neither does a tree search.
 TEST_F(NodeSearch, AWorkerPutsOffWhatOthersSearch) {
@@ -214,33 +181,6 @@ TEST_F(NodeSearch, AWorkerPutsOffWhatOthersSearch) {
     usePool(2);
     EXPECT_EQ(nodesFor(1, true), nodesFor(0, true)) << "two threads share nothing out";
     usePool(1);
-}
-
-// Quiet checks are tried at the first ply alone, and a mate is a mate however deep.
-TEST_F(NodeSearch, QuiescenceKnowsMates) {
-    const Position pos = rootOf("6k1/5ppp/8/8/8/8/5PPP/R5K1 w - -");
-    EXPECT_EQ(quiescence(pos, 0), MateScore - 2);
-    transTable.clear();
-    EXPECT_LT(quiescence(pos, -2), MateBound);
-    EXPECT_EQ(quiescence(rootOf(Mated), -100), 1 - MateScore);
-    // Only taking the rook saves the game.
-    quiescence(rootOf("R5k1/2n2ppp/8/8/8/8/5PPP/6K1 b - -"), -100);
-    EXPECT_EQ(moveText(line[0]), "c7a8");
-}
-
-// Deep down only captures where the opponent has just moved are tried, and none in the end.
-TEST_F(NodeSearch, QuiescenceNarrowsWithItsDepth) {
-    struct Row {
-        const char* lastMove;
-        int qDepth;
-        const char* best;
-    };
-    for (const Row& row : {Row{"a5d5", -18, "e4d5"}, Row{"e8e7", -16, "b4a5"}, Row{"e8e7", -18, "0000"},
-                           Row{"a5d5", -60, "0000"}}) {
-        transTable.clear();
-        quiescence(play("4k3/pp6/8/q2P4/1P2P3/8/8/4K3 b - -", {row.lastMove})[1], row.qDepth);
-        EXPECT_EQ(moveText(line[0]), row.best) << row.lastMove << ' ' << row.qDepth;
-    }
 }
 
 }  // namespace

@@ -41,24 +41,6 @@ class RootSearch : public SearchTest {
     static inline Move pv[PvLength];
 };
 
-TEST_F(RootSearch, EachNewBestMoveIsReportedAndComesToTheFront) {
-    Position pos = rootOf("4k3/pp6/8/3q4/4P3/8/PP6/4K3 w - -");
-    const int count = list(pos);
-    std::reverse(thread().rootMoves, thread().rootMoves + count);  // the capture comes last
-    search(pos, 4);
-    ASSERT_GE(reports.size(), 2u);
-    EXPECT_EQ(double(reports.size() - 1), searchState.bestMoveChanges);
-    for (std::size_t i = 1; i < reports.size(); ++i) EXPECT_GT(reports[i].score, reports[i - 1].score);
-    EXPECT_EQ(reports.back().first, pv[0]);
-    EXPECT_EQ(reports.back().depth, 2);
-    EXPECT_EQ(searchState.rootPublishedScore, reports.back().score);
-    EXPECT_EQ(searchState.rootScoreKind, 0);
-    EXPECT_EQ(moveText(pv[0]), "e4d5");
-    EXPECT_EQ(listed(0), pv[0]);
-    EXPECT_EQ(listed(count), NoMove);
-    EXPECT_GT(thread().rootMoves[0].nodes, 1u);
-}
-
 // A pass that fails low keeps the first move's line and score, and is reported from depth 10 on.
 TEST_F(RootSearch, WindowsThatFailAreReportedAsBounds) {
     Position pos = rootOf(Middlegame);
@@ -82,19 +64,6 @@ TEST_F(RootSearch, WindowsThatFailAreReportedAsBounds) {
     EXPECT_EQ(reports[1].bound, 1);
     EXPECT_EQ(searchState.rootMoveIndex, 1);
     EXPECT_EQ(searchState.rootScoreKind, 2);
-}
-
-// The next window lies around what the old best move is worth now, not around the bounds of the others.
-TEST_F(RootSearch, ABetterMoveBelowTheWindowIsNoNewBest) {
-    Position pos = rootOf("4k3/pp6/8/3n4/4P3/8/PP6/4K3 w - -");
-    ASSERT_EQ(list(pos, {"a2a3", "e4d5"}), 2);
-    if (moveText(listed(0)) == "e4d5") std::swap(thread().rootMoves[0], thread().rootMoves[1]);
-    const int score = search(pos, 2, 700, 710);
-    EXPECT_EQ(moveText(pv[0]), "a2a3");
-    EXPECT_EQ(moveText(listed(0)), "a2a3");
-    EXPECT_EQ(score, searchState.rootPublishedScore);
-    EXPECT_LT(score, 0);
-    EXPECT_EQ(searchState.rootMoveIndex, 2);
 }
 
 TEST_F(RootSearch, MovesAreNamedOnlyLateAndDeep) {

@@ -2,13 +2,9 @@
 // root record as the driver prepares it.
 #pragma once
 
-#include "board/attacks.h"
 #include "board/fen.h"
 #include "board/make_move.h"
 #include "board/move_text.h"
-#include "board/movegen.h"
-#include "board/settings.h"
-#include "board/sliders.h"
 #include "endgame/tb_probe.h"
 #include "eval/king_pawn_bitbase.h"
 #include "eval/material.h"
@@ -20,6 +16,7 @@
 #include "search/thread_pool.h"
 #include "search/time_manager.h"
 #include "search/trans_table.h"
+#include "support/board_environment.h"
 
 #include <gtest/gtest.h>
 #include <set>
@@ -33,7 +30,6 @@ inline const std::string Stalemated = "7k/5Q2/6K1/8/8/8/8/8 b - -";
 // Brings the engine's process-wide tables up once, whichever test comes first.
 inline void startSearchTables() {
     static const bool started = [] {
-        initSliders();
         initKingPawnBitbase();
         initMaterialTable();
         initEvalParameters();
@@ -50,7 +46,7 @@ inline void startSearchTables() {
 // A test that searches on thread 0: everything that a search leaves behind is wiped before each test.
 class SearchTest : public ::testing::Test {
    protected:
-    SearchTest() : settingsBefore(settings), hostBefore(searchHost) {
+    SearchTest() : hostBefore(searchHost) {
         startSearchTables();
         searchState = SearchState{};
         searchControl = SearchControl{};
@@ -64,7 +60,6 @@ class SearchTest : public ::testing::Test {
         forgetEverything();
     }
     ~SearchTest() override {
-        settings = settingsBefore;
         searchHost = hostBefore;
         treeSearchActive = false;
         buildSearchTables();
@@ -82,50 +77,28 @@ class SearchTest : public ::testing::Test {
     }
 
     static Position rootOf(const std::string& fen) {
-        Position pos;
-        setFen(&pos, fen.c_str());
+        Position pos = positionOf(fen);
         ThreadPool::attachRoot(pos, 0);
-        pos.psqPair = computePsqPair(pos);
-        pos.phase = std::uint16_t(computePhase(pos));
         pos.nullFloor = RootExtensionCredit;
         return pos;
     }
 
-    // Lists the legal moves of thread 0's position, or those named, and returns how many there are.
+    // Lists the legal moves, or those named, and returns how many there are.
     static int listMoves(const Position& pos, RootMove* list, const std::set<std::string>& only = {}) {
         const std::uint64_t nodesBefore = nodes();
-        Move moves[MaxListMoves];
-        const int generated = genAllMoves(pos, moves);
         int count = 0;
-        Position child;
-        for (int i = 0; i < generated; ++i) {
-            const Move move = cleanMove(moves[i]);
-            if (!only.empty() && !only.contains(moveText(move))) continue;
-            if (makeMove(&pos, &child, move)) list[count++] = {move, 0, 1};
-        }
+        for (const Move move : legalMoves(pos))
+            if (only.empty() || only.contains(moveText(move))) list[count++] = {move, 0, 1};
         list[count] = RootMove{};
         thread().nodes = nodesBefore;
         return count;
     }
-    // The legal move with this text.
-    static Move moveOf(const Position& pos, const std::string& text) {
-        RootMove list[MaxListMoves];
-        EXPECT_EQ(listMoves(pos, list, {text}), 1) << text;
-        return list[0].move;
-    }
-
     // A chain of records: the root and the child of each move.
     static std::vector<Position> play(const std::string& fen, const std::vector<std::string>& moves) {
-        std::vector<Position> chain(moves.size() + 1);
-        chain[0] = rootOf(fen);
-        for (std::size_t i = 0; i < moves.size(); ++i) {
-            makeMove(&chain[i], &chain[i + 1], moveOf(chain[i], moves[i]));
-            chain[i + 1].inCheck = isInCheck(chain[i + 1]);
-        }
-        return chain;
+        return playLine(rootOf(fen), moves);
     }
 
    private:
-    Settings settingsBefore;
+    SettingsGuard settingsBefore;
     SearchHost hostBefore;
 };

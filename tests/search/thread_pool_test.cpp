@@ -42,24 +42,6 @@ class Pool : public SearchTest {
     }
 };
 
-TEST_F(Pool, SharesTheTableMemoryOut) {
-    struct Row {
-        int megabytes, threads;
-        std::uint64_t pawnEntries, evalEntries;
-    };
-    for (const Row& row : {Row{128, 1, 1048576, 4194304}, Row{128, 2, 524288, 2097152},
-                           Row{128, 4, 262144, 1048576}, Row{1, 1, 8192, 32768}, Row{1, 128, 64, 256}}) {
-        ThreadPool::tableMemoryInUse = row.megabytes;
-        makePool(row.threads);
-        EXPECT_EQ(prefetchBases.pawnMask + 1, row.pawnEntries) << row.megabytes << ' ' << row.threads;
-        EXPECT_EQ(prefetchBases.evalMask + 1, row.evalEntries) << row.megabytes << ' ' << row.threads;
-        for (int i = 0; i < row.threads; ++i) {
-            EXPECT_EQ(threadHooks[i].evalCache, record(i).evalCache);
-            EXPECT_TRUE(record(i).evalCache && record(i).pawnHash && record(i).matHash) << i;
-        }
-    }
-}
-
 TEST_F(Pool, WakesAndEndsSearchesOnEveryNumberOfThreads) {
     for (const int threads : {2, 4, 1, 3, 4}) {
         makePool(threads);
@@ -127,14 +109,6 @@ TEST_F(Pool, AWorkerTakesTheDepthOfThreadZero) {
     while (worker.iterationDepth != 3) std::this_thread::yield();
     ThreadPool::finishSearch();
     expectIdle();
-}
-
-TEST_F(Pool, ForgetsEvaluationsOnAllThreads) {
-    makePool(2);
-    rootOf("");  // the caches are in use
-    for (const int index : {0, 1}) record(index).evalCache->key = 1;
-    ThreadPool::clearEvalCaches();
-    for (const int index : {0, 1}) EXPECT_EQ(record(index).evalCache->key, 0u);
 }
 
 // The input thread raises the flags whenever the input ends, also while the records are being replaced.

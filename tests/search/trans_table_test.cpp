@@ -34,16 +34,6 @@ class TransTableTest : public SearchTest {
     static inline Key lastRoot = 1000;
 };
 
-TEST_F(TransTableTest, DropsScoresBeyondItsRange) {
-    for (const int sign : {1, -1}) {
-        store(1, 4, sign * 32501);
-        EXPECT_FALSE(holds(1));
-        store(2, 4, sign * 32500);
-        EXPECT_EQ(at(2).score(), sign * 32500);
-        transTable.clear();
-    }
-}
-
 TEST_F(TransTableTest, DeeperResultsOfTheSameKindStand) {
     struct Row {
         int oldFlags, oldScore, newFlags, newScore;
@@ -132,14 +122,6 @@ TEST_F(TransTableTest, BusyMarksComeAndGo) {
     EXPECT_FALSE(holds(9)) << "and gives it up first";
 }
 
-TEST_F(TransTableTest, MateScoresCountFromTheNode) {
-    for (const int score : {31990, 31800, -31800, -31999, 31799, -31799, 0}) {
-        const int stored = std::abs(score) < 31800 ? score : score > 0 ? score + 7 : score - 7;
-        EXPECT_EQ(scoreToTable(score, 7), stored);
-        EXPECT_EQ(scoreFromTable(stored, 7), score);
-    }
-}
-
 TEST_F(TransTableTest, SizesAreThoseOfTheFile) {
     struct Row {
         int megabytes;
@@ -200,23 +182,6 @@ class HashFile : public TransTableTest {
     const TemporaryFolder folder;
     const std::string path = folder.file("hash").string();
 };
-
-TEST_F(HashFile, IsTheImageOfTheBuckets) {
-    constexpr std::size_t BucketBytes = 48, EntryBytes = 12;
-    const Key key = 0x0a0b0c0d00000000ULL | 5;
-    fill({5});
-    fill({});
-    transTable.store(key, -2, -3, TerminalFlags, 0x1234, 6);
-    transTable.markBusy(key, true);
-    EXPECT_EQ(save(path), "info string Saving Hash\ninfo string Hash Saved\n");
-    std::ifstream file(path, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    ASSERT_EQ(bytes.size(), 786432u);
-    // Key check, score, move, depth, rank with busy mark over flags, generation; the lowest byte first.
-    const std::string entry("\x0d\x0c\x0b\x0a\xfd\xff\x34\x12\xfe\xff\xe7\x01", EntryBytes);
-    EXPECT_EQ(bytes.substr(5 * BucketBytes, EntryBytes), entry);
-    EXPECT_EQ(std::count(bytes.begin(), bytes.end(), '\0'), 786432 - 12);
-}
 
 // Of 16,384 buckets a quarter forgets its ages: the first 16,384 entries are those of the first 4,096.
 TEST_F(HashFile, LoadsBackWithAQuarterOfTheAgesForgotten) {

@@ -67,9 +67,9 @@ bool makeChild(const Position& parent, Position& child, Move move) {
     return true;
 }
 
-std::vector<Position> playLine(const std::string& fen, const std::vector<std::string>& moves) {
+std::vector<Position> playLine(const Position& root, const std::vector<std::string>& moves) {
     std::vector<Position> line(moves.size() + 1);
-    line[0] = positionOf(fen);
+    line[0] = root;
     for (std::size_t i = 0; i < moves.size(); ++i) {
         const Move move = moveOf(line[i], moves[i]);
         EXPECT_TRUE(move != NoMove || moves[i] == "0000") << moves[i];

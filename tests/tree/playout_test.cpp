@@ -157,24 +157,3 @@ TEST_F(Playout, FailedDescentsLeaveNoTrace) {
     EXPECT_FALSE(mctsPlayout(&node(1), line[1], 1).credited);
     EXPECT_TRUE(node(1).isBusy());
 }
-
-// While a node is expanded another thread may have visited the new child: its fourth visit is worth what the
-// end of the game would be in the parent, and later ones descend.
-TEST_F(Playout, ChildrenMayBeVisitedMeanwhile) {
-    Position pos = rootOf("6k1/5ppp/8/3q4/8/2N5/5PPP/6K1 w - -");
-    searchHost.inputWaiting = [] {
-        if (node(1).visitCount() == 1) node(1).visits.store(std::uint64_t(seen.waits));
-        return false;
-    };
-    for (const int visits : {3, 4}) {
-        forgetEverything();
-        seen.waits = visits;
-        MctsNode& parent = plantRoot(3);
-        const PlayoutResult result = mctsPlayout(&parent, pos, 2);
-        EXPECT_EQ(moveText(node(1).move), "c3d5");
-        EXPECT_EQ(node(1).visitCount(), std::uint64_t(visits) + 1);
-        EXPECT_NEAR(node(1).visitWeight, 2.0, 1e-12);
-        EXPECT_EQ(node(1).child() != nullptr, visits == 4);
-        EXPECT_TRUE(visits == 4 || (result.value == 0.5 && node(1).valueSum == 2.0));
-    }
-}

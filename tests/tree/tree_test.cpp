@@ -10,29 +10,6 @@ TEST(TreeValues, BridgeScores) {
     EXPECT_EQ(valueToScore(scoreToValue(100)), 99);
 }
 
-// A value speaks for the side that moved into the node: taking the queen is good, losing it bad. A third
-// repetition is worth a half.
-TEST_F(TreeTest, ValuesSpeakForTheMover) {
-    const std::string queens = "6k1/5ppp/8/3q4/8/2N5/5PPP/6K1 w - -", rook = "7k/8/8/8/8/8/8/K2R4 w - -";
-    const std::vector<std::string> twice = {"d1d2", "h8g8", "d2d1", "g8h8", "d1d2", "h8g8", "d2d1", "g8h8"};
-    const struct {
-        const std::string fen;
-        const std::vector<std::string> played;
-        const char* move;
-        double least, most;
-    } rows[] = {{queens, {}, "c3d5", 0.9, 1},
-                {queens, {}, "c3b1", 0, 0.2},
-                {rook, twice, "d1d2", 0.5, 0.5},
-                {rook, twice, "d1d7", 0.6, 1},
-                {"6k1/5ppp/8/8/8/8/8/K2R4 w - -", {}, "d1d8", 0.999, 1}};
-    for (const auto& row : rows) {
-        std::vector<Position> line = play(row.fen, row.played);
-        prepare(line.back());
-        EXPECT_GE(childBy(row.move).valueSum, row.least) << row.move << " in " << row.fen;
-        EXPECT_LE(childBy(row.move).valueSum, row.most) << row.move << " in " << row.fen;
-    }
-}
-
 struct Shape {
     int inner = 0, withoutDraws = 0;
 };
