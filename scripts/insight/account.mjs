@@ -80,13 +80,11 @@ export function ledger(account) {
   step('material', ofMaterial, true);
   if (stages.length) {
     step('stages', ofMaterial + total.net, true);
-    const [own, pieces, contempt, all] = sums.map((sum) => sum.value);
-    const squares = difference(stages.find((stage) => stage.name === 'piece squares'));
-    const front = blend(all, phase) - blend(pieces, phase) - blend(contempt, phase) -
-      blend(difference(stages.find((stage) => stage.name === 'pawns')), phase);
+    const [own, pieces, , all] = sums.map((sum) => sum.value); // contempt is off
+    const [pawns, squares] = Outside.map((name) => difference(stages.find((stage) => stage.name === name)));
+    const front = blend(all, phase) - blend(pieces, phase) - blend(pawns, phase);
     step(`all but pawns x ${dynamism[0]}/128, ${dynamism[1]}/128`,
       ofMaterial + total.net + tenths(blend(pieces, phase) - blend(added(own, squares), phase)));
-    step('contempt', left + tenths(blend(contempt, phase)));
     step('width of the pawn fronts, late', left + tenths(front));
     // Until here roundings may have gone astray by a tenth or two; the evaluation's own value ends that.
     step('rounding', tenths(material + value['blended by phase']));

@@ -16,11 +16,8 @@ const Neutral = [['Contempt', '0'], ['OwnBook', 'false']];
 export const scoreText = ({ cp, mate, white }) =>
   mate === undefined ? `${cp < 0 ? '' : '+'}${(cp / 100).toFixed(2)}` : `#${white ? '' : '-'}${mate}`;
 
-// The score of a position that is over, or undefined.
-export function finalScore(outcome) {
-  if (!outcome) return undefined;
-  return outcome.result === '1/2-1/2' ? { cp: 0 } : { mate: 0, white: outcome.result === '1-0' };
-}
+// The score of a game that is over.
+export const finalScore = ({ result }) => (result === '1/2-1/2' ? { cp: 0 } : { mate: 0, white: result === '1-0' });
 
 // As UCI writes it: in Chess960 the king takes its rook, else it makes two steps.
 export function uciText(position, move, chess960) {
@@ -66,32 +63,24 @@ export function followLine(referee, texts, most) {
 export const lineText = (line) =>
   line.map(({ san, number }, i) => (i && number.endsWith('...') ? san : `${number} ${san}`)).join(' ');
 
-export class Analyst {
+export class Analyst extends UciEngine {
   constructor(command) {
-    this.engine = new UciEngine({ name: command, command, args: [], options: Neutral });
-  }
-
-  // The process ends with ours, also when Ctrl-C or SIGTERM ends that.
-  async start() {
-    process.on('exit', () => this.engine.kill());
+    super({ name: command, command, args: [], options: Neutral });
+    // The process ends with ours, also when Ctrl-C or SIGTERM ends that.
+    process.on('exit', () => this.kill());
     process.on('SIGINT', () => process.exit(130)).on('SIGTERM', () => process.exit(143));
-    await this.engine.start();
-  }
-
-  quit() {
-    return this.engine.quit();
   }
 
   async newGame(chess960) {
-    this.engine.send(`setoption name UCI_Chess960 value ${chess960}`);
-    await this.engine.newGame();
+    this.send(`setoption name UCI_Chess960 value ${chess960}`);
+    await super.newGame();
   }
 
   // limit: { movetime } in ms or { depth }. Resolves to the best lines, { score, depth, moves } with moves in UCI.
   async look(referee, limit, lines = 1) {
     const wanted = Math.min(lines, referee.legalMoves().length);
     const byDepth = new Map(); // depth -> lines by their number
-    this.engine.onReport = (text) => {
+    this.onReport = (text) => {
       const report = this.#read(text, referee.turn === 'white');
       if (!report) return;
       const row = byDepth.get(report.depth) ?? [];
@@ -99,10 +88,10 @@ export class Analyst {
       if (!report.bound || !row[report.rank]) row[report.rank] = report;
       byDepth.set(report.depth, row);
     };
-    this.engine.send(`setoption name MultiPV value ${lines}`);
+    this.send(`setoption name MultiPV value ${lines}`);
     const played = referee.moves.map((move) => move.uci).join(' ');
     const [[word, value]] = Object.entries(limit);
-    const answer = await this.engine.go(`position fen ${referee.startFen}${played && ` moves ${played}`}`,
+    const answer = await this.go(`position fen ${referee.startFen}${played && ` moves ${played}`}`,
       `go ${word} ${value}`, word === 'movetime' ? value + HangMs : NoLimitMs);
     // The deepest iteration that has all lines, since at first each has the best one alone.
     const complete = [...byDepth.values()].filter((row) => row.filter(Boolean).length >= wanted);

@@ -4,7 +4,7 @@ import { fileURLToPath } from 'node:url';
 import { makeSquare } from 'chessops/util';
 import { number, readWords, runTool, UsageError } from '../play_match/words.mjs';
 import { ledger, pawnsText, worths } from './account.mjs';
-import { Analyst, boardOf, followLine, lineText, refereeOf, scoreText } from './analyst.mjs';
+import { Analyst, followLine, lineText, refereeOf, scoreText } from './analyst.mjs';
 import { explanationPage } from './pages.mjs';
 
 const Usage = `usage: scripts/explain_position.sh FEN [setting]...
@@ -86,11 +86,8 @@ async function main(engine, words) {
   }
   console.log(`\n${ledgerText(sums)}`);
   if (position.isCheck()) console.log('The search never asks for the static score of a king in check.');
-  if (page) {
-    const notes = { fen: referee.startFen, board: boardOf(position), worth, sums, over, turn: position.turn };
-    writeFileSync(page, explanationPage({ ...notes, lines: found }));
-  }
-  return undefined;
+  if (page) writeFileSync(page, explanationPage({ fen: referee.startFen, position, worth, sums, over, lines: found }));
+  return 0;
 }
 
 if (process.argv[1] === fileURLToPath(import.meta.url)) {

@@ -1,7 +1,6 @@
 // Reads games from PGN. The library's parser passes over what it cannot read; here that is a fault of the game.
 import { PgnParser, parseVariant, transform } from 'chessops/pgn';
 import { parseSan } from 'chessops/san';
-import { UsageError } from '../play_match/words.mjs';
 import { followLine, refereeOf, uciText } from './analyst.mjs';
 
 const StandardStart = 'rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1';
@@ -62,19 +61,20 @@ function readGame({ number, game, tagFaults, faults }) {
   const headers = game?.headers ?? new Map();
   const without = (fault) => ({ number, game: { headers }, plies: [], faults: [...tagFaults, ...fault] });
   if (!game) return without([]);
-  const variant = headers.get('Variant');
+  const variant = headers.get('Variant') ?? 'standard';
   if (parseVariant(variant) !== 'chess') return without([`no rules for ${variant}`]);
   let referee, play;
   try {
-    [referee, play] = [1, 2].map(() =>
-      refereeOf(headers.get('FEN') ?? StandardStart, /960|fischer|wild/i.test(variant ?? '')));
+    const fen = headers.get('FEN') ?? StandardStart;
+    [referee, play] = [1, 2].map(() => refereeOf(fen, /960|fischer|wild/i.test(variant)));
   } catch (error) {
-    if (!(error instanceof UsageError)) throw error;
     return without([error.message]);
   }
   const messages = [];
-  const note = ({ fullmoves, turn }, text) =>
+  const note = ({ fullmoves, turn }, text) => {
     messages.push(`move ${fullmoves}${turn === 'white' ? '.' : '...'} ${text}`);
+    return messages.at(-1);
+  };
   const end = faults.find((fault) => !fault.within);
   const texts = [];
   let stop;
@@ -83,17 +83,13 @@ function readGame({ number, game, tagFaults, faults }) {
     if (texts.length === end?.plies) break;
     const move = parseSan(play.position, san);
     if (!move) {
-      note(play.position, `"${san}" is not possible`);
-      stop = messages.at(-1);
+      stop = note(play.position, `"${san}" is not possible`);
       break;
     }
     texts.push(uciText(play.position, move, play.chess960));
     play.play(texts.at(-1));
   }
-  if (!stop && end) {
-    note(play.position, end.text);
-    stop = messages.at(-1);
-  }
+  if (!stop && end) stop = note(play.position, end.text);
   game.moves = transform(game.moves, referee.position.clone(), (position, data) => {
     const move = parseSan(position, data.san);
     if (move) position.play(move);

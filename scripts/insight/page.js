@@ -4,8 +4,9 @@
 const Men = { k: '\u265A', q: '\u265B', r: '\u265C', b: '\u265D', n: '\u265E', p: '\u265F' };
 const AsText = '\uFE0E'; // or a telephone paints some men as emoji
 
-// board: the first field of a FEN; last: the squares of the last move; worth: label by square.
-function boardSvg(board, last, worth, turned) {
+// board: the first field of a FEN; uci: the last move; worth: labels by square, as JSON.
+function boardSvg({ board, uci = '', worth = '{}' }, turned) {
+  const labels = JSON.parse(worth);
   const parts = [];
   board.split('/').forEach((row, top) => {
     const men = row.replace(/\d/g, (count) => ' '.repeat(count));
@@ -13,16 +14,16 @@ function boardSvg(board, last, worth, turned) {
       const square = 'abcdefgh'[file] + (8 - top);
       const x = 40 * (turned ? 7 - file : file);
       const y = 40 * (turned ? 7 - top : top);
-      const colour = (file + top) % 2 ? 'dark' : 'light';
-      const label = worth[square];
-      const kinds = colour + (last.includes(square) ? ' last' : '');
+      const label = labels[square];
+      const last = uci.startsWith(square) || uci.slice(2).startsWith(square);
+      const kinds = `${(file + top) % 2 ? 'dark' : 'light'}${last ? ' last' : ''}`;
       parts.push(`<rect class="${kinds}" x="${x}" y="${y}" width="40" height="40"/>`);
       if (x === 0) parts.push(`<text class="name" x="2" y="${y + 9}">${8 - top}</text>`);
       if (y === 280) parts.push(`<text class="name" x="${x + 33}" y="289">${'abcdefgh'[file]}</text>`);
       if (man === ' ') return;
-      const kind = man === man.toUpperCase() ? 'white' : 'black';
-      const sign = Men[man.toLowerCase()] + AsText;
-      parts.push(`<text class="man ${kind}" x="${x + 20}" y="${y + (label ? 28 : 33)}">${sign}</text>`);
+      const colour = man === man.toUpperCase() ? 'white' : 'black';
+      parts.push(`<text class="man ${colour}" x="${x + 20}" y="${y + (label ? 28 : 33)}">` +
+        `${Men[man.toLowerCase()]}${AsText}</text>`);
       if (label) parts.push(`<text class="worth" x="${x + 20}" y="${y + 38}">${label}</text>`);
     });
   });
@@ -35,11 +36,7 @@ function bind(game) {
   const movesOf = (line) => [...line.querySelectorAll('.move')];
   let chosen;
   let turned = false;
-  const show = () => {
-    const { board, uci = '', worth = '{}' } = chosen.dataset;
-    const last = [uci.slice(0, 2), uci.slice(2, 4)];
-    game.querySelector('.board').innerHTML = boardSvg(board, last, JSON.parse(worth), turned);
-  };
+  const show = () => (game.querySelector('.board').innerHTML = boardSvg(chosen.dataset, turned));
   const choose = (move) => {
     chosen?.classList.remove('chosen');
     chosen = move;
@@ -57,8 +54,7 @@ function bind(game) {
     const moves = movesOf(chosen.parentNode);
     const at = moves.indexOf(chosen) + by;
     if (at >= 0 && at < moves.length) return choose(moves[at]);
-    if (at < 0 && chosen.parentNode !== main) choose(movesOf(main)[chosen.parentNode.dataset.ply ?? 0]);
-    return undefined;
+    return at < 0 && chosen.parentNode !== main && choose(movesOf(main)[chosen.parentNode.dataset.ply ?? 0]);
   };
   game.addEventListener('click', (event) => {
     const button = event.target.closest('button');
@@ -88,7 +84,7 @@ menu?.addEventListener('change', () => {
 });
 document.addEventListener('keydown', (event) => {
   const by = { ArrowLeft: -1, ArrowRight: 1 }[event.key];
-  if (!by || event.altKey || event.ctrlKey || event.metaKey) return;
+  if (!by || event.altKey || event.ctrlKey || event.metaKey) return; // the browser's own
   event.preventDefault();
   games.find((game) => !game.hidden)?.step(by);
 });

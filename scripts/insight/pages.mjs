@@ -2,7 +2,7 @@
 // board behind it as data; page.js shows it. Buttons in one element of class `line` follow each other.
 import { readFileSync } from 'node:fs';
 import { pawnsText } from './account.mjs';
-import { scoreText } from './analyst.mjs';
+import { boardOf, scoreText } from './analyst.mjs';
 import { titleOf } from './games.mjs';
 
 export const escaped = (text) => String(text).replace(/[&<>"]/g, (sign) => `&#${sign.charCodeAt(0)};`);
@@ -48,7 +48,7 @@ function bars(rows, steps) {
     `<tr><th>${escaped(name)}<td class="bar">${bar(value)}<td>${pawnsText(value)}`).join('\n');
 }
 
-function stageTable({ phase, rows, total, score }) {
+function stageTable({ phase, rows, total }) {
   if (!rows.length) return '<p>The material decides alone; no stage is run.</p>';
   const cells = (values) => values.map((value) => `<td>${pawnsText(value)}`).join('');
   const row = (line) => `<tr><th>${escaped(line.name)}${cells([...line.white, ...line.black, line.net])}`;
@@ -56,15 +56,15 @@ function stageTable({ phase, rows, total, score }) {
 <tr><th><th colspan="3">White<th colspan="3">Black<th>both
 <tr><th>phase ${phase} of 96<th>mg<th>eg<th>now<th>mg<th>eg<th>now<th>now
 ${[...rows, total].map(row).join('\n')}</table></div>
-<p>mg is what a stage is worth on a full board, eg with few men left, now what comes of the two at this phase. The
-static score is ${pawnsText(score)}.</p></details>`;
+<p>mg is its worth on a full board, eg with few men left, now what comes of the two at this phase.</p></details>`;
 }
 
 // over: the outcome of a game that has ended, or undefined; lines: { score, depth, line }.
-export function explanationPage({ fen, board, worth, sums, over, turn, lines }) {
+export function explanationPage({ fen, position, worth, sums, over, lines }) {
   const labels = Object.fromEntries(Object.entries(worth).map(([square, cp]) => [square, scoreText({ cp })]));
-  const start = { board, worth: JSON.stringify(labels), note: 'below each man: its worth to White, in pawns' };
-  const mover = turn === 'white' ? 'White' : 'Black';
+  const note = 'below each man: its worth to White, in pawns';
+  const start = { board: boardOf(position), worth: JSON.stringify(labels), note };
+  const mover = position.turn === 'white' ? 'White' : 'Black';
   const rows = lines.map(({ score, depth, line }) => `<div class="line"><b>${scoreText(score)}</b>` +
     ` <small>depth ${depth}</small> ${moveButtons(line, { note: `in this line: ${scoreText(score)}` })}</div>`);
   return page('A position explained', `<main class="game"><header><h1>A position explained</h1>
@@ -104,7 +104,7 @@ const MarkKind = { '?!': 'dubious', '?': 'mistake', '??': 'blunder' };
 const points = (chance) => Math.round(100 * chance);
 
 function gamePart({ headers, start, plies, ending }, index) {
-  const tag = (name) => headers.get(name) ?? '?';
+  const tag = (name) => (headers.get(name) ?? '?').replace(/\.\?\?/g, ''); // parts of a date
   const title = titleOf(headers);
   const positions = [start, ...plies];
   const chosen = (ply) => ({ ply, x: graphX(ply, positions.length).toFixed(1) });

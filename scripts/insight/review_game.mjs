@@ -1,5 +1,5 @@
 // Reviews the games of a PGN file: an annotated PGN, and a page to go through them.
-import { appendFileSync, readFileSync, realpathSync, renameSync, writeFileSync } from 'node:fs';
+import { appendFileSync, existsSync, readFileSync, realpathSync, renameSync, writeFileSync } from 'node:fs';
 import { number, readWords, runTool, UsageError } from '../play_match/words.mjs';
 import { Analyst } from './analyst.mjs';
 import { readGames, titleOf } from './games.mjs';
@@ -53,11 +53,9 @@ async function main() {
   const { files: [file], limit, page, pgn } = parse(words);
   const games = readGames(readText(file));
   if (!games.length) throw new UsageError(`${file} has no game`);
-  if (pgn) {
-    writeFileSync(pgn, '', { flag: 'a' });
-    if (realpathSync(pgn) === realpathSync(file)) throw new UsageError('--pgn would overwrite the games');
-    writeFileSync(pgn, '');
-  }
+  const overwrites = pgn && existsSync(pgn) && realpathSync(pgn) === realpathSync(file);
+  if (overwrites) throw new UsageError('--pgn would overwrite the games');
+  if (pgn) writeFileSync(pgn, '');
   const analyst = new Analyst(engine);
   await analyst.start();
   const reviewed = [];

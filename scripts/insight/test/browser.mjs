@@ -78,9 +78,10 @@ export class Browser {
 
   async close() {
     const ended = new Promise((resolve) => this.child.on('close', resolve));
-    this.child.kill();
+    this.session = undefined; // the browser itself is meant, which ends its other processes too
+    await this.#ask('Browser.close');
     await ended;
-    rmSync(this.folder, { recursive: true, force: true, maxRetries: 5 });
+    rmSync(this.folder, { recursive: true, force: true, maxRetries: 10 });
   }
 
   #ask(method, params = {}) {

@@ -35,7 +35,7 @@ const shownChance = (browser) => browser.read(`(() => {
   const points = [...game.querySelector('.graph polygon').points].slice(1, -1);
   return 1 - 2 * points.find((point) => Math.abs(point.x - x) < 0.1).y / height; })()`);
 
-test('a reviewed game can be gone through by the arrow keys', async () => {
+test('a reviewed game can be gone through by the arrow keys', { timeout: 300_000 }, async () => {
   const [pgn, page] = ['out.pgn', 'games.html'].map(inFolder);
   const { status, stderr } = run('review_game', here('games.pgn'), '--depth', '4', '--pgn', pgn, '--page', page);
   assert.equal(status, 0, stderr);
@@ -82,7 +82,7 @@ test('a reviewed game can be gone through by the arrow keys', async () => {
   });
 });
 
-test('an explained position shows its men, their worth and its lines', async () => {
+test('an explained position shows its men, their worth and its lines', { timeout: 300_000 }, async () => {
   const page = inFolder('position.html');
   const fen = '6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - 0 1';
   const words = ['--depth', '6', '--lines', '2', '--page', page];
