@@ -34,7 +34,8 @@ export async function runTool(work, usage) {
     process.exit((await work()) ?? 0);
   } catch (error) {
     const wrong = error instanceof UsageError;
-    console.error(wrong ? `${error.message}\n\n${usage}` : error.message);
+    const who = error.kind ? 'the engine failed: ' : ''; // an EngineFailure
+    console.error(wrong ? `${error.message}\n\n${usage}` : `${who}${error.message}`);
     process.exit(wrong ? 2 : 1);
   }
 }

@@ -129,6 +129,9 @@ test('what is over, illegal or missing is told', () => {
     assert.equal(run('review_game', ...words).status, 2, words.join(' '));
   }
   assert.match(readFileSync(here('games.pgn'), 'utf8'), /Anna/);
+  const dead = spawnSync(process.execPath, [here('../review_game.mjs'), '/bin/false', here('games.pgn')]);
+  assert.equal(dead.status, 1);
+  assert.match(String(dead.stderr), /the engine failed: exit status 1/);
 });
 
 test('a broken file ends with status 2, and what was finished is kept', async () => {
