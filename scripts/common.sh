@@ -54,6 +54,18 @@ needBuildTools() {
     need ninja ninja-build
 }
 
+# Node.js and the rules library of the scripts that run in it.
+rulesLibrary() {
+    local scripts
+    scripts=$(dirname "${BASH_SOURCE[0]}")
+    need node nodejs
+    need npm npm
+    installMissing
+    [[ ! -d $scripts/node_modules/chessops ]] || return 0
+    echo "$(basename "$0"): fetching the rules library chessops" >&2
+    npm --prefix "$scripts" ci --no-audit --no-fund --loglevel=error >&2
+}
+
 # ---- The engine ----
 
 # Brings build/release/tarvok, the release engine without a training run, up to date. From the top of the work tree.

@@ -1,5 +1,6 @@
 // The command line of play_match.
 import { Sprt } from './statistics.mjs';
+import { number, readWords, UsageError } from './words.mjs';
 
 const DefaultGames = 100;
 const DefaultTestGames = 50_000; // a test should end by its verdict
@@ -33,16 +34,6 @@ Exit status: 0 when all games were played or the test accepted H1;
   1 if an engine lost on time, made an illegal move, crashed or did not start, whatever the test says;
   2 for a wrong command line; 3 if the test accepted H0; 4 if the games ran out before its verdict;
   130 when stopped by Ctrl-C, 143 by SIGTERM. Either stop still prints the summary and draws the picture.`;
-
-export class UsageError extends Error {}
-
-function number(text, what, { integer = true, min = 0 } = {}) {
-  const value = Number(text);
-  if (text.trim() === '' || !Number.isFinite(value) || value < min || (integer && !Number.isInteger(value))) {
-    throw new UsageError(`${what}: "${text}" is no possible value`);
-  }
-  return value;
-}
 
 function numbers(text, what, names) {
   const fields = text.split(',');
@@ -115,16 +106,7 @@ export function parseCommandLine(words) {
     '--chess960': () => (settings.chess960 = true),
     '--restart': () => (settings.restart = true),
   };
-  for (let i = 0; i < words.length; ++i) {
-    if (flags[words[i]]) {
-      flags[words[i]]();
-    } else if (rows[words[i]]) {
-      if (i + 1 === words.length) throw new UsageError(`${words[i]} takes a value`);
-      rows[words[i]](words[++i]);
-    } else {
-      throw new UsageError(`unknown argument "${words[i]}"`);
-    }
-  }
+  readWords(words, rows, flags);
   if (engines.length !== 2) throw new UsageError('a match needs two engines');
   for (const engine of engines) engine.options.unshift(...common);
   if (engines[0].name === engines[1].name) {

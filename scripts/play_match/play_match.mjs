@@ -1,7 +1,7 @@
 // Plays a match between two UCI engines, several games at a time, and says how it ended.
 import { appendFileSync, readFileSync, renameSync, writeFileSync } from 'node:fs';
 import { constants } from 'node:os';
-import { parseCommandLine, Usage, UsageError } from './command_line.mjs';
+import { parseCommandLine, Usage } from './command_line.mjs';
 import { playGame } from './game.mjs';
 import { gameToPgn } from './pgn.mjs';
 import { drawScore } from './picture.mjs';
@@ -9,8 +9,9 @@ import { randomFrom, shuffle } from './random.mjs';
 import { Referee } from './referee.mjs';
 import { Score } from './score.mjs';
 import { UciEngine } from './uci_engine.mjs';
+import { runTool } from './words.mjs';
 
-const Status = { played: 0, H1: 0, fault: 1, usage: 2, H0: 3, undecided: 4 };
+const Status = { played: 0, H1: 0, fault: 1, H0: 3, undecided: 4 };
 const Points = { '1-0': 1, '1/2-1/2': 0.5, '0-1': 0 };
 
 function readOpenings({ openings, chess960, seed }) {
@@ -164,13 +165,4 @@ async function main() {
   return sprt ? Status[verdict ?? 'undecided'] : Status.played;
 }
 
-try {
-  process.exit(await main());
-} catch (error) {
-  if (!(error instanceof UsageError)) {
-    console.error(error.message);
-    process.exit(Status.fault);
-  }
-  console.error(`${error.message}\n\n${Usage}`);
-  process.exit(Status.usage);
-}
+await runTool(main, Usage);

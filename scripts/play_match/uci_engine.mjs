@@ -104,7 +104,10 @@ export class UciEngine {
     this.rest = lines.pop();
     for (const raw of lines) {
       const line = raw.trimEnd();
-      if (line.startsWith('info ')) this.onInfo?.(line);
+      if (line.startsWith('info ')) {
+        this.onInfo?.(line);
+        this.onReport?.(line); // for those who want more of a search than `go` resolves to
+      }
       if (!this.waiting?.accepts(line)) continue;
       this.answeredAt = now;
       clearTimeout(this.waiting.timer);

@@ -1,0 +1,41 @@
+// Command lines and ends, for all tools.
+
+export class UsageError extends Error {}
+
+export function number(text, what, { integer = true, min = 0 } = {}) {
+  const value = Number(text);
+  if (text.trim() === '' || !Number.isFinite(value) || value < min || (integer && !Number.isInteger(value))) {
+    throw new UsageError(`${what}: "${text}" is no possible value`);
+  }
+  return value;
+}
+
+// rows: what to do with the value behind a word; flags: with a word alone; plain(word) takes all others, those
+// that begin with a hyphen apart.
+export function readWords(words, rows, flags, plain) {
+  for (let i = 0; i < words.length; ++i) {
+    if (Object.hasOwn(flags, words[i])) {
+      flags[words[i]]();
+    } else if (Object.hasOwn(rows, words[i])) {
+      if (i + 1 === words.length) throw new UsageError(`${words[i]} takes a value`);
+      rows[words[i]](words[++i]);
+    } else if (plain && !/^--?\w/.test(words[i])) {
+      plain(words[i]);
+    } else {
+      throw new UsageError(`unknown argument "${words[i]}"`);
+    }
+  }
+}
+
+// Ends the process with the status that the work resolves to, 0 if with none; 1 if it failed, 2 for a wrong command
+// line.
+export async function runTool(work, usage) {
+  try {
+    process.exit((await work()) ?? 0);
+  } catch (error) {
+    const wrong = error instanceof UsageError;
+    const who = error.kind ? 'the engine failed: ' : ''; // an EngineFailure
+    console.error(wrong ? `${error.message}\n\n${usage}` : `${who}${error.message}`);
+    process.exit(wrong ? 2 : 1);
+  }
+}
