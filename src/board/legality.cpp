@@ -3,6 +3,7 @@
 #include "board/legality.h"
 
 #include "board/attacks.h"
+#include "board/castling.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
 

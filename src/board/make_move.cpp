@@ -4,7 +4,7 @@
 
 #include "base/settings.h"
 #include "board/attacks.h"
-#include "board/fen.h"
+#include "board/castling.h"
 #include "board/piece_square.h"
 #include "board/thread_hooks.h"
 #include "board/zobrist.h"
@@ -71,7 +71,7 @@ struct ChildInMaking {
     // Unconditional: most squares have an empty mask, and both exclusive-ors then cancel out.
     void loseRights(int from, int to) {
         const Key before = castleKey[pos.castleLost];
-        pos.castleLost = std::uint8_t(pos.castleLost | castleMask[from] | castleMask[to]);
+        pos.castleLost = std::uint8_t(pos.castleLost | castling.mask[from] | castling.mask[to]);
         const Key change = before ^ castleKey[pos.castleLost];
         key ^= change;
         pawnKey ^= change;

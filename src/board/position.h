@@ -67,8 +67,6 @@ struct Position {
 static_assert(sizeof(Position) == 336);
 static_assert(std::is_trivially_copyable_v<Position>);
 
-inline constexpr std::uint8_t NoCastlingRights = 15;
-
 // Keys and sums of the pieces on the board, from scratch.
 Key computeKey(const Position& pos);
 Key computePawnKey(const Position& pos);

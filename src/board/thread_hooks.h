@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 
+struct Position;
 struct EvalCacheEntry;
 struct PawnEntry;
 struct MatCacheEntry;
@@ -31,6 +32,9 @@ struct alignas(64) ThreadHooks {
 };
 static_assert(sizeof(ThreadHooks) == 64);
 extern ThreadHooks threadHooks[MaxThreads];
+
+// Points a record at the tables of a thread, with empty continuations. `threadIndex` is set too.
+void attachThread(Position& pos, int threadIndex);
 
 // Entry sizes, in bytes; each table asserts its own.
 inline constexpr std::size_t TransBucketSize = 48;

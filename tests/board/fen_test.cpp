@@ -1,6 +1,7 @@
 // Reading and writing FEN: castling tables, en passant, and texts that no one should send.
 #include "board/fen.h"
 
+#include "board/castling.h"
 #include "support/board_environment.h"
 
 #include <cctype>
@@ -41,10 +42,10 @@ TEST(Fen, CastlingTablesFollowTheField) {
                 const int right = 2 * colour + side;
                 const int rook = home + one.rooks[side];
                 lost -= 1 << right;
-                EXPECT_EQ(castleRook[right], std::uint32_t(rook));
-                EXPECT_EQ(castlePath[right], one.path[side] << home);
-                EXPECT_EQ(castleKingPath[right], one.kingPath[side] << home);
-                EXPECT_EQ(castleKeep[right], ~(pos.pieces[colour][King] | bit(rook)));
+                EXPECT_EQ(castling.rook[right], std::uint32_t(rook));
+                EXPECT_EQ(castling.path[right], one.path[side] << home);
+                EXPECT_EQ(castling.kingPath[right], one.kingPath[side] << home);
+                EXPECT_EQ(castling.keep[right], ~(pos.pieces[colour][King] | bit(rook)));
             }
             EXPECT_EQ(pos.castleLost, lost);
         }
@@ -127,7 +128,7 @@ TEST(Fen, AnyTextGivesASoundRecord) {
         playable += isPlayable(pos);
         for (int right = 0; right < 4; ++right) {
             if (pos.castleLost >> right & 1) continue;
-            ASSERT_EQ(typeOfCode(pos.board[castleRook[right]]), Rook) << text;
+            ASSERT_EQ(typeOfCode(pos.board[castling.rook[right]]), Rook) << text;
         }
     }
     EXPECT_GT(playable, 0);
