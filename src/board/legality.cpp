@@ -109,3 +109,10 @@ bool hasLegalMove(const Position& pos) {
         if (makeMove(&pos, &child, cleanMove(list[i]))) return true;
     return false;
 }
+
+bool isPlayable(const Position& pos) {
+    if (popcount(pos.pieces[White][King]) != 1 || popcount(pos.pieces[Black][King]) != 1) return false;
+    if ((pos.pieces[White][Pawn] | pos.pieces[Black][Pawn]) & (Rank1 | Rank8)) return false;
+    const Colour waiting = opponent(pos.sideToMove());
+    return !isAttacked(pos, pos.kingSquare(waiting), opponent(waiting), pos.occupied);
+}

@@ -78,16 +78,3 @@ int computePhase(const Position& pos);
 // Whether every incremental field equals its value from scratch; the first that differs is named on standard
 // error. `psqPair` and `phase` are compared only if `withSums` is set, since game records hold none.
 bool isConsistent(const Position& pos, bool withSums);
-
-// False for a record that no legal game can hold and that the rest of the program must not work on: not
-// exactly one king a side, a pawn on a back rank, or the side not to move in check.
-bool isPlayable(const Position& pos);
-
-// Draw tests, asked of a freshly made child with its predecessor. The walk steps back from the child by four
-// plies, then by two, while no more than `clock` plies lie behind it and records exist. Null moves are no
-// barriers.
-bool repeatedOnce(const Position* parent, Key key, int clock);
-bool repeatedTwice(const Position* parent, Key key, int clock);
-
-// Fifty-move rule for a child whose `inCheck` is set: a clock above 99 draws, except a mate on exactly 100.
-bool drawnByClock(const Position& child);

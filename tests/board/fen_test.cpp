@@ -2,6 +2,7 @@
 #include "board/fen.h"
 
 #include "board/castling.h"
+#include "board/legality.h"
 #include "support/board_environment.h"
 
 #include <cctype>
