@@ -40,11 +40,3 @@ int genQueenChecks(const Position& pos, Move* list);
 
 // Non-capturing pawn moves onto the two ranks before promotion with the square ahead free; no keys.
 int genPawnPushesToSeventh(const Position& pos, Move* list);
-
-// The history sum of a quiet move from this record: both continuations and the thread's history. `code` is
-// the board code of the moved piece.
-inline int quietStat(const Position& pos, int code, Move move) {
-    return pos.contHist[code * 64 + toOf(move)] + pos.contHist2[code * 64 + toOf(move)] +
-           pos.history[code * 4096 + int(move & FromToMask)];
-}
-inline int quietStat(const Position& pos, Move move) { return quietStat(pos, pos.board[fromOf(move)], move); }

@@ -72,7 +72,7 @@ class CaptureGenerator {
     const Position& pos;
     const Bitboard enemies;
     const Bitboard knightChecks;
-    const std::int32_t (*const learnt)[64][16];
+    const CaptureRow* const learnt;
     ListWriter writer;
 };
 

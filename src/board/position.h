@@ -32,8 +32,8 @@ struct Position {
     EvalCacheEntry* evalCache;
     PawnEntry* pawnHash;
     MatCacheEntry* matHash;
-    std::int32_t* history;     // this thread's [16][4096] quiet-move counters
-    std::uint16_t* contHist;   // slice selected by the move that led here: [16][64] by the next move
+    std::int32_t* history;     // this thread's QuietHistory, as history_tables.h has it
+    std::uint16_t* contHist;   // slice of its ContinuationHistory, selected by the move that led here
     std::uint16_t* contHist2;  // the same for the move before that
 
     Move lastMove;             // 0 after a null move or at a root; a double push after a FEN with en passant

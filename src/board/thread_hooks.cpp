@@ -1,7 +1,5 @@
 #include "board/thread_hooks.h"
 
-#include "board/position.h"
-
 ThreadHooks threadHooks[MaxThreads];
 PrefetchBases prefetchBases;
 

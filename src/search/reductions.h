@@ -3,6 +3,7 @@
 #pragma once
 
 #include "board/exchange.h"
+#include "board/history_tables.h"
 #include "board/movegen.h"
 #include "eval/parameters.h"
 #include "search/move_questions.h"
