@@ -197,7 +197,7 @@ static bool makeMoveOf(const Position* parent, Position* child, Move move, const
 
     if (flag == EnPassant) {
         // Intended: the captured type stays 0, so that nothing below takes this for an ordinary capture.
-        making.clearPiece<them>(Pawn, (from & 56) | (to & 7));
+        making.clearPiece<them>(Pawn, enPassantVictim(from, to));
     } else if (flag != DoublePush && (parent->pieces[them][AllPieces] & bit(to))) {
         const int captured = typeOfCode(parent->board[to]);
         making.clearPiece<them>(captured, to);

@@ -41,6 +41,9 @@ constexpr bool isUnderPromotion(Move clean) { return clean >= FirstUnderPromotio
 constexpr bool isEnPassant(Move move) { return (move & FlagMask) == Move(EnPassant) << 12; }
 constexpr bool isCastling(Move move) { return (move & FlagMask) == Move(Castling) << 12; }
 
+// The square of the pawn that an en-passant capture takes.
+constexpr int enPassantVictim(int from, int to) { return makeSquare(fileOf(to), rankOf(from)); }
+
 // The piece that a promotion flag stands for; only for flags 4 to 7.
 constexpr PieceType promotionType(MoveFlag flag) {
     constexpr PieceType types[4] = {Queen, Knight, Rook, Bishop};

@@ -11,19 +11,10 @@
 namespace {
 
 template <PieceType type>
-Bitboard attacksFrom(int square, Bitboard occupied) {
-    if constexpr (type == Knight) return knightAttacks[std::size_t(square)];
-    if constexpr (type == King) return kingAttacks[std::size_t(square)];
-    if constexpr (type == Bishop) return bishopAttacksOf(square, occupied);
-    if constexpr (type == Rook) return rookAttacksOf(square, occupied);
-    if constexpr (type == Queen) return queenAttacksOf(square, occupied);
-}
-
-template <PieceType type>
 void addPieceMoves(const Position& pos, Colour us, Bitboard targets, ListWriter& writer) {
     const int code = boardCode(us, type);
     forEachSquare(pos.pieces[us][type], [&](int from) {
-        forEachSquare(attacksFrom<type>(from, pos.occupied) & targets,
+        forEachSquare(attacksOf<type>(from, pos.occupied) & targets,
                       [&](int to) { writer.add(quietWord(pos, code, from, to)); });
     });
 }

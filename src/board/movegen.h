@@ -32,7 +32,8 @@ int genCapturesOn(const Position& pos, Move* list, int square);
 int genBlocks(const Position& pos, Move* list, Bitboard squares);
 
 // Quiet moves that give check, discovered checks first, no keys; castling and promotions are not among them.
-// The picker takes the first near the leaves and the second farther from them. Both write the same list.
+// The picker takes the first near the leaves and the second farther from them. Intended: both write the same
+// list; the second name keeps the two depths apart for whoever lets one of them write more.
 int genQuietChecks(const Position& pos, Move* list);
 int genStagedQuiets(const Position& pos, Move* list);
 // Checks of the queen from the lines of the enemy king, off the squares that enemy pawns attack; no keys.

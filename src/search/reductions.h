@@ -4,7 +4,6 @@
 
 #include "board/exchange.h"
 #include "board/history_tables.h"
-#include "board/movegen.h"
 #include "eval/parameters.h"
 #include "search/move_questions.h"
 #include "search/search_tables.h"
