@@ -1,6 +1,7 @@
 // What the benchmarks share: rows of thread hooks on plain arrays, and the counter that they report by.
 #pragma once
 
+#include "board/history_tables.h"
 #include "board/thread_hooks.h"
 
 #include <benchmark/benchmark.h>
@@ -22,9 +23,10 @@ class BenchHooks {
     BenchHooks(const BenchHooks&) = delete;
     BenchHooks& operator=(const BenchHooks&) = delete;
 
-    std::vector<std::int32_t> history = std::vector<std::int32_t>(16 * 4096);
-    std::unique_ptr<std::int32_t[][64][16]> captures = std::make_unique<std::int32_t[][64][16]>(16);
-    std::vector<std::uint16_t> continuations = std::vector<std::uint16_t>(1024 * ContinuationSlice);
+    std::vector<std::int32_t> history = std::vector<std::int32_t>(CodeCount * FromToCount);
+    std::unique_ptr<CaptureRow[]> captures = std::make_unique<CaptureRow[]>(CodeCount);
+    std::vector<std::uint16_t> continuations =
+        std::vector<std::uint16_t>(ContinuationSlices * ContinuationSlice);
 
    private:
     Relaxed<std::uint64_t> nodes;

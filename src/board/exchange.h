@@ -1,6 +1,6 @@
-// Static exchange evaluation: five evaluators that ask different questions about the captures on one square.
-// They reckon with pins in one way only: the answering side's pieces are tested, and only against its own
-// king.
+// Static exchange evaluation (SEE): five evaluators that ask different questions about the captures on one
+// square. They reckon with pins in one way only: the answering side's pieces are tested, and only against its
+// own king.
 #pragma once
 
 #include "board/position.h"

@@ -93,6 +93,11 @@ inline constexpr std::array<SquareTable, 2> pawnAttackers = {
         [](int a, int b) { return geometry::fileDistance(a, b) == 1 && rankOf(b) - 1 == rankOf(a); }),
 };
 
+// King steps between two squares.
+constexpr int squareDistance(int a, int b) {
+    return std::max(geometry::fileDistance(a, b), geometry::rankDistance(a, b));
+}
+
 // The same square seen from the other side of the board.
 constexpr int flipSquare(int square) { return square ^ 56; }
 

@@ -3,6 +3,7 @@
 #include "board/legality.h"
 
 #include "board/attacks.h"
+#include "board/castling.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
 
@@ -68,15 +69,9 @@ static bool castlingGivesCheck(const Position& pos, Colour us, Move move, int en
 
 // Whether a piece of this type on `square` attacks the enemy king through `occupied`. Kings never do.
 static bool attacksKing(Colour us, int type, int square, int enemyKing, Bitboard occupied) {
-    const std::size_t king = std::size_t(enemyKing);
-    switch (type) {
-        case Pawn: return (pawnAttackers[us][king] & bit(square)) != 0;
-        case Knight: return (knightAttacks[king] & bit(square)) != 0;
-        case Bishop: return (bishopAttacksOf(enemyKing, occupied) & bit(square)) != 0;
-        case Rook: return (rookAttacksOf(enemyKing, occupied) & bit(square)) != 0;
-        case Queen: return (queenAttacksOf(enemyKing, occupied) & bit(square)) != 0;
-        default: return false;
-    }
+    if (type == King) return false;
+    if (type == Pawn) return (pawnAttackers[us][std::size_t(enemyKing)] & bit(square)) != 0;
+    return (attacksOf(type, enemyKing, occupied) & bit(square)) != 0;
 }
 
 bool givesCheckQuick(const Position& pos, Move move) {
@@ -89,7 +84,7 @@ bool givesCheckQuick(const Position& pos, Move move) {
     const MoveFlag flag = flagOf(move);
     const int type = flag >= QueenPromotion ? promotionType(flag) : typeOfCode(pos.board[from]);
     Bitboard left = bit(from);  // squares that the move empties
-    if (flag == EnPassant) left |= bit((from & 56) | (to & 7));
+    if (flag == EnPassant) left |= bit(enPassantVictim(from, to));
     const Bitboard occupied = (pos.occupied & ~left) | bit(to);
     if (attacksKing(us, type, to, enemyKing, occupied)) return true;
     if (!(left & queenRays[std::size_t(enemyKing)])) return false;
@@ -107,4 +102,11 @@ bool hasLegalMove(const Position& pos) {
     for (int i = 0; i < count; ++i)
         if (makeMove(&pos, &child, cleanMove(list[i]))) return true;
     return false;
+}
+
+bool isPlayable(const Position& pos) {
+    if (popcount(pos.pieces[White][King]) != 1 || popcount(pos.pieces[Black][King]) != 1) return false;
+    if ((pos.pieces[White][Pawn] | pos.pieces[Black][Pawn]) & (Rank1 | Rank8)) return false;
+    const Colour waiting = opponent(pos.sideToMove());
+    return !isAttacked(pos, pos.kingSquare(waiting), opponent(waiting), pos.occupied);
 }

@@ -12,3 +12,7 @@ bool givesCheckQuick(const Position& pos, Move move);
 
 // Whether the side to move, which must be in check, has a legal move.
 bool hasLegalMove(const Position& pos);
+
+// False for a record that no legal game can hold and that the rest of the program must not work on: not
+// exactly one king a side, a pawn on a back rank, or the side not to move in check.
+bool isPlayable(const Position& pos);

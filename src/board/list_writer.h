@@ -1,6 +1,7 @@
 // How generators fill a list: bounded, since a FEN may set up more moves than any game can reach.
 #pragma once
 
+#include "board/history_tables.h"
 #include "board/move.h"
 #include "board/movegen.h"
 #include "board/position.h"

@@ -4,7 +4,8 @@
 
 #include "base/settings.h"
 #include "board/attacks.h"
-#include "board/fen.h"
+#include "board/castling.h"
+#include "board/history_tables.h"
 #include "board/piece_square.h"
 #include "board/thread_hooks.h"
 #include "board/zobrist.h"
@@ -71,7 +72,7 @@ struct ChildInMaking {
     // Unconditional: most squares have an empty mask, and both exclusive-ors then cancel out.
     void loseRights(int from, int to) {
         const Key before = castleKey[pos.castleLost];
-        pos.castleLost = std::uint8_t(pos.castleLost | castleMask[from] | castleMask[to]);
+        pos.castleLost = std::uint8_t(pos.castleLost | castling.mask[from] | castling.mask[to]);
         const Key change = before ^ castleKey[pos.castleLost];
         key ^= change;
         pawnKey ^= change;
@@ -130,9 +131,9 @@ static inline void beginChild(const Position* parent, Position* child, Move move
     child->lastMove = move;
     child->staticEval = NotEvaluated;
     ++child->halfmoveClock;
-    const std::size_t earlier =
-        parent->lastMove == NoMove ? 0 : std::size_t(parent->movedCode * 64 + toOf(parent->lastMove));
-    child->contHist2 = hooks.continuationHistory + earlier * ContinuationSlice;
+    const int earlier =
+        parent->lastMove == NoMove ? 0 : continuationIndex(parent->movedCode, toOf(parent->lastMove));
+    child->contHist2 = hooks.continuationHistory + std::size_t(earlier) * ContinuationSlice;
     // Refused and null moves count as nodes too.
     if (!hooks.stopFlag->load()) hooks.nodes->add(1);
 }
@@ -185,7 +186,7 @@ static bool makeMoveOf(const Position* parent, Position* child, Move move, const
     const MoveFlag flag = flagOf(move);
     const int code = parent->board[from];
     const int type = typeOfCode(code);
-    child->contHist = hooks.continuationHistory + std::size_t(code * 64 + to) * ContinuationSlice;
+    child->contHist = continuationSlice(hooks.continuationHistory, code, to);
     child->movedCode = std::uint16_t(code);
     child->movedType = std::uint16_t(type);
 
@@ -196,7 +197,7 @@ static bool makeMoveOf(const Position* parent, Position* child, Move move, const
 
     if (flag == EnPassant) {
         // Intended: the captured type stays 0, so that nothing below takes this for an ordinary capture.
-        making.clearPiece<them>(Pawn, (from & 56) | (to & 7));
+        making.clearPiece<them>(Pawn, enPassantVictim(from, to));
     } else if (flag != DoublePush && (parent->pieces[them][AllPieces] & bit(to))) {
         const int captured = typeOfCode(parent->board[to]);
         making.clearPiece<them>(captured, to);

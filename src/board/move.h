@@ -41,9 +41,8 @@ constexpr bool isUnderPromotion(Move clean) { return clean >= FirstUnderPromotio
 constexpr bool isEnPassant(Move move) { return (move & FlagMask) == Move(EnPassant) << 12; }
 constexpr bool isCastling(Move move) { return (move & FlagMask) == Move(Castling) << 12; }
 
-// Where king and rook stand after castling, by their start squares.
-constexpr int castlingKingTarget(int king, int rook) { return makeSquare(rook > king ? 6 : 2, rankOf(king)); }
-constexpr int castlingRookTarget(int king, int rook) { return makeSquare(rook > king ? 5 : 3, rankOf(king)); }
+// The square of the pawn that an en-passant capture takes.
+constexpr int enPassantVictim(int from, int to) { return makeSquare(fileOf(to), rankOf(from)); }
 
 // The piece that a promotion flag stands for; only for flags 4 to 7.
 constexpr PieceType promotionType(MoveFlag flag) {

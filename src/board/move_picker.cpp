@@ -39,7 +39,6 @@ void MovePicker::start(const Position& pos, std::uint32_t pickerKind, int search
     list = moves;
     badCount = 0;
     triedCount = 0;
-    side = pos.sideToMove();
     depth = searchDepth;
     deferBad = false;
 }
@@ -87,14 +86,6 @@ static Move runStage(MovePicker& picker) {
 }
 
 Move nextMove(MovePicker* picker) {
-    const auto skip = [&](Move move) { return wasTried(*picker, move); };
-    while (true) {
-        if (const Move move = nextOfList(*picker, skip)) return move;
-        picker->stage = pickerRows[picker->kind][picker->stageIndex++];
-        if (picker->stage == StageEnd) {
-            --picker->stageIndex;  // whoever asks again gets the same answer
-            return NoMove;
-        }
-        if (const Move move = runStage(*picker)) return move;
-    }
+    return nextOfStages(
+        *picker, [&](Move move) { return wasTried(*picker, move); }, runStage);
 }

@@ -1,5 +1,5 @@
-// The staged picker: it hands moves to a search one at a time and generates as late as it can. A kind selects
-// a row of stages; both searches' pickers share the record and the rows.
+// Staged move generation, the picker: it hands moves to a search one at a time and generates as late as it
+// can. A kind selects a row of stages; both searches' pickers share the record and the rows.
 #pragma once
 
 #include "board/position.h"
@@ -53,7 +53,6 @@ struct MovePicker {
     std::int32_t badCount;
     Move tried[6];  // clean moves that single-move stages handed out
     std::int32_t triedCount;
-    std::uint32_t side;
     std::int32_t depth;  // half plies; chooses generators and whether quiet moves may be put off
     bool deferBad;       // losing moves go to `badMoves` instead of being returned
 

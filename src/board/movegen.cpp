@@ -2,7 +2,7 @@
 #include "board/movegen.h"
 
 #include "board/attacks.h"
-#include "board/fen.h"
+#include "board/castling.h"
 #include "board/geometry.h"
 #include "board/list_writer.h"
 #include "board/pawn_moves.h"
@@ -11,19 +11,10 @@
 namespace {
 
 template <PieceType type>
-Bitboard attacksFrom(int square, Bitboard occupied) {
-    if constexpr (type == Knight) return knightAttacks[std::size_t(square)];
-    if constexpr (type == King) return kingAttacks[std::size_t(square)];
-    if constexpr (type == Bishop) return bishopAttacksOf(square, occupied);
-    if constexpr (type == Rook) return rookAttacksOf(square, occupied);
-    if constexpr (type == Queen) return queenAttacksOf(square, occupied);
-}
-
-template <PieceType type>
 void addPieceMoves(const Position& pos, Colour us, Bitboard targets, ListWriter& writer) {
     const int code = boardCode(us, type);
     forEachSquare(pos.pieces[us][type], [&](int from) {
-        forEachSquare(attacksFrom<type>(from, pos.occupied) & targets,
+        forEachSquare(attacksOf<type>(from, pos.occupied) & targets,
                       [&](int to) { writer.add(quietWord(pos, code, from, to)); });
     });
 }
@@ -75,12 +66,12 @@ void addCastling(const Position& pos, Colour us, ListWriter& writer) {
     if (pos.inCheck) return;
     const int king = pos.kingSquare(us);
     Bitboard attacked = 0;  // computed once, and only if a right is left
-    for (int right = 2 * us; right < 2 * us + 2; ++right) {
+    for (int right = shortRightOf(us); right <= longRightOf(us); ++right) {
         if (pos.castleLost & 1 << right) continue;
-        if (castlePath[right] & castleKeep[right] & pos.occupied) continue;
+        if (castling.path[right] & castling.keep[right] & pos.occupied) continue;
         if (!attacked) attacked = attackedBy(pos, opponent(us));
-        if (attacked & castleKingPath[right]) continue;
-        writer.add(quietWord(pos, boardCode(us, King), king, int(castleRook[right]), Castling));
+        if (attacked & castling.kingPath[right]) continue;
+        writer.add(quietWord(pos, boardCode(us, King), king, int(castling.rook[right]), Castling));
     }
 }
 

@@ -32,7 +32,8 @@ int genCapturesOn(const Position& pos, Move* list, int square);
 int genBlocks(const Position& pos, Move* list, Bitboard squares);
 
 // Quiet moves that give check, discovered checks first, no keys; castling and promotions are not among them.
-// The picker takes the first near the leaves and the second farther from them. Both write the same list.
+// The picker takes the first near the leaves and the second farther from them. Intended: both write the same
+// list; the second name keeps the two depths apart for whoever lets one of them write more.
 int genQuietChecks(const Position& pos, Move* list);
 int genStagedQuiets(const Position& pos, Move* list);
 // Checks of the queen from the lines of the enemy king, off the squares that enemy pawns attack; no keys.
@@ -40,11 +41,3 @@ int genQueenChecks(const Position& pos, Move* list);
 
 // Non-capturing pawn moves onto the two ranks before promotion with the square ahead free; no keys.
 int genPawnPushesToSeventh(const Position& pos, Move* list);
-
-// The history sum of a quiet move from this record: both continuations and the thread's history. `code` is
-// the board code of the moved piece.
-inline int quietStat(const Position& pos, int code, Move move) {
-    return pos.contHist[code * 64 + toOf(move)] + pos.contHist2[code * 64 + toOf(move)] +
-           pos.history[code * 4096 + int(move & FromToMask)];
-}
-inline int quietStat(const Position& pos, Move move) { return quietStat(pos, pos.board[fromOf(move)], move); }

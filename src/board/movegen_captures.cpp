@@ -30,11 +30,11 @@ class CaptureGenerator {
         const Bitboard promoting = pos.pieces[us][Pawn] & relativeRankMask(us, 6);
         forEachSquare(pawnPushes<us>(promoting) & ~pos.occupied,
                       [&](int to) { addPromotions(to - pawnStep(us), to); });
-        addPieces(Knight, [](int square, Bitboard) { return knightAttacks[std::size_t(square)]; });
-        addPieces(Bishop, bishopAttacksOf);
-        addPieces(Rook, rookAttacksOf);
-        addPieces(Queen, queenAttacksOf);
-        addPieces(King, [](int square, Bitboard) { return kingAttacks[std::size_t(square)]; });
+        addPieces<Knight>();
+        addPieces<Bishop>();
+        addPieces<Rook>();
+        addPieces<Queen>();
+        addPieces<King>();
         return writer.count();
     }
 
@@ -61,10 +61,10 @@ class CaptureGenerator {
             writer.add(withKey(makeWord(from, to), keyOf(Pawn, to)));
     }
 
-    template <class AttacksOf>
-    void addPieces(PieceType type, AttacksOf attacksOf) {
+    template <PieceType type>
+    void addPieces() {
         forEachSquare(pos.pieces[us][type], [&](int from) {
-            forEachSquare(attacksOf(from, pos.occupied) & enemies,
+            forEachSquare(attacksOf<type>(from, pos.occupied) & enemies,
                           [&](int to) { writer.add(withKey(makeWord(from, to), keyOf(type, to))); });
         });
     }
@@ -72,7 +72,7 @@ class CaptureGenerator {
     const Position& pos;
     const Bitboard enemies;
     const Bitboard knightChecks;
-    const std::int32_t (*const learnt)[64][16];
+    const CaptureRow* const learnt;
     ListWriter writer;
 };
 

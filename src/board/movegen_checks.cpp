@@ -15,15 +15,9 @@ Bitboard quietPawnTargets(const Position& pos, Colour us, int from) {
 }
 
 Bitboard quietTargets(const Position& pos, Colour us, int from) {
-    const std::size_t at = std::size_t(from);
-    switch (typeOfCode(pos.board[from])) {
-        case Pawn: return quietPawnTargets(pos, us, from);
-        case Knight: return knightAttacks[at] & ~pos.occupied;
-        case Bishop: return bishopAttacksOf(from, pos.occupied) & ~pos.occupied;
-        case Rook: return rookAttacksOf(from, pos.occupied) & ~pos.occupied;
-        case Queen: return queenAttacksOf(from, pos.occupied) & ~pos.occupied;
-        default: return kingAttacks[at] & ~pos.occupied;
-    }
+    const int type = typeOfCode(pos.board[from]);
+    if (type == Pawn) return quietPawnTargets(pos, us, from);
+    return attacksOf(type, from, pos.occupied) & ~pos.occupied;
 }
 
 void addMoves(const Position& pos, int from, Bitboard targets, ListWriter& writer) {

@@ -3,6 +3,7 @@
 #include "base/clock.h"
 #include "base/output.h"
 #include "board/attacks.h"
+#include "board/legality.h"
 #include "board/make_move.h"
 #include "board/move_picker.h"
 #include "board/thread_hooks.h"

@@ -1,5 +1,6 @@
 #include "board/picker_stages.h"
 
+#include "board/history_tables.h"
 #include "board/insertion_sort.h"
 #include "board/movegen.h"
 

@@ -23,3 +23,18 @@ inline Move nextOfList(MovePicker& picker, Skip skip) {
 
 // Generates, keys and sorts the list of the picker's stage and sets whether losing moves are put off.
 void fillList(MovePicker& picker);
+
+// The next clean move of the picker's row of stages, or 0 at its end. `runStage` gives the move of a stage
+// that has one, and otherwise leaves a list to be read.
+template <class Skip, class RunStage>
+inline Move nextOfStages(MovePicker& picker, Skip skip, RunStage runStage) {
+    while (true) {
+        if (const Move move = nextOfList(picker, skip)) return move;
+        picker.stage = pickerRows[picker.kind][picker.stageIndex++];
+        if (picker.stage == StageEnd) {
+            --picker.stageIndex;  // whoever asks again gets the same answer
+            return NoMove;
+        }
+        if (const Move move = runStage(picker)) return move;
+    }
+}

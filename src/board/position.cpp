@@ -1,8 +1,7 @@
-// Keys and sums from scratch, the debug check that compares them with the running ones, and the draw tests.
+// Keys and sums from scratch, and the debug check that compares them with the running ones.
 #include "board/position.h"
 
-#include "board/attacks.h"
-#include "board/legality.h"
+#include "board/geometry.h"
 #include "board/piece_square.h"
 #include "board/zobrist.h"
 
@@ -94,41 +93,4 @@ bool isConsistent(const Position& pos, bool withSums) {
         fault = "phase";
     if (fault) std::fprintf(stderr, "inconsistent position: %s\n", fault);
     return fault == nullptr;
-}
-
-bool isPlayable(const Position& pos) {
-    if (popcount(pos.pieces[White][King]) != 1 || popcount(pos.pieces[Black][King]) != 1) return false;
-    if ((pos.pieces[White][Pawn] | pos.pieces[Black][Pawn]) & (Rank1 | Rank8)) return false;
-    const Colour waiting = opponent(pos.sideToMove());
-    return !isAttacked(pos, pos.kingSquare(waiting), opponent(waiting), pos.occupied);
-}
-
-// Counts earlier records with this key, up to `wanted`, which are the same side's turn since the last
-// irreversible move. A game's first record may lie nearer than the clock says.
-static int countRepetitions(const Position* parent, Key key, int clock, int wanted) {
-    if (clock < 4) return 0;
-    int found = 0;
-    const Position* record = parent;
-    for (int plies = 1; plies < 3 && record; ++plies) record = record->prev;
-    for (int plies = 4; plies <= clock && record && record->prev; plies += 2) {
-        const Position* candidate = record->prev;
-        if (candidate->key == key && ++found == wanted) break;
-        record = candidate->prev;
-    }
-    return found;
-}
-
-bool repeatedOnce(const Position* parent, Key key, int clock) {
-    return countRepetitions(parent, key, clock, 1) == 1;
-}
-
-bool repeatedTwice(const Position* parent, Key key, int clock) {
-    return countRepetitions(parent, key, clock, 2) == 2;
-}
-
-bool drawnByClock(const Position& child) {
-    if (child.halfmoveClock <= 99) return false;
-    // Intended: a mate counts on exactly the hundredth half-move and no later.
-    if (child.halfmoveClock == 100 && child.inCheck) return hasLegalMove(child);
-    return true;
 }

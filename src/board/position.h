@@ -32,8 +32,8 @@ struct Position {
     EvalCacheEntry* evalCache;
     PawnEntry* pawnHash;
     MatCacheEntry* matHash;
-    std::int32_t* history;     // this thread's [16][4096] quiet-move counters
-    std::uint16_t* contHist;   // slice selected by the move that led here: [16][64] by the next move
+    std::int32_t* history;     // this thread's QuietHistory, as history_tables.h has it
+    std::uint16_t* contHist;   // slice of its ContinuationHistory, selected by the move that led here
     std::uint16_t* contHist2;  // the same for the move before that
 
     Move lastMove;             // 0 after a null move or at a root; a double push after a FEN with en passant
@@ -67,8 +67,6 @@ struct Position {
 static_assert(sizeof(Position) == 336);
 static_assert(std::is_trivially_copyable_v<Position>);
 
-inline constexpr std::uint8_t NoCastlingRights = 15;
-
 // Keys and sums of the pieces on the board, from scratch.
 Key computeKey(const Position& pos);
 Key computePawnKey(const Position& pos);
@@ -80,16 +78,3 @@ int computePhase(const Position& pos);
 // Whether every incremental field equals its value from scratch; the first that differs is named on standard
 // error. `psqPair` and `phase` are compared only if `withSums` is set, since game records hold none.
 bool isConsistent(const Position& pos, bool withSums);
-
-// False for a record that no legal game can hold and that the rest of the program must not work on: not
-// exactly one king a side, a pawn on a back rank, or the side not to move in check.
-bool isPlayable(const Position& pos);
-
-// Draw tests, asked of a freshly made child with its predecessor. The walk steps back from the child by four
-// plies, then by two, while no more than `clock` plies lie behind it and records exist. Null moves are no
-// barriers.
-bool repeatedOnce(const Position* parent, Key key, int clock);
-bool repeatedTwice(const Position* parent, Key key, int clock);
-
-// Fifty-move rule for a child whose `inCheck` is set: a clock above 99 draws, except a mate on exactly 100.
-bool drawnByClock(const Position& child);

@@ -4,19 +4,16 @@
 #include "board/move_picker.h"
 #include "board/picker_stages.h"
 
-Move nextQuiescenceMove(MovePicker* picker) {
-    const auto skip = [&](Move move) { return move == picker->hashMove; };
-    while (true) {
-        if (const Move move = nextOfList(*picker, skip)) return move;
-        picker->stage = pickerRows[picker->kind][picker->stageIndex++];
-        if (picker->stage == StageEnd) {
-            --picker->stageIndex;
-            return NoMove;
-        }
-        if (picker->stage == StageHash) {
-            if (picker->hashMove && isValidMove(*picker->position, picker->hashMove)) return picker->hashMove;
-        } else {
-            fillList(*picker);
-        }
+// The hash stage gives one move; the others leave their list to be read.
+static Move runStage(MovePicker& picker) {
+    if (picker.stage != StageHash) {
+        fillList(picker);
+        return NoMove;
     }
+    return picker.hashMove && isValidMove(*picker.position, picker.hashMove) ? picker.hashMove : NoMove;
+}
+
+Move nextQuiescenceMove(MovePicker* picker) {
+    return nextOfStages(
+        *picker, [&](Move move) { return move == picker->hashMove; }, runStage);
 }

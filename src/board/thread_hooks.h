@@ -4,33 +4,31 @@
 #pragma once
 
 #include "base/relaxed.h"
+#include "board/history_tables.h"
+#include "board/position.h"
 #include "board/types.h"
 
 #include <cstddef>
 #include <cstdint>
 
-struct EvalCacheEntry;
-struct PawnEntry;
-struct MatCacheEntry;
-
 inline constexpr int MaxThreads = 128;
-
-// Continuation slices: 1024 counters by the next move's code * 64 + to.
-inline constexpr std::size_t ContinuationSlice = 1024;
 
 // One search thread's share, found by Position::threadIndex. A row fills one cache line.
 struct alignas(64) ThreadHooks {
     Relaxed<std::uint64_t>* nodes = nullptr;  // raised by every make while the thread is not stopped
     const Relaxed<std::uint8_t>* stopFlag = nullptr;
-    std::int32_t* history = nullptr;                   // [16][4096], by moved code and the move's low 12 bits
-    std::int32_t (*captureHistory)[64][16] = nullptr;  // [16][64][16], by moved code, target, captured code
-    std::uint16_t* continuationHistory = nullptr;      // 960 slices, by code * 64 + to of the earlier move
+    std::int32_t* history = nullptr;               // QuietHistory
+    CaptureRow* captureHistory = nullptr;          // CaptureHistory
+    std::uint16_t* continuationHistory = nullptr;  // ContinuationHistory
     EvalCacheEntry* evalCache = nullptr;
     PawnEntry* pawnHash = nullptr;
     MatCacheEntry* matHash = nullptr;
 };
 static_assert(sizeof(ThreadHooks) == 64);
 extern ThreadHooks threadHooks[MaxThreads];
+
+// Points a record at the tables of a thread, with empty continuations. `threadIndex` is set too.
+void attachThread(Position& pos, int threadIndex);
 
 // Entry sizes, in bytes; each table asserts its own.
 inline constexpr std::size_t TransBucketSize = 48;

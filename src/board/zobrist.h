@@ -1,5 +1,5 @@
-// The random constants behind every key of a position. They never change: a saved hash file is only of use to
-// a program with the same set.
+// The random constants (Zobrist keys) behind every key of a position. They never change: a saved hash file is
+// only of use to a program with the same set.
 #pragma once
 
 #include "board/types.h"

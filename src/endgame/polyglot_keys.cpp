@@ -1,7 +1,9 @@
 // The published numbers of the book format, and the key that they make.
 #include "endgame/polyglot_keys.h"
 
-#include "board/fen.h"
+#include "board/castling.h"
+
+#include <initializer_list>
 
 // clang-format off
 const Key polyglotRandom[781] = {

@@ -6,6 +6,7 @@
 
 #include "base/settings.h"
 #include "board/attacks.h"
+#include "board/castling.h"
 #include "board/make_move.h"
 #include "board/movegen.h"
 #include "endgame/tb_entry.h"

@@ -2,6 +2,7 @@
 
 #include "base/settings.h"
 #include "board/attacks.h"
+#include "board/castling.h"
 #include "board/insertion_sort.h"
 #include "board/legality.h"
 #include "board/make_move.h"

@@ -5,8 +5,6 @@
 #include "board/geometry.h"
 #include "eval/caches.h"
 
-#include <algorithm>
-
 // The constructor leaves the maps unwritten; each is written by the stage that its comment names. Indices are
 // colours; c is the colour that a map belongs to.
 struct EvalInfo {
@@ -37,7 +35,3 @@ struct EvalInfo {
 
     EvalInfo() {}
 };
-
-inline int squareDistance(int a, int b) {
-    return std::max(geometry::fileDistance(a, b), geometry::rankDistance(a, b));
-}

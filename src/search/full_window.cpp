@@ -2,9 +2,9 @@
 // carries the rule by which threads avoid each other: a move that another thread is searching now is put off
 // to a second pass (ABDADA in its simple form).
 #include "board/exchange.h"
+#include "board/history_tables.h"
 #include "board/legality.h"
 #include "board/make_move.h"
-#include "board/movegen.h"
 #include "eval/parameters.h"
 #include "search/node.h"
 #include "search/reductions.h"

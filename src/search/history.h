@@ -2,6 +2,7 @@
 // Each thread has tables of its own, so nothing here is shared.
 #pragma once
 
+#include "board/history_tables.h"
 #include "search/search_tables.h"
 #include "search/search_thread.h"
 #include "search/thread_pool.h"
@@ -35,9 +36,9 @@ inline constexpr int HistoryScale = 16000, CaptureScale = 4000;
 inline constexpr int CaptureBonusShare = 6;  // captures learn from a sixth of the bonus, in both directions
 
 inline std::int32_t& historyEntry(const Position& pos, QuietMove quiet) {
-    return pos.history[quiet.code * 4096 + quiet.fromTo];
+    return pos.history[historyIndex(quiet.code, quiet.fromTo)];
 }
-inline int continuationIndex(QuietMove quiet) { return quiet.code * 64 + (quiet.fromTo & 63); }
+inline int continuationIndex(QuietMove quiet) { return continuationIndex(quiet.code, quiet.fromTo & 63); }
 
 inline void rewardQuiet(const Position& pos, QuietMove quiet, int bonus, int continuationBonus) {
     rewardCounter<HistoryCentre, HistoryScale>(historyEntry(pos, quiet), bonus);

@@ -5,6 +5,7 @@
 
 #include "base/settings.h"
 #include "board/attacks.h"
+#include "board/draws.h"
 #include "board/move_picker.h"
 #include "endgame/tb_probe.h"
 #include "eval/evaluate.h"
@@ -72,18 +73,6 @@ inline bool markCheck(Position& child) {
     child.inCheck = isInCheck(child);
     return child.inCheck;
 }
-
-// Draw by rule of a child that was just made by a move that doesn't capture or promote.
-inline bool isDrawnByRule(const Position& pos, const Position& child, bool needsTwoRepetitions) {
-    constexpr int FirstRepetitionClock = 4, LastClock = 99;  // half-moves
-    const int clock = child.halfmoveClock;
-    if (clock < FirstRepetitionClock) return false;
-    if (clock > LastClock && drawnByClock(child)) return true;
-    return needsTwoRepetitions ? repeatedTwice(&pos, child.key, clock) : repeatedOnce(&pos, child.key, clock);
-}
-
-// Intended: a first repetition counts as a draw everywhere in the tree but for the moves tried at ply 1.
-inline bool needsTwoRepetitions(int ply) { return ply == 1; }
 
 // A pawn ending that has just come about is worth knowing exactly, whatever the other extensions say.
 inline constexpr int PawnEndingExtension = 2 * OnePly;
@@ -160,7 +149,7 @@ struct NodeFrame {
         return true;
     }
     // Mate or stalemate.
-    int scoreWithoutMoves() const { return pos.inCheck ? ply - MateScore : 0; }
+    int scoreWithoutMoves() const { return pos.inCheck ? ply - MateScore : DrawScore; }
 };
 
 // What zero-window and full-window nodes share. The constructor leaves the arrays unwritten.
@@ -237,7 +226,7 @@ struct SearchNode : NodeFrame {
     // Scores a move that draws by rule; false if it doesn't.
     bool noteDraw(Trial& trial) const {
         if (trial.isTactical || !isDrawnByRule(pos, child, needsTwoRepetitions(ply))) return false;
-        trial.score = 0;
+        trial.score = DrawScore;
         trial.drawn = true;
         return true;
     }

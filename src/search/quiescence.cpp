@@ -1,5 +1,6 @@
 // The quiescence search: captures, promotions and, for one ply, checks, until the static score can be
 // trusted. It serves zero and full windows and tells them apart by their width.
+#include "board/draws.h"
 #include "board/exchange.h"
 #include "board/legality.h"
 #include "board/make_move.h"
@@ -196,7 +197,7 @@ int searchQuiescence(Position& pos, int alpha, int beta, int qDepth, int ply, Mo
         const bool tactical = isTactical(pos, move);
         // Intended: one repetition is enough at every ply.
         const bool drawn = !tactical && isDrawnByRule(pos, node.child, false);
-        int score = 0;
+        int score = DrawScore;
         if (!drawn) {
             if (!tactical && isIdle(node, move)) continue;
             score = -searchQuiescence(node.child, -node.beta, -node.alpha, qDepth - OnePly, ply + 1,

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "board/exchange.h"
-#include "board/movegen.h"
+#include "board/history_tables.h"
 #include "eval/parameters.h"
 #include "search/move_questions.h"
 #include "search/search_tables.h"

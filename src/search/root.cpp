@@ -1,11 +1,12 @@
 // The root search: walks the thread's root list once at a given depth and window. It keeps the list sorted,
 // reports, and sets the counters that the time rules read.
 #include "base/clock.h"
+#include "board/draws.h"
 #include "board/exchange.h"
+#include "board/history_tables.h"
 #include "board/insertion_sort.h"
 #include "board/legality.h"
 #include "board/make_move.h"
-#include "board/movegen.h"
 #include "search/history.h"
 #include "search/node.h"
 #include "search/reductions.h"
@@ -124,7 +125,7 @@ inline int scoreMove(RootNode& node, Move move) {
     Position& child = node.child;
     if (isDrawnByRule(node.pos, child, needsTwoRepetitions(ChildPly))) {
         node.childPv[0] = NoMove;
-        return 0;
+        return DrawScore;
     }
     // Check extension. Intended: the root extends every check that loses nothing, whatever the line's credit.
     const int ext = child.inCheck && !seeLosing(node.pos, move) ? OnePly : 0;

@@ -2,6 +2,7 @@
 
 #include "base/settings.h"
 #include "board/attacks.h"
+#include "board/castling.h"
 #include "board/exchange.h"
 #include "board/make_move.h"
 #include "board/move_picker.h"

@@ -4,6 +4,7 @@
 
 #include "base/large_memory.h"
 #include "base/relaxed.h"
+#include "board/history_tables.h"
 #include "board/move.h"
 #include "board/position.h"
 
@@ -32,12 +33,10 @@ struct SearchThread {
     RootMove rootMoves[MaxListMoves];           // ended by a zero move
     Relaxed<std::uint64_t> nodes;               // of the current search; one writer
     KillerRow killers[KillerRows];              // by ply
-    std::int32_t history[16][4096];             // by moved code and from-to, around HistoryCentre
-    std::int32_t captureHistory[16][64][16];    // by moved code, target, captured code, around CaptureCentre
-    Move counterMoves[2][7][4096];              // by side to move, type and from-to of the move before
-    // By code * 64 + to of an earlier move, then code and target of the next; around HistoryCentre. Codes
-    // reach 14.
-    std::uint16_t continuationHistory[960][16][64];
+    QuietHistory history;                       // around HistoryCentre
+    CaptureHistory captureHistory;              // around CaptureCentre
+    Move counterMoves[2][7][FromToCount];       // by side to move, type and from-to of the move before
+    ContinuationHistory continuationHistory;    // around HistoryCentre
     EvalCacheEntry* evalCache;
     PawnEntry* pawnHash;
     MatCacheEntry* matHash;

@@ -4,7 +4,6 @@
 
 #include "base/output.h"
 #include "base/settings.h"
-#include "board/fen.h"
 #include "board/thread_hooks.h"
 #include "eval/parameters.h"
 #include "search/limits.h"

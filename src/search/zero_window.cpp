@@ -1,9 +1,9 @@
 // The zero-window search: all nodes off the principal variation, searched with a null window, and nearly all
 // of the program's selectivity. What it prunes before the first move stands in pruning_before_moves.cpp.
 #include "board/exchange.h"
+#include "board/history_tables.h"
 #include "board/legality.h"
 #include "board/make_move.h"
-#include "board/movegen.h"
 #include "board/zobrist.h"
 #include "search/reductions.h"
 #include "search/zero_window_node.h"

@@ -7,6 +7,7 @@
 #include "board/fen.h"
 #include "board/perft.h"
 #include "board/sliders.h"
+#include "board/thread_hooks.h"
 #include "eval/parameters.h"
 #include "search/limits.h"
 #include "search/search_tables.h"

@@ -1,6 +1,7 @@
 // The `go` command: what it asks for, and the times that follow from it.
 #include "base/clock.h"
 #include "base/settings.h"
+#include "board/legality.h"
 #include "search/limits.h"
 #include "search/search.h"
 #include "search/search_host.h"

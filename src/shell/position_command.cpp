@@ -1,6 +1,7 @@
 // The `position` command: sets the game's first record from a FEN and walks its moves.
 #include "base/end_process.h"
 #include "board/attacks.h"
+#include "board/castling.h"
 #include "board/fen.h"
 #include "board/geometry.h"
 #include "board/legality.h"
@@ -68,13 +69,7 @@ bool makeToken(const Position& pos, Position& child, const std::string& token) {
 // tables of the present start know them, or castling would move what stands on other squares.
 void dropForeignRights(Position& pos) {
     const std::uint8_t before = pos.castleLost;
-    for (int right = WhiteShort; right <= BlackLong; ++right) {
-        const Colour colour = right < BlackShort ? White : Black;
-        const int king = colour == White ? whiteKingStart : blackKingStart;
-        const bool known = castleKingPath[right] && pos.board[king] == boardCode(colour, King) &&
-                           pos.board[castleRook[right]] == boardCode(colour, Rook);
-        if (!known) pos.castleLost = std::uint8_t(pos.castleLost | 1 << right);
-    }
+    pos.castleLost = std::uint8_t(pos.castleLost | (NoCastlingRights & ~rightsThatStand(pos)));
     if (pos.castleLost == before) return;
     pos.key = computeKey(pos);
     pos.pawnKey = computePawnKey(pos);

@@ -1,6 +1,7 @@
 #include "tree/playout.h"
 
 #include "board/attacks.h"
+#include "board/draws.h"
 #include "board/exchange.h"
 #include "board/legality.h"
 #include "board/make_move.h"
@@ -227,7 +228,7 @@ void waitWhileBusy(const MctsNode& child, const Position& pos) {
 bool isTreeDraw(const Position& pos, Position& child, int ply) {
     child.inCheck = isInCheck(child);
     const int clock = child.halfmoveClock;
-    if (clock > 99) return drawnByClock(child);
+    if (clock > LastFreeClock) return drawnByClock(child);
     return ply > 1 ? repeatedOnce(&pos, child.key, clock) : repeatedTwice(&pos, child.key, clock);
 }
 

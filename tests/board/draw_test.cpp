@@ -1,5 +1,5 @@
 // Draws by repetition and by the clock, along chains of records.
-#include "board/position.h"
+#include "board/draws.h"
 #include "support/board_environment.h"
 
 TEST(Draws, RepetitionsAreSeenInTheChild) {

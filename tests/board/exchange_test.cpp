@@ -2,6 +2,7 @@
 #include "board/exchange.h"
 
 #include "board/fen.h"
+#include "board/legality.h"
 #include "board/move_text.h"
 #include "support/board_environment.h"
 #include "support/slow_chess.h"

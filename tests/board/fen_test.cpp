@@ -1,6 +1,8 @@
 // Reading and writing FEN: castling tables, en passant, and texts that no one should send.
 #include "board/fen.h"
 
+#include "board/castling.h"
+#include "board/legality.h"
 #include "support/board_environment.h"
 
 #include <cctype>
@@ -41,10 +43,10 @@ TEST(Fen, CastlingTablesFollowTheField) {
                 const int right = 2 * colour + side;
                 const int rook = home + one.rooks[side];
                 lost -= 1 << right;
-                EXPECT_EQ(castleRook[right], std::uint32_t(rook));
-                EXPECT_EQ(castlePath[right], one.path[side] << home);
-                EXPECT_EQ(castleKingPath[right], one.kingPath[side] << home);
-                EXPECT_EQ(castleKeep[right], ~(pos.pieces[colour][King] | bit(rook)));
+                EXPECT_EQ(castling.rook[right], std::uint32_t(rook));
+                EXPECT_EQ(castling.path[right], one.path[side] << home);
+                EXPECT_EQ(castling.kingPath[right], one.kingPath[side] << home);
+                EXPECT_EQ(castling.keep[right], ~(pos.pieces[colour][King] | bit(rook)));
             }
             EXPECT_EQ(pos.castleLost, lost);
         }

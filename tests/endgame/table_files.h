@@ -3,6 +3,7 @@
 #pragma once
 
 #include "board/fen.h"
+#include "board/legality.h"
 #include "endgame/tb_entry.h"
 #include "endgame/tb_probe.h"
 #include "endgame/tb_setup.h"

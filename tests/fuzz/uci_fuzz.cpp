@@ -8,6 +8,7 @@
 // - Lines that name the options of memory, threads or files are written anew from what they say: small
 //   tables, three threads at most, and files in a folder of the fuzzer's own.
 // - `quit` is left out, since the tables are gone after it.
+#include "board/legality.h"
 #include "endgame/book.h"
 #include "fuzz/fuzz_support.h"
 #include "search/limits.h"

@@ -4,6 +4,7 @@
 
 #include "base/relaxed.h"
 #include "base/settings.h"
+#include "board/history_tables.h"
 #include "board/move.h"
 #include "board/position.h"
 
@@ -24,9 +25,9 @@ inline ::testing::Environment* const boardEnvironment =
 struct BoardArrays {
     Relaxed<std::uint64_t> nodes;
     Relaxed<std::uint8_t> stopFlag;
-    std::int32_t history[16 * 4096];
-    std::int32_t captureHistory[16][64][16];
-    std::uint16_t continuationHistory[1024 * 1024];
+    std::int32_t history[CodeCount * FromToCount];
+    CaptureHistory captureHistory;
+    std::uint16_t continuationHistory[ContinuationSlices * ContinuationSlice];
 };
 extern BoardArrays boardArrays;
 

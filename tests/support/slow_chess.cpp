@@ -1,5 +1,6 @@
 #include "support/slow_chess.h"
 
+#include "board/castling.h"
 #include "board/fen.h"
 
 #include <algorithm>
@@ -111,7 +112,7 @@ SlowBoard slowBoardOf(const Position& pos) {
     for (int square = 0; square < 64; ++square) board.at[square] = ".PNBRQK..pnbrqk."[pos.board[square]];
     board.whiteToMove = pos.gamePly % 2 == 0;
     for (int right = 0; right < 4; ++right)
-        board.castleRook[right] = pos.castleLost & 1 << right ? -1 : int(castleRook[right]);
+        board.castleRook[right] = pos.castleLost & 1 << right ? -1 : int(castling.rook[right]);
     board.enPassant = -1;
     for (int square = 0; square < 64; ++square)
         if (pos.epMask >> square & 1) board.enPassant = square;
