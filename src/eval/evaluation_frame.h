@@ -11,6 +11,8 @@
 #include "eval/parameters.h"
 #include "eval/pawns.h"
 #include "eval/terms.h"
+#include "eval/weights_frame.h"
+#include "eval/weights_pawns.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -40,14 +42,15 @@ constexpr int roundedBy(int x) {
 inline constexpr int ResultUnit = 10 * MaxPhase;  // blended units of one centipawn
 inline constexpr int TenthUnit = MaxPhase;        // and of a tenth of one
 
+// Tapered evaluation: between the two lanes by phase.
 inline int blend(Score s, int phase) { return egOf(s) * (MaxPhase - phase) + mgOf(s) * phase; }
 
 // For the side to move, in tenths of a centipawn.
-constexpr int tempo(int phase) { return 26 + (91 * phase + MaxPhase / 2) / MaxPhase; }
+constexpr int tempo(int phase) { return TempoBase + (TempoByPhase * phase + MaxPhase / 2) / MaxPhase; }
 
 // A score that is cut where material is level.
 inline int levelCut(int score, int material) {
-    return std::abs(material) < LevelMaterial ? score * 88 / 100 : score;
+    return std::abs(material) < LevelMaterial ? score * LevelPercent / 100 : score;
 }
 
 // Scores shrink as the fifty-move rule comes near.
@@ -60,8 +63,8 @@ inline int scaledByClock(const Position& pos, int score) {
 
 inline int forMover(const Position& pos, int score) { return pos.sideToMove() == White ? score : -score; }
 
-// The estimate from material and the line's last positional score; true if it lies outside the window.
-// Intended: there is no margin.
+// Lazy evaluation: the estimate from material and the line's last positional score; true if it lies outside
+// the window. Intended: there is no margin.
 inline bool leavesEarly(const Position& pos, int material, float scale, int phase, int alpha, int beta,
                         int& estimate) {
     constexpr int LeastPhase = 6;
@@ -106,8 +109,7 @@ template <class Observer>
 
 // Late in the game a wide front of pawns is worth something in itself.
 inline Score spanDifference(const PawnEntry& pawns) {
-    constexpr int spanEg[9] = {-32, -30, -24, -14, 0, 18, 36, 54, 72};
-    return pair(0, spanEg[pawns.span[White]] - spanEg[pawns.span[Black]]);
+    return pair(0, SpanEg[pawns.span[White]] - SpanEg[pawns.span[Black]]);
 }
 
 // Style: the pieces' sum is stretched lane by lane. Intended: the pawn score is not.
@@ -118,7 +120,6 @@ inline Score dynamic(Score sum) { return pair(mgOf(sum) * dynamismMg / 128, egOf
 template <class Observer>
 int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int material, float scale,
              Observer& observer) {
-    constexpr float RamScale[9] = {1.0f, 1.0f, 0.95f, 0.9f, 0.8f, 0.7f, 0.6f, 0.5f, 0.4f};
     constexpr int LatePhase = 18;
     const PawnEntry& pawns = *info.pawns;
     observer.sum("stages", info.score[White] - info.score[Black]);
@@ -132,10 +133,10 @@ int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int material,
     pos.psqBlend = score;
     observer.value("blended by phase", score);
     const bool queens = pos.pieces[White][Queen] | pos.pieces[Black][Queen];
-    if (!queens && pawns.passed[White][0] == 0 && pawns.passed[Black][0] == 0) scale *= 0.9f;
+    if (!queens && pawns.passed[White][0] == 0 && pawns.passed[Black][0] == 0) scale *= NoQueensScale;
     score = int(float(score) * scale);
     observer.value("scaled by material", score);
-    if (pawns.fewOpenFiles) score = int(double(score) * 0.9);
+    if (pawns.fewOpenFiles) score = int(double(score) * FewOpenFilesScale);
     observer.value("cut for few open files", score);
     score = int(float(score + material) * RamScale[std::min<int>(pawns.rams, 8)]);
     observer.value("with material, cut for rams", score);
@@ -144,7 +145,6 @@ int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int material,
 
 // Moves an advantage with the width of the own pawn front, the more the nearer the endgame. White's view.
 inline int pulledBySpan(int score, const PawnEntry& pawns, int phase) {
-    constexpr int SpanPull[9] = {12, 10, 8, 6, 4, 2, 0, -2, -4};
     constexpr int Cap = 150;               // centipawns
     constexpr int Whole = 128 * MaxPhase;  // the table counts in 128ths
     const int lateness = MaxPhase - phase;

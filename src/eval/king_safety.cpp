@@ -1,23 +1,21 @@
 // The piece half of king safety: attack units, which a table turns into a middlegame score.
 #include "board/sliders.h"
-#include "eval/mobility_tables.h"
 #include "eval/parameters.h"
 #include "eval/terms.h"
+#include "eval/weights_king.h"
 
 #include <algorithm>
 
 namespace {
 
-constexpr Score SafeCheck = pair(0, 84);
-
 constexpr Bitboard Centre = bit(D4) | bit(E4) | bit(D5) | bit(E5);
 
 // The centre grows by three squares on the wing of White's king and by three on that of Black's.
 Bitboard centralArea(int whiteKing, int blackKing) {
-    constexpr Bitboard whiteWest = bit(C3) | bit(D3) | bit(C4), whiteEast = bit(E3) | bit(F3) | bit(F4);
-    constexpr Bitboard blackWest = bit(C6) | bit(D6) | bit(C5), blackEast = bit(E6) | bit(F6) | bit(F5);
-    return Centre | (fileOf(whiteKing) <= 3 ? whiteWest : whiteEast) |
-           (fileOf(blackKing) <= 3 ? blackWest : blackEast);
+    constexpr Bitboard WhiteWest = bit(C3) | bit(D3) | bit(C4), WhiteEast = bit(E3) | bit(F3) | bit(F4);
+    constexpr Bitboard BlackWest = bit(C6) | bit(D6) | bit(C5), BlackEast = bit(E6) | bit(F6) | bit(F5);
+    return Centre | (fileOf(whiteKing) <= 3 ? WhiteWest : WhiteEast) |
+           (fileOf(blackKing) <= 3 ? BlackWest : BlackEast);
 }
 
 // Squares from which one kind of piece gives check; a safe one replaces the plain units.

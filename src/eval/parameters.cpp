@@ -2,6 +2,7 @@
 #include "eval/parameters.h"
 
 #include "base/settings.h"
+#include "eval/weights_material.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -50,19 +51,14 @@ void buildPhaseScale() {
 
 // The product is formed in single precision: a double one would lose a unit here and there.
 void buildPhasePieceValues() {
-    struct Lanes {
-        int mg, eg;
-    };
-    constexpr Lanes values[5] = {
-        {155, 190}, {480, 490}, {540, 570}, {670, 670}, {1430, 1500}};  // pawn to queen
     for (int phase = 0; phase <= MaxPhase; ++phase) {
         int* row = PhasePieceValue[phase];
-        row[0] = 75;
+        row[0] = NoManPrice;
         for (int i = 0; i < 5; ++i) {
-            const int blend = values[i].mg * phase + values[i].eg * (MaxPhase - phase);
+            const int blend = PiecePrices[i].mg * phase + PiecePrices[i].eg * (MaxPhase - phase);
             row[i + 1] = int(MaterialPhaseScale[phase] * float(blend) / float(MaxPhase));
         }
-        row[6] = 10000;
+        row[6] = KingPrice;
     }
 }
 
