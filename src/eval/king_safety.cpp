@@ -1,6 +1,6 @@
 // The piece half of king safety: attack units, which a table turns into a middlegame score.
 #include "board/sliders.h"
-#include "eval/parameters.h"
+#include "eval/king_danger.h"
 #include "eval/terms.h"
 #include "eval/weights_king.h"
 
@@ -24,22 +24,21 @@ int checkUnits(EvalInfo& info, Bitboard checks, int plainUnits) {
     if (!checks) return 0;
     if (!(checks & ~info.allAttacks[opponent(us)])) return plainUnits;
     info.score[us] += SafeCheck;
-    return 2 * plainUnits;
+    return SafeCheckTimes * plainUnits;
 }
 
 // The queen's checks from afar, and the squares beside the king that she reaches.
 template <Colour us>
 int queenUnits(const Position& pos, EvalInfo& info, Bitboard lines) {
     constexpr Colour them = opponent(us);
-    constexpr int Most = 25;
     const Bitboard free = ~pos.pieces[us][AllPieces];
     const Bitboard beside = info.kingAttacks[them];
-    int units = checkUnits<us>(info, lines & info.queenAttacks[us] & free & ~beside, 5);
+    int units = checkUnits<us>(info, lines & info.queenAttacks[us] & free & ~beside, QueenCheckUnits);
     const Bitboard contact = beside & info.queenAttacks[us] & free & ~info.attacks[them];
     const Bitboard helped = contact & (info.minorAttacks[us] | info.rookAttacks[us] | info.pawnAttacks[us] |
                                        info.kingAttacks[us]);
-    units += popcount(contact) + 9 * popcount(helped);
-    return std::min(units, Most);
+    units += QueenContactUnits * popcount(contact) + HelpedContactUnits * popcount(helped);
+    return std::min(units, MostQueenUnits);
 }
 
 template <Colour us>
@@ -49,25 +48,26 @@ void attackKing(const Position& pos, EvalInfo& info) {
     const Bitboard free = ~pos.pieces[us][AllPieces];
     const Bitboard diagonals = bishopAttacksOf(king, pos.occupied);
     const Bitboard straights = rookAttacksOf(king, pos.occupied);
-    info.units[us] +=
-        checkUnits<us>(info, knightAttacks[std::size_t(king)] & info.knightAttacks[us] & free, 4);
-    info.units[us] += checkUnits<us>(info, diagonals & info.bishopAttacks[us] & free, 3);
-    info.units[us] += checkUnits<us>(info, straights & info.rookAttacks[us] & free, 4);
+    info.units[us] += checkUnits<us>(info, knightAttacks[std::size_t(king)] & info.knightAttacks[us] & free,
+                                     KnightCheckUnits);
+    info.units[us] += checkUnits<us>(info, diagonals & info.bishopAttacks[us] & free, BishopCheckUnits);
+    info.units[us] += checkUnits<us>(info, straights & info.rookAttacks[us] & free, RookCheckUnits);
     info.units[us] += queenUnits<us>(pos, info, diagonals | straights);
 }
 
-// One unit off for each kind of piece that defends a square beside its own king.
+// Each kind of piece that defends a square beside its own king counts once.
 template <Colour us>
 void defendKing(EvalInfo& info) {
     const Bitboard beside = info.kingAttacks[us];
     for (const Bitboard defenders : {info.knightAttacks[us], info.bishopAttacks[us], info.queenAttacks[us]})
-        if (defenders & beside) --info.units[opponent(us)];
+        if (defenders & beside) info.units[opponent(us)] += DefenderUnits;
 }
 
 template <Colour us>
 void undefendedNeighbours(EvalInfo& info) {
     constexpr Colour them = opponent(us);
-    info.units[us] += 2 * popcount(info.kingAttacks[them] & info.allAttacks[us] & ~info.attacks[them]);
+    info.units[us] +=
+        UndefendedUnits * popcount(info.kingAttacks[them] & info.allAttacks[us] & ~info.attacks[them]);
 }
 
 }  // namespace

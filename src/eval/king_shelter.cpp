@@ -4,15 +4,13 @@
 
 #include "board/geometry.h"
 #include "eval/caches.h"
+#include "eval/king_danger.h"
 #include "eval/weights_king.h"
 
 #include <algorithm>
 #include <cstdint>
 
 namespace {
-
-// Lane units of shelter that take one unit off the enemy's attack.
-constexpr int ShelterPerUnit = 220;
 
 // The king's squares that short castling aims at.
 template <Colour us>

@@ -8,9 +8,6 @@
 
 #include <cstdint>
 
-// Weight of king safety: the option's default, and the tree search's, whatever the option says.
-inline constexpr int UsualKingSafety = 72;
-
 // Rebuilds every parameter table from the options. Called after `initMaterialTable`, before each bench pass,
 // and after an option that was stored.
 void initEvalParameters();
@@ -18,13 +15,6 @@ void initEvalParameters();
 // Reads the style options (dynamism, king safety). Does nothing if the tree-search mode is as at its last
 // run, unless `initEvalParameters` forces it.
 void applyStyle();
-
-// Fills the king danger table with a weight of `k` (the option's scale, 0 to 200), varied by
-// `kingSafetyJitter`.
-void buildKingSafetyTable(int k);
-
-// Whether the table is one that was varied.
-bool isKingSafetyVaried();
 
 // Spread of the random variation of king safety, 0 for none; set at search start.
 extern int kingSafetyJitter;
@@ -49,10 +39,6 @@ extern int dynamismEg;
 // centipawns that quiescence prunes by.
 extern float MaterialPhaseScale[MaxPhase + 1];
 extern int PhasePieceValue[MaxPhase + 1][7];
-
-// Middlegame value of attack units against a king.
-inline constexpr int KingDangerEntries = 256;
-extern Score KingDanger[KingDangerEntries];
 
 // By a row that follows from the pawn's rank, and a king's distance from the square ahead of it: endgame
 // value alone. Passer and candidate tables are read at the relative rank minus 1, those of pawn endings at

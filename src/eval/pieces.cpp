@@ -1,5 +1,6 @@
 // Knights, bishops, rooks and queens: mobility, lines, files, and the maps that later stages read.
 #include "board/sliders.h"
+#include "eval/king_danger.h"
 #include "eval/terms.h"
 #include "eval/weights_king.h"
 #include "eval/weights_pieces.h"
@@ -8,9 +9,6 @@
 #include <algorithm>
 
 namespace {
-
-constexpr int FirstUnits = 6;  // attack units that a side starts with
-constexpr int NoQueenUnits = -7;
 
 // A king's zone: the squares around a centre that is one step away from the edge of the board.
 constexpr Bitboard makeKingZone(int king) {
@@ -127,7 +125,7 @@ void evaluateKnights(const Position& pos, EvalInfo& info) {
         const int count = info.pinned[us] & bit(square) ? 0 : popcount(reach) + popcount(reach & forward);
         info.score[us] += KnightPawnSpan[info.pawns->span[them]] +
                           KnightKingDistance[squareDistance(square, info.king[us])] + KnightMobility[count];
-        addZoneUnits<us>(info, attacks, 2);
+        addZoneUnits<us>(info, attacks, KnightZoneUnits);
     });
 }
 
@@ -168,7 +166,7 @@ void evaluateBishops(const Position& pos, EvalInfo& info) {
         if (dominatesKnight<us>(pos, square)) sum += BishopRulesKnight;
         info.score[us] += sum;
         info.bishopAttacks[us] |= attacks;
-        addZoneUnits<us>(info, attacks, 1);
+        addZoneUnits<us>(info, attacks, SliderZoneUnits);
     });
 }
 
@@ -200,9 +198,9 @@ void evaluateRooks(const Position& pos, EvalInfo& info) {
         sum += rookFile<us>(pos, info, square) + RookMobility[popcount(reach)];
         info.score[us] += sum;
         info.rookAttacks[us] |= attacks;
-        addZoneUnits<us>(info, attacks, 1);
+        addZoneUnits<us>(info, attacks, SliderZoneUnits);
         if (fileOf(square) == fileOf(enemyKing) && !(lineBetween(square, enemyKing) & own[Pawn]))
-            info.units[us] += 2;
+            info.units[us] += RookFileUnits;
     });
 }
 
@@ -223,7 +221,7 @@ void evaluateQueens(const Position& pos, EvalInfo& info) {
         const int mobility = QueenMobilityValues[popcount(reach)];
         info.score[us] += at(OpenFileUnits, info.pawns->openFiles) + pair(mobility, mobility);
         info.queenAttacks[us] |= attacks;
-        addZoneUnits<us>(info, attacks, 1);
+        addZoneUnits<us>(info, attacks, SliderZoneUnits);
     });
 }
 

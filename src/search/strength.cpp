@@ -2,6 +2,7 @@
 
 #include "base/settings.h"
 #include "endgame/book.h"
+#include "eval/king_danger.h"
 #include "eval/parameters.h"
 #include "search/limits.h"
 

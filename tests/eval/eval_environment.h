@@ -6,6 +6,7 @@
 #include "board/thread_hooks.h"
 #include "eval/caches.h"
 #include "eval/evaluate.h"
+#include "eval/king_danger.h"
 #include "eval/king_pawn_bitbase.h"
 #include "eval/material.h"
 #include "eval/parameters.h"
