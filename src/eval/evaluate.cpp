@@ -1,5 +1,5 @@
 #include "eval/evaluate.h"
 
-#include "eval/frame.h"
+#include "eval/evaluation_frame.h"
 
 int evaluate(Position& pos, int alpha, int beta) { return evaluateBefore(NoObserver{}, pos, alpha, beta); }

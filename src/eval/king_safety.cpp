@@ -1,23 +1,21 @@
 // The piece half of king safety: attack units, which a table turns into a middlegame score.
 #include "board/sliders.h"
-#include "eval/mobility_tables.h"
-#include "eval/parameters.h"
+#include "eval/king_danger.h"
 #include "eval/terms.h"
+#include "eval/weights_king.h"
 
 #include <algorithm>
 
 namespace {
 
-constexpr Score SafeCheck = pair(0, 84);
-
 constexpr Bitboard Centre = bit(D4) | bit(E4) | bit(D5) | bit(E5);
 
 // The centre grows by three squares on the wing of White's king and by three on that of Black's.
 Bitboard centralArea(int whiteKing, int blackKing) {
-    constexpr Bitboard whiteWest = bit(C3) | bit(D3) | bit(C4), whiteEast = bit(E3) | bit(F3) | bit(F4);
-    constexpr Bitboard blackWest = bit(C6) | bit(D6) | bit(C5), blackEast = bit(E6) | bit(F6) | bit(F5);
-    return Centre | (fileOf(whiteKing) <= 3 ? whiteWest : whiteEast) |
-           (fileOf(blackKing) <= 3 ? blackWest : blackEast);
+    constexpr Bitboard WhiteWest = bit(C3) | bit(D3) | bit(C4), WhiteEast = bit(E3) | bit(F3) | bit(F4);
+    constexpr Bitboard BlackWest = bit(C6) | bit(D6) | bit(C5), BlackEast = bit(E6) | bit(F6) | bit(F5);
+    return Centre | (fileOf(whiteKing) <= 3 ? WhiteWest : WhiteEast) |
+           (fileOf(blackKing) <= 3 ? BlackWest : BlackEast);
 }
 
 // Squares from which one kind of piece gives check; a safe one replaces the plain units.
@@ -26,22 +24,21 @@ int checkUnits(EvalInfo& info, Bitboard checks, int plainUnits) {
     if (!checks) return 0;
     if (!(checks & ~info.allAttacks[opponent(us)])) return plainUnits;
     info.score[us] += SafeCheck;
-    return 2 * plainUnits;
+    return SafeCheckTimes * plainUnits;
 }
 
 // The queen's checks from afar, and the squares beside the king that she reaches.
 template <Colour us>
 int queenUnits(const Position& pos, EvalInfo& info, Bitboard lines) {
     constexpr Colour them = opponent(us);
-    constexpr int Most = 25;
     const Bitboard free = ~pos.pieces[us][AllPieces];
     const Bitboard beside = info.kingAttacks[them];
-    int units = checkUnits<us>(info, lines & info.queenAttacks[us] & free & ~beside, 5);
+    int units = checkUnits<us>(info, lines & info.queenAttacks[us] & free & ~beside, QueenCheckUnits);
     const Bitboard contact = beside & info.queenAttacks[us] & free & ~info.attacks[them];
     const Bitboard helped = contact & (info.minorAttacks[us] | info.rookAttacks[us] | info.pawnAttacks[us] |
                                        info.kingAttacks[us]);
-    units += popcount(contact) + 9 * popcount(helped);
-    return std::min(units, Most);
+    units += QueenContactUnits * popcount(contact) + HelpedContactUnits * popcount(helped);
+    return std::min(units, MostQueenUnits);
 }
 
 template <Colour us>
@@ -51,25 +48,26 @@ void attackKing(const Position& pos, EvalInfo& info) {
     const Bitboard free = ~pos.pieces[us][AllPieces];
     const Bitboard diagonals = bishopAttacksOf(king, pos.occupied);
     const Bitboard straights = rookAttacksOf(king, pos.occupied);
-    info.units[us] +=
-        checkUnits<us>(info, knightAttacks[std::size_t(king)] & info.knightAttacks[us] & free, 4);
-    info.units[us] += checkUnits<us>(info, diagonals & info.bishopAttacks[us] & free, 3);
-    info.units[us] += checkUnits<us>(info, straights & info.rookAttacks[us] & free, 4);
+    info.units[us] += checkUnits<us>(info, knightAttacks[std::size_t(king)] & info.knightAttacks[us] & free,
+                                     KnightCheckUnits);
+    info.units[us] += checkUnits<us>(info, diagonals & info.bishopAttacks[us] & free, BishopCheckUnits);
+    info.units[us] += checkUnits<us>(info, straights & info.rookAttacks[us] & free, RookCheckUnits);
     info.units[us] += queenUnits<us>(pos, info, diagonals | straights);
 }
 
-// One unit off for each kind of piece that defends a square beside its own king.
+// Each kind of piece that defends a square beside its own king counts once.
 template <Colour us>
 void defendKing(EvalInfo& info) {
     const Bitboard beside = info.kingAttacks[us];
     for (const Bitboard defenders : {info.knightAttacks[us], info.bishopAttacks[us], info.queenAttacks[us]})
-        if (defenders & beside) --info.units[opponent(us)];
+        if (defenders & beside) info.units[opponent(us)] += DefenderUnits;
 }
 
 template <Colour us>
 void undefendedNeighbours(EvalInfo& info) {
     constexpr Colour them = opponent(us);
-    info.units[us] += 2 * popcount(info.kingAttacks[them] & info.allAttacks[us] & ~info.attacks[them]);
+    info.units[us] +=
+        UndefendedUnits * popcount(info.kingAttacks[them] & info.allAttacks[us] & ~info.attacks[them]);
 }
 
 }  // namespace

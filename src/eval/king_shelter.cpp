@@ -1,29 +1,16 @@
-// The pawn half of king safety: own pawns before the king shelter it, enemy pawns coming at it storm it.
-// Everything here is middlegame value alone.
+// The pawn half of king safety: pawn shelter, own pawns before the king, and pawn storm, enemy pawns that
+// come at it. Everything here is middlegame value alone.
 #include "eval/king_shelter.h"
 
 #include "board/geometry.h"
 #include "eval/caches.h"
+#include "eval/king_danger.h"
+#include "eval/weights_king.h"
 
 #include <algorithm>
 #include <cstdint>
 
 namespace {
-
-// By the rank of a pawn as its own side sees it, 0 to 7.
-constexpr int ShelterRank[8] = {0, 240, 200, 80, 40, 0, 0, 0};
-constexpr int StormOpen[8] = {-18, 0, 0, -36, -108, -360, -117, 0};
-constexpr int StormBlocked[8] = {-14, 0, 0, -28, -84, -280, -91, 0};
-constexpr int StormOther[8] = {-16, 0, 0, -32, -96, -320, -104, 0};
-
-// By how many of the three files hold an enemy pawn.
-constexpr int ShelterEnemyFiles[4] = {-54, -36, -18, 0};
-
-// By the king's file: the file whose own pawns count double.
-constexpr int ShelterMidFile[8] = {1, 1, 2, 3, 4, 5, 6, 6};
-
-// Lane units of shelter that take one unit off the enemy's attack.
-constexpr int ShelterPerUnit = 220;
 
 // The king's squares that short castling aims at.
 template <Colour us>

@@ -5,6 +5,7 @@
 #include "eval/caches.h"
 #include "eval/material_patterns.h"
 #include "eval/parameters.h"
+#include "eval/weights_material.h"
 
 #include <algorithm>
 #include <cctype>
@@ -64,10 +65,8 @@ void enterRow(const MaterialRow& row, bool swapColours) {
 struct Counts {
     int p, n, b, r, q;
     int minors() const { return n + b; }
-    // Weight of the pieces: 28 is one bishop alone, 40 one rook, 72 one queen.
-    int pieceWeight() const { return 28 * b + 24 * n + 40 * r + 72 * q; }
+    int pieceWeight() const { return KnightWeight * n + BishopWeight * b + RookWeight * r + QueenWeight * q; }
 };
-constexpr int BishopAlone = 28, RookAlone = 40, QueenAlone = 72;
 
 Counts countsOf(const Position& pos, Colour us) {
     const Bitboard* own = pos.pieces[us];
@@ -75,18 +74,19 @@ Counts countsOf(const Position& pos, Colour us) {
             popcount(own[Queen])};
 }
 
-// One side's material units: knights gain by own pawns and bishops by own knights; rooks and queens lose with
-// the number of their own kind.
+// What one man of a kind is worth beside these men, in material units.
+int worth(const MaterialWorth& man, const Counts& own, const Counts& enemy) {
+    return man.alone + man.ownPawn * own.p + man.ownKnight * own.n + man.ownBishop * own.b +
+           man.ownRook * own.r + man.ownQueen * own.q + man.enemyPawn * enemy.p;
+}
+
+// One side's material units.
 int sideValue(const Counts& own, const Counts& enemy) {
-    const auto [p, n, b, r, q] = own;
-    int value = 1200 * p + (4420 + 25 * p) * n + (4680 + 5 * n) * b +
-                (8033 - 95 * p - 54 * n - 36 * b - 232 * r) * r +
-                (15732 - 155 * p - 56 * n - 72 * b - 629 * r - 854 * q) * q;
-    if (b > 1) {
-        const bool unopposed = enemy.minors() == 0;
-        value += -10 * p - 4 * n - 20 * r - 91 * q + (unopposed ? 691 : 647);
-    }
-    return value + (22 * n + 2 * b + 11 * r + 29 * q) * enemy.p;
+    int value = PawnWorth * own.p + worth(KnightWorth, own, enemy) * own.n +
+                worth(BishopWorth, own, enemy) * own.b + worth(RookWorth, own, enemy) * own.r +
+                worth(QueenWorth, own, enemy) * own.q;
+    if (own.b > 1) value += worth(enemy.minors() == 0 ? UnopposedBishopPair : BishopPair, own, enemy);
+    return value;
 }
 
 bool bishopsOnBothColours(const Position& pos) {
@@ -97,7 +97,6 @@ bool bishopsOnBothColours(const Position& pos) {
 
 // White minus Black in material units.
 int materialDifference(const Position& pos, const Counts& white, const Counts& black) {
-    constexpr int MinorMajority = 200, SingleBishop = 30;
     int whiteSum = sideValue(white, black);
     int blackSum = sideValue(black, white);
     if (white.minors() >= black.minors() + 3)
@@ -120,8 +119,6 @@ int materialDifference(const Position& pos, const Counts& white, const Counts& b
 
 // How much of an advantage can be turned into a win, by the pawns that are left to the side that has it.
 float pawnScale(const Position& pos, const Counts& white, const Counts& black, int difference) {
-    constexpr float NoPawnScale[4] = {0.05f, 0.11f, 0.2f, 0.28f};
-    constexpr float FewPawnScale[6] = {0.4f, 0.5f, 0.62f, 0.72f, 0.82f, 0.9f};
     const int gap = std::abs((white.pieceWeight() >> 3) - (black.pieceWeight() >> 3));
     if (white.p + black.p == 0) return gap <= 3 ? NoPawnScale[gap] : 1.0f;
     if (pos.phase == 0) return 1.0f;
@@ -138,11 +135,10 @@ float pawnScale(const Position& pos, const Counts& white, const Counts& black, i
 // A huge lead is worth less with many pieces on the board. Wide, since boards that somebody sets up may hold
 // sixty knights.
 int softened(int value, int phase) {
-    constexpr int LargeLead = 72000;  // blended units
     const std::int64_t excess = value > LargeLead    ? value - LargeLead
                                 : value < -LargeLead ? value + LargeLead
                                                      : 0;
-    return value - int(excess * phase / (4 * MaxPhase));
+    return value - int(excess * phase / (LeadSoftening * MaxPhase));
 }
 
 int materialByFormula(const Position& pos, float& scale) {
@@ -154,15 +150,17 @@ int materialByFormula(const Position& pos, float& scale) {
 
     scale = MaterialPhaseScale[phase];
     if (white.p + black.p > 0 && whiteWeight == 0 && blackWeight == 0)
-        scale = 1.3f;
-    else if (whiteWeight == blackWeight && (whiteWeight == QueenAlone || whiteWeight == RookAlone))
-        scale *= 0.9f;
+        scale = PawnEndScale;
+    else if (whiteWeight == blackWeight && (whiteWeight == QueenWeight || whiteWeight == RookWeight))
+        scale *= LoneHeavyScale;
+    // Opposite-coloured bishops.
     const bool oppositeBishops = white.b == 1 && black.b == 1 && bishopsOnBothColours(pos);
-    if (oppositeBishops && whiteWeight == BishopAlone && blackWeight == BishopAlone) scale = 0.64f;
+    if (oppositeBishops && whiteWeight == BishopWeight && blackWeight == BishopWeight)
+        scale = OppositeBishopsScale;
     scale *= pawnScale(pos, white, black, difference);
 
     int value = int(scale * float(difference * BlendedUnit));
-    if (oppositeBishops) value = value * 9 / 10;
+    if (oppositeBishops) value = value * OppositeBishopsTenths / 10;
     return softened(value, phase);
 }
 
@@ -170,8 +168,8 @@ int materialByFormula(const Position& pos, float& scale) {
 
 void initMaterialTable() {
     std::fill(MaterialTable, MaterialTable + MaterialSlots, MaterialSlot{});
-    for (const MaterialRow& row : materialRows) enterRow(row, false);
-    for (const MaterialRow& row : materialRows) enterRow(row, true);
+    for (const MaterialRow& row : KnownMaterial) enterRow(row, false);
+    for (const MaterialRow& row : KnownMaterial) enterRow(row, true);
 }
 
 int evaluateMaterial(const Position& pos, float& scale) {

@@ -7,7 +7,7 @@
 
 // Intended: "k" counts for nothing, so the rows that hold one describe what their other letters say.
 // clang-format off
-const MaterialRow materialRows[MaterialRows] = {
+const MaterialRow KnownMaterial[KnownMaterialSets] = {
     {"", 0, 0.0f, nullptr},
     {"B", 10, 0.0f, nullptr},
     {"C", 10, 0.0f, nullptr},

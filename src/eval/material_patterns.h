@@ -13,5 +13,5 @@ struct MaterialRow {
     EndgameHandler handler;  // decides in place of value and scale, or null
 };
 
-inline constexpr int MaterialRows = 126;
-extern const MaterialRow materialRows[MaterialRows];
+inline constexpr int KnownMaterialSets = 126;
+extern const MaterialRow KnownMaterial[KnownMaterialSets];

@@ -1,48 +1,14 @@
-// Building of the parameter tables from the options and from rules.
+// Building of the parameter tables from rules.
 #include "eval/parameters.h"
 
-#include "base/settings.h"
+#include "eval/style.h"
+#include "eval/weights_material.h"
 
-#include <cmath>
-#include <cstdlib>
-
-int kingSafetyJitter = 0;
 bool treeSearchActive = false;
-Relaxed<Score> contemptPair[2];
-Relaxed<int> contemptValue[2];
-int evalNoise = 0;
-Relaxed<std::uint64_t> noiseKey = 0;
-int dynamismMg = 160;
-int dynamismEg = 185;
 float MaterialPhaseScale[MaxPhase + 1];
 int PhasePieceValue[MaxPhase + 1][7];
-Score KingDanger[KingDangerEntries];
 
 namespace {
-
-// The mode at the last run of `applyStyle`; none before the first.
-enum class StyleMode { None, AlphaBeta, Tree };
-StyleMode appliedMode = StyleMode::None;
-
-bool kingSafetyVaried = false;
-
-// Danger by attack units; more units than these are worth no more.
-constexpr int ListedDangers = 129;
-// clang-format off
-constexpr int KingSafetyCurve[ListedDangers] = {
-    0, 1, 3, 6, 11, 17, 25, 34, 44, 55, 68, 81,
-    96, 112, 129, 147, 166, 185, 205, 227, 248, 270, 293, 317,
-    340, 364, 388, 413, 438, 463, 487, 512, 537, 562, 587, 611,
-    636, 660, 684, 708, 731, 754, 777, 799, 821, 842, 863, 884,
-    904, 924, 943, 962, 980, 998, 1016, 1033, 1049, 1065, 1081, 1096,
-    1111, 1125, 1139, 1152, 1165, 1178, 1190, 1201, 1213, 1224, 1234, 1245,
-    1254, 1264, 1273, 1282, 1291, 1299, 1307, 1314, 1322, 1329, 1336, 1342,
-    1349, 1355, 1360, 1366, 1371, 1377, 1382, 1387, 1391, 1396, 1400, 1404,
-    1408, 1412, 1415, 1419, 1422, 1425, 1428, 1431, 1434, 1437, 1439, 1442,
-    1444, 1447, 1449, 1451, 1453, 1455, 1457, 1459, 1460, 1462, 1464, 1465,
-    1467, 1468, 1469, 1471, 1472, 1473, 1474, 1475, 1476,
-};
-// clang-format on
 
 void buildPhaseScale() {
     for (int phase = 0; phase <= MaxPhase; ++phase) MaterialPhaseScale[phase] = float(0.95 + phase / 480.0);
@@ -50,58 +16,21 @@ void buildPhaseScale() {
 
 // The product is formed in single precision: a double one would lose a unit here and there.
 void buildPhasePieceValues() {
-    struct Lanes {
-        int mg, eg;
-    };
-    constexpr Lanes values[5] = {
-        {155, 190}, {480, 490}, {540, 570}, {670, 670}, {1430, 1500}};  // pawn to queen
     for (int phase = 0; phase <= MaxPhase; ++phase) {
         int* row = PhasePieceValue[phase];
-        row[0] = 75;
+        row[0] = NoManPrice;
         for (int i = 0; i < 5; ++i) {
-            const int blend = values[i].mg * phase + values[i].eg * (MaxPhase - phase);
+            const int blend = PiecePrices[i].mg * phase + PiecePrices[i].eg * (MaxPhase - phase);
             row[i + 1] = int(MaterialPhaseScale[phase] * float(blend) / float(MaxPhase));
         }
-        row[6] = 10000;
+        row[6] = KingPrice;
     }
 }
 
 }  // namespace
 
-bool isKingSafetyVaried() { return kingSafetyVaried; }
-
-void buildKingSafetyTable(int k) {
-    kingSafetyVaried = kingSafetyJitter != 0;
-    if (kingSafetyJitter != 0) {
-        const int step = std::rand() % kingSafetyJitter;
-        k += std::rand() & 1 ? -step : step;
-    }
-    for (int units = 0; units < KingDangerEntries; ++units) {
-        const int listed = units < ListedDangers ? units : ListedDangers - 1;
-        KingDanger[units] = pair(k * KingSafetyCurve[listed] / 10, 0);
-    }
-}
-
-void applyStyle() {
-    const StyleMode mode = treeSearchActive ? StyleMode::Tree : StyleMode::AlphaBeta;
-    if (mode == appliedMode) return;
-    appliedMode = mode;
-    if (mode == StyleMode::Tree) {
-        // The tree search has a style of its own, whatever the options say.
-        dynamismMg = 160;
-        dynamismEg = 185;
-        buildKingSafetyTable(UsualKingSafety);
-        return;
-    }
-    const int dynamism = settings.dynamism + int(5 * std::log2(double(settings.threads)));
-    dynamismMg = dynamism * 128 / 100;
-    dynamismEg = dynamism * 148 / 100;
-    buildKingSafetyTable(settings.kingSafety);
-}
-
 void initEvalParameters() {
-    appliedMode = StyleMode::None;
-    applyStyle();
+    renewStyle();
     buildPhaseScale();
     buildDistanceTables();
     buildPieceSquare();

@@ -1,15 +1,12 @@
 // Passed pawns, as far as pieces matter: who supports them, who stops them, and the kings' race without
 // pieces.
 #include "eval/parameters.h"
-#include "eval/term_tables.h"
 #include "eval/terms.h"
+#include "eval/weights_pawns.h"
 
 #include <algorithm>
 
 namespace {
-
-constexpr Score RookBehind = pair(62, 274);
-constexpr Score KnightNear = pair(0, 50);  // for the side whose knight holds the square ahead
 
 template <Colour us>
 class PassedPawnStage {
@@ -35,13 +32,14 @@ class PassedPawnStage {
         info.score[us] += queensOnly ? PasserQueens[index] : PasserBase[index];
         if (rank <= 2) return;
         const int stop = pawn + pawnStep(us);
-        if (knightNear(stop)) info.score[them] += KnightNear;
+        if (knightNear(stop)) info.score[them] += KnightNearPasser;
         const Bitboard file = fileMask[std::size_t(pawn)];
         const Bitboard ahead = us == White ? ranksAbove[std::size_t(pawn)] : ranksBelow[std::size_t(pawn)];
         const Bitboard rear = file & ~ahead & ~bit(pawn);
-        // Intended: what stands between rook and pawn is not looked at here.
-        if (pos.pieces[us][Rook] & rear) info.score[us] += RookBehind;
-        if (pos.pieces[them][Rook] & rear) info.score[them] += RookBehind;
+        // A rook behind the passed pawn, either side's. Intended: what stands between rook and pawn is not
+        // looked at here.
+        if (pos.pieces[us][Rook] & rear) info.score[us] += RookBehindPasser;
+        if (pos.pieces[them][Rook] & rear) info.score[them] += RookBehindPasser;
         if (pos.occupied & bit(stop)) return;
         evaluatePath(pawn, stop, file & ahead, rear, index);
     }
@@ -81,7 +79,7 @@ class PassedPawnStage {
 
     // With pawns and kings alone the distances decide.
     void race() {
-        info.score[us] += pair(0, 40 * farthest);
+        info.score[us] += at(FarthestPasser, farthest);
         for (int i = 0; i < MaxPassed && passed[i]; ++i) {
             const int rank = relativeRank(us, passed[i]);
             if (rank < 2) continue;

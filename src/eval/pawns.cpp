@@ -6,15 +6,27 @@
 #include "eval/eval_info.h"
 #include "eval/king_shelter.h"
 #include "eval/parameters.h"
-#include "eval/term_tables.h"
+#include "eval/weights_king.h"
+#include "eval/weights_pawns.h"
 
+#include <array>
 #include <bit>
+#include <cstdint>
 #include <cstdlib>
 
 namespace {
 
 constexpr Bitboard EdgeFiles = FileA | FileH;
 constexpr Bitboard CentreBlock = 0x00003c3c3c3c0000ULL;  // c3 to f6
+
+// By the files that a side's pawns stand on, as eight bits: the last minus the first, plus 1; 0 for none.
+constexpr std::array<std::uint8_t, 256> makePawnSpan() {
+    std::array<std::uint8_t, 256> table{};
+    for (unsigned files = 1; files < 256; ++files)
+        table[files] = std::uint8_t(int(std::bit_width(files)) - std::countr_zero(files));
+    return table;
+}
+constexpr std::array<std::uint8_t, 256> PawnSpan = makePawnSpan();
 
 // Sets of squares for each colour; ahead means towards the enemy's first rank.
 struct PawnMaps {
@@ -75,7 +87,7 @@ void kingDistanceFromPawns(const Position& pos, const PawnMaps& maps, Score acc[
     forEachSquare(pawns, [&](int square) { fileSum += fileOf(square); });
     const int average = fileSum / popcount(pawns);
     for (const Colour colour : {White, Black})
-        acc[colour] -= pair(0, 15 * std::abs(average - fileOf(pos.kingSquare(colour))));
+        acc[colour] += at(KingFilesFromPawns, std::abs(average - fileOf(pos.kingSquare(colour))));
 }
 
 template <Colour us>
@@ -84,7 +96,7 @@ Score tension(const PawnMaps& maps) {
     return at(PawnTension, popcount(maps.pawns[us] & farHalf & maps.attacks[opponent(us)]));
 }
 
-// Pawns on one file; the frontmost of them suffers most when nothing defends it.
+// Doubled pawns, on one file; the frontmost of them suffers most when nothing defends it.
 template <Colour us>
 Score doubledPawns(const PawnMaps& maps, Bitboard doubledFront) {
     const Bitboard own = maps.pawns[us];
@@ -92,6 +104,7 @@ Score doubledPawns(const PawnMaps& maps, Bitboard doubledFront) {
     return at(DoubledPawns, extra) + at(DoubledUnsupported, popcount(doubledFront & ~maps.attacks[us]));
 }
 
+// Isolated pawns have no own pawn on the files beside them.
 template <Colour us>
 Score isolatedPawns(const PawnMaps& maps, Bitboard doubledFront) {
     const Bitboard closed = maps.fileFill[opponent(us)];
@@ -118,12 +131,12 @@ Score edgePhalanxes(const PawnMaps& maps) {
         const int inward = fileOf(square) == 0 ? 1 : -1;
         const int keySquare = square + 2 * pawnStep(us) + inward;
         // Intended: the phalanx costs more while the key square is empty.
-        sum += maps.pawns[opponent(us)] & bit(keySquare) ? pair(-1, -25) : pair(-2, -50);
+        sum += maps.pawns[opponent(us)] & bit(keySquare) ? EdgePhalanxHeld : EdgePhalanxFree;
     });
     return sum;
 }
 
-// Pawns that no own pawn can ever defend, and whose neighbours have gone ahead.
+// Backward pawns: no own pawn can ever defend them, and whose neighbours have gone ahead.
 template <Colour us>
 Score backwardPawns(const PawnMaps& maps, Bitboard doubledFront) {
     constexpr Colour them = opponent(us);
@@ -165,7 +178,8 @@ void passedPawns(const Position& pos, const PawnMaps& maps, Bitboard passers, Pa
     if (count >= 2) acc[us] += SeveralPassers;
 }
 
-// Pawns with a free file that may become passed because their sentries are no more than the files to help on.
+// Candidate passed pawns: with a free file they may become passed because their sentries are no more than the
+// files to help on.
 template <Colour us>
 Score candidates(const Position& pos, const PawnMaps& maps, Bitboard pawns) {
     constexpr Colour them = opponent(us);

@@ -1,14 +1,14 @@
 // Knights, bishops, rooks and queens: mobility, lines, files, and the maps that later stages read.
 #include "board/sliders.h"
-#include "eval/mobility_tables.h"
+#include "eval/king_danger.h"
 #include "eval/terms.h"
+#include "eval/weights_king.h"
+#include "eval/weights_pieces.h"
+#include "eval/weights_threats.h"
 
 #include <algorithm>
 
 namespace {
-
-constexpr int FirstUnits = 6;  // attack units that a side starts with
-constexpr int NoQueenUnits = -7;
 
 // A king's zone: the squares around a centre that is one step away from the edge of the board.
 constexpr Bitboard makeKingZone(int king) {
@@ -74,14 +74,15 @@ void prepareSharedMaps(const Position& pos, EvalInfo& info) {
     info.score[us] = -at(OpenFileUnits, info.pawns->openFiles);
 }
 
-// A rook that its own king keeps in the corner. Intended: only the king's wing is looked at.
+// A trapped piece: the rook that its own king keeps in the corner. Intended: only the king's wing is looked
+// at.
 template <Colour us>
-void shutInRook(const Position& pos, EvalInfo& info) {
+void trappedRook(const Position& pos, EvalInfo& info) {
     constexpr int flip = us == White ? 0 : 56;
     constexpr Bitboard kingSquares = bit(F1 ^ flip) | bit(G1 ^ flip);
     constexpr Bitboard corner = bit(G1 ^ flip) | bit(H1 ^ flip) | bit(G2 ^ flip) | bit(H2 ^ flip);
     if ((pos.pieces[us][King] & kingSquares) && (pos.pieces[us][Rook] & corner))
-        info.score[us] += pair(-282, -101);
+        info.score[us] += TrappedRook;
 }
 
 // ---- The pieces ----
@@ -124,19 +125,20 @@ void evaluateKnights(const Position& pos, EvalInfo& info) {
         const int count = info.pinned[us] & bit(square) ? 0 : popcount(reach) + popcount(reach & forward);
         info.score[us] += KnightPawnSpan[info.pawns->span[them]] +
                           KnightKingDistance[squareDistance(square, info.king[us])] + KnightMobility[count];
-        addZoneUnits<us>(info, attacks, 2);
+        addZoneUnits<us>(info, attacks, KnightZoneUnits);
     });
 }
 
-// Own pawns on a bishop's square colour are in its way, the more if no enemy bishop can attack them there.
+// Own pawns on a bishop's square colour are in its way, the more if the side has the bishop pair and no enemy
+// bishop can attack them there.
 template <Colour us>
 Score bishopAndPawns(const Position& pos, int square) {
     constexpr Colour them = opponent(us);
     const Bitboard colour = bit(square) & DarkSquares ? DarkSquares : LightSquares;
     const int same = popcount(pos.pieces[us][Pawn] & colour);
     const int other = popcount(pos.pieces[us][Pawn] & ~colour);
-    const bool pairOfBishops = severalBits(pos.pieces[us][Bishop]);
-    const int times = pairOfBishops && !(pos.pieces[them][Bishop] & colour) ? 2 : 1;
+    const bool bishopPair = severalBits(pos.pieces[us][Bishop]);
+    const int times = bishopPair && !(pos.pieces[them][Bishop] & colour) ? 2 : 1;
     return at(SameColourPawns, same) * times + at(OtherColourPawns, other);
 }
 
@@ -161,22 +163,23 @@ void evaluateBishops(const Position& pos, EvalInfo& info) {
         sum += linePressure<us>(pos, square, targets, BishopLineOwn, BishopLineEnemy);
         sum += BishopPawnMobility[popcount(bishopAttacksOf(square, pawns))];
         sum += BishopMobility[popcount(reach)] + bishopAndPawns<us>(pos, square);
-        if (dominatesKnight<us>(pos, square)) sum += pair(20, 19);
+        if (dominatesKnight<us>(pos, square)) sum += BishopRulesKnight;
         info.score[us] += sum;
         info.bishopAttacks[us] |= attacks;
-        addZoneUnits<us>(info, attacks, 1);
+        addZoneUnits<us>(info, attacks, SliderZoneUnits);
     });
 }
 
-// A rook on a file without own pawns; an enemy pawn there matters more if another one defends it.
+// A rook on an open or semi-open file, one without own pawns; an enemy pawn there matters more if another one
+// defends it.
 template <Colour us>
 Score rookFile(const Position& pos, const EvalInfo& info, int square) {
     constexpr Colour them = opponent(us);
     const Bitboard file = fileMask[std::size_t(fileOf(square))];
     if (pos.pieces[us][Pawn] & file) return {};
     const Bitboard enemyPawns = pos.pieces[them][Pawn] & file;
-    if (!enemyPawns) return pair(185, 157);
-    return enemyPawns & info.pawnAttacks[them] ? pair(20, 44) : pair(112, 94);
+    if (!enemyPawns) return RookOpenFile;
+    return enemyPawns & info.pawnAttacks[them] ? RookDefendedFile : RookSemiOpenFile;
 }
 
 template <Colour us>
@@ -191,13 +194,13 @@ void evaluateRooks(const Position& pos, EvalInfo& info) {
         const Bitboard targets = rookRays[std::size_t(square)] & pos.pieces[them][Queen];
         Score sum = at(OpenFileUnits, info.pawns->openFiles);
         sum += linePressure<us>(pos, square, targets, RookLineOwn, RookLineEnemy);
-        if (relativeRank(us, square) == 6 && relativeRank(us, enemyKing) == 7) sum += pair(64, 163);
+        if (relativeRank(us, square) == 6 && relativeRank(us, enemyKing) == 7) sum += RookOnSeventh;
         sum += rookFile<us>(pos, info, square) + RookMobility[popcount(reach)];
         info.score[us] += sum;
         info.rookAttacks[us] |= attacks;
-        addZoneUnits<us>(info, attacks, 1);
+        addZoneUnits<us>(info, attacks, SliderZoneUnits);
         if (fileOf(square) == fileOf(enemyKing) && !(lineBetween(square, enemyKing) & own[Pawn]))
-            info.units[us] += 2;
+            info.units[us] += RookFileUnits;
     });
 }
 
@@ -218,7 +221,7 @@ void evaluateQueens(const Position& pos, EvalInfo& info) {
         const int mobility = QueenMobilityValues[popcount(reach)];
         info.score[us] += at(OpenFileUnits, info.pawns->openFiles) + pair(mobility, mobility);
         info.queenAttacks[us] |= attacks;
-        addZoneUnits<us>(info, attacks, 1);
+        addZoneUnits<us>(info, attacks, SliderZoneUnits);
     });
 }
 
@@ -234,13 +237,19 @@ void queenDefence(const Position& pos, EvalInfo& info) {
 // Pieces and pawns on the wing where both kings stand.
 template <Colour us>
 void wingPieces(const Position& pos, EvalInfo& info, Bitboard wing, Bitboard bishopSquares) {
-    constexpr Score Share = pair(35, 0);
     const Bitboard* own = pos.pieces[us];
-    if (own[Bishop] & bishopSquares) info.score[us] += Share;
+    if (own[Bishop] & bishopSquares) info.score[us] += WingShare;
     const Bitboard attackers = (own[Queen] | own[Knight]) & wing;
-    if (attackers) info.score[us] += Share;
-    if (severalBits(attackers)) info.score[us] += Share;
-    info.score[us] += pair(8 * popcount(own[Pawn] & wing), 0);
+    if (attackers) info.score[us] += WingShare;
+    if (severalBits(attackers)) info.score[us] += WingShare;
+    info.score[us] += at(WingPawns, popcount(own[Pawn] & wing));
+}
+
+template <Colour us>
+void evaluateLesserPieces(const Position& pos, EvalInfo& info) {
+    evaluateKnights<us>(pos, info);
+    evaluateBishops<us>(pos, info);
+    evaluateRooks<us>(pos, info);
 }
 
 }  // namespace
@@ -250,15 +259,8 @@ void prepareMaps(const Position& pos, EvalInfo& info) {
     prepareOwnMaps<Black>(pos, info);
     prepareSharedMaps<White>(pos, info);
     prepareSharedMaps<Black>(pos, info);
-    shutInRook<White>(pos, info);
-    shutInRook<Black>(pos, info);
-}
-
-template <Colour us>
-static void evaluateLesserPieces(const Position& pos, EvalInfo& info) {
-    evaluateKnights<us>(pos, info);
-    evaluateBishops<us>(pos, info);
-    evaluateRooks<us>(pos, info);
+    trappedRook<White>(pos, info);
+    trappedRook<Black>(pos, info);
 }
 
 void evaluatePieces(const Position& pos, EvalInfo& info) {

@@ -1,6 +1,6 @@
 // Outposts, and the small relations between pieces, pawns and kings.
-#include "eval/mobility_tables.h"
 #include "eval/terms.h"
+#include "eval/weights_pieces.h"
 
 namespace {
 
@@ -10,7 +10,7 @@ constexpr Bitboard filesFromTo(int first, int last) {
     return files;
 }
 
-// Pieces where no enemy pawn can ever attack them, best on squares that own pawns hold.
+// Outposts: pieces where no enemy pawn can ever attack them, best on squares that own pawns hold.
 template <Colour us>
 Score outposts(const Position& pos, const EvalInfo& info) {
     constexpr Colour them = opponent(us);
@@ -26,7 +26,7 @@ Score outposts(const Position& pos, const EvalInfo& info) {
         Bitboard reached = 0;
         if (enemy[Bishop] & DarkSquares) reached |= DarkSquares;
         if (enemy[Bishop] & LightSquares) reached |= LightSquares;
-        sum += pair(156, 74) * popcount(posts & ~reached);
+        sum += UnreachedOutpost * popcount(posts & ~reached);
     }
     sum += at(KnightBlockades, popcount(own[Knight] & safe & pawnPushes<them>(enemy[Pawn])));
     return sum + at(UnassailablePieces, popcount((own[Knight] | own[Bishop] | own[Rook]) & safe));
@@ -56,23 +56,22 @@ Score enemyHomeBlocked(const Position& pos) {
     return at(EnemyHomeBlocked, popcount(pawnPushes<them>(home) & pos.occupied));
 }
 
-// A bishop in the corner behind an own man on the long diagonal.
+// A trapped bishop: in the corner behind an own man on the long diagonal.
 template <Colour us>
 Score cornerBishops(const Position& pos) {
     constexpr int flip = us == White ? 0 : 56;
-    constexpr Score Buried = pair(-63, -96);
     const Bitboard bishops = pos.pieces[us][Bishop];
     const Bitboard own = pos.pieces[us][AllPieces];
     Score sum;
-    if ((bishops & bit(H1 ^ flip)) && (own & bit(G2 ^ flip))) sum += Buried;
-    if ((bishops & bit(A1 ^ flip)) && (own & bit(B2 ^ flip))) sum += Buried;
+    if ((bishops & bit(H1 ^ flip)) && (own & bit(G2 ^ flip))) sum += TrappedBishop;
+    if ((bishops & bit(A1 ^ flip)) && (own & bit(B2 ^ flip))) sum += TrappedBishop;
     return sum;
 }
 
 template <Colour us>
 void relationsOf(const Position& pos, EvalInfo& info) {
     info.score[us] += outposts<us>(pos, info) + pawnsAndPieces<us>(pos, info) + enemyHomeBlocked<us>(pos);
-    if (pos.pieces[us][Bishop] & pawnPushes<us>(pos.pieces[us][King])) info.score[us] += pair(73, 0);
+    if (pos.pieces[us][Bishop] & pawnPushes<us>(pos.pieces[us][King])) info.score[us] += BishopBeforeKing;
     info.score[us] += cornerBishops<us>(pos);
 }
 

@@ -1,6 +1,6 @@
 // Attacks on men that are worth more, or are not defended well enough, and pawn pushes that would make some.
-#include "eval/mobility_tables.h"
 #include "eval/terms.h"
+#include "eval/weights_threats.h"
 
 namespace {
 
@@ -19,7 +19,7 @@ Score pawnThreats(const Position& pos, const EvalInfo& info) {
     if (!hit) return {};
     const Bitboard safePawns = pos.pieces[us][Pawn] & (info.allAttacks[us] | ~info.allAttacks[them]);
     const Bitboard safeHit = hit & pawnAttacks<us>(safePawns);
-    const Score unsafe = hit != safeHit ? pair(262, 236) : Score{};
+    const Score unsafe = hit != safeHit ? UnsafePawnThreat : Score{};
     return unsafe + byType(pos, safeHit, PawnThreat);
 }
 
@@ -37,7 +37,7 @@ Score pieceThreats(const Position& pos, const EvalInfo& info) {
     sum += byType(pos, (weak | enemy[Queen]) & info.rookAttacks[us], RookThreat);
     sum += at(HangingPieces, popcount(weak & ~info.allAttacks[them]));
     if (const Bitboard kingHit = unprotected & info.kingAttacks[us])
-        sum += severalBits(kingHit) ? pair(34, 518) : pair(11, 232);
+        sum += severalBits(kingHit) ? KingThreats : KingThreat;
     return sum;
 }
 
@@ -55,12 +55,12 @@ Score pushThreats(const Position& pos, const EvalInfo& info) {
     return at(PushThreat, popcount(victims));
 }
 
-}  // namespace
-
 template <Colour us>
-static void threatsOf(const Position& pos, EvalInfo& info) {
+void threatsOf(const Position& pos, EvalInfo& info) {
     info.score[us] += pawnThreats<us>(pos, info) + pieceThreats<us>(pos, info) + pushThreats<us>(pos, info);
 }
+
+}  // namespace
 
 void evaluateThreats(const Position& pos, EvalInfo& info) {
     threatsOf<White>(pos, info);

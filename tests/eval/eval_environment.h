@@ -5,10 +5,13 @@
 #include "board/fen.h"
 #include "board/thread_hooks.h"
 #include "eval/caches.h"
+#include "eval/contempt.h"
 #include "eval/evaluate.h"
+#include "eval/king_danger.h"
 #include "eval/king_pawn_bitbase.h"
 #include "eval/material.h"
 #include "eval/parameters.h"
+#include "eval/style.h"
 #include "support/board_environment.h"
 
 #include <cstring>
@@ -33,10 +36,9 @@ class EvalTest : public ::testing::Test {
             return true;
         }();
         settings.threads = 1;
-        contemptPair[White] = contemptPair[Black] = Score{};
-        contemptValue[White] = contemptValue[Black] = 0;
-        evalNoise = 0;
-        kingSafetyJitter = 0;
+        setContempt(0, White, false);
+        setNoise(0);
+        setKingSafetyJitter(0);
         treeSearchActive = false;
         initEvalParameters();
         prefetchBases.evalMask = prefetchBases.pawnMask = Entries - 1;

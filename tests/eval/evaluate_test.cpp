@@ -36,10 +36,7 @@ class WholeEval : public EvalTest {
         settings.kingSafety = style == "ks0" ? 0 : style == "ks200" ? 200 : 72;
         settings.dynamism = style == "dyn0" ? 0 : style == "dyn400" ? 400 : 125;
         settings.contempt = style == "con100" ? 100 : 0;
-        contemptValue[mover] = settings.contempt;
-        contemptValue[opponent(mover)] = -settings.contempt;
-        contemptPair[mover] = pair(10 * settings.contempt, 10 * settings.contempt / 4);
-        contemptPair[opponent(mover)] = -contemptPair[mover];
+        setContempt(settings.contempt, mover, false);
         initEvalParameters();
     }
 };
@@ -93,11 +90,11 @@ TEST_F(WholeEval, ClockWrongBishopAndNoise) {
     std::set<int> differences;
     for (const Listed& row : listed()) {
         Position quiet = rootOf(row.fen), noisy = quiet;
-        evalNoise = 0;
+        setNoise(0);
         const int before = freshScore(quiet);
         if (before == 0) continue;
-        evalNoise = 37;
-        noiseKey = 0x5bd1e9955bd1e995ULL;
+        setNoise(37);
+        setNoiseKey(0x5bd1e9955bd1e995ULL);
         const int after = freshScore(noisy);
         EXPECT_EQ(freshScore(noisy), after) << row.fen;
         EXPECT_NEAR(after, before, 19 + 2) << row.fen;
@@ -183,8 +180,8 @@ TEST_F(WholeEval, AccountsAddUp) {
         for (const EvalAccount::Row& stage : account.rows)
             (stage.name == "pawns" ? pawns : pieces) += stage.white - stage.black;
         const int phase = pos.cappedPhase();
-        const int mg = mgOf(pawns) + mgOf(pieces) * dynamismMg / 128;
-        const int eg = egOf(pawns) + egOf(pieces) * dynamismEg / 128;
+        const int mg = mgOf(pawns) + mgOf(pieces) * evalStyle.dynamismMg / 128;
+        const int eg = egOf(pawns) + egOf(pieces) * evalStyle.dynamismEg / 128;
         const Score sum = account.sums.back().value;
         ASSERT_EQ(mgOf(sum), mg) << row.fen;
         if (phase >= 18) {

@@ -1,4 +1,5 @@
-// What the parameter tables hold, and the style that options and threads ask for.
+// What the parameter tables hold, the style that options and threads ask for, and the sides that
+// contempt falls to.
 #include "eval/eval_environment.h"
 
 #include <set>
@@ -22,15 +23,15 @@ TEST_F(Parameters, StyleFollowsOptionsAndThreadsUnlessTheTreeSearches) {
         settings.kingSafety = expected.kingSafety;
         treeSearchActive = expected.tree;
         initEvalParameters();
-        EXPECT_EQ(dynamismMg, expected.mg) << expected.threads;
-        EXPECT_EQ(dynamismEg, expected.eg) << expected.threads;
+        EXPECT_EQ(evalStyle.dynamismMg, expected.mg) << expected.threads;
+        EXPECT_EQ(evalStyle.dynamismEg, expected.eg) << expected.threads;
         EXPECT_EQ(KingDanger[60], pair(expected.danger, 0)) << expected.kingSafety;
     }
     buildKingSafetyTable(10);
     int sum = 0;  // of the typed table, of which positions reach the beginning alone
     for (int units = 0; units <= 128; ++units) sum += mgOf(KingDanger[units]);
     EXPECT_EQ(sum, 123803);
-    kingSafetyJitter = 20;
+    setKingSafetyJitter(20);
     std::set<int> seen;
     for (int i = 0; i < 40; ++i) {
         buildKingSafetyTable(72);
@@ -39,4 +40,25 @@ TEST_F(Parameters, StyleFollowsOptionsAndThreadsUnlessTheTreeSearches) {
         seen.insert(mgOf(KingDanger[60]));
     }
     EXPECT_GT(seen.size(), 5u);
+}
+
+TEST_F(Parameters, ContemptFallsToTheMoverAtTheRootOrToWhite) {
+    setContempt(-17, Black, false);
+    EXPECT_EQ(contemptValue[Black], -17);
+    EXPECT_EQ(contemptValue[White], 17);
+    EXPECT_EQ(contemptPair[Black], pair(-170, -42));
+    EXPECT_EQ(contemptPair[White], pair(170, 42));
+    settings.whiteContempt = true;
+    setContempt(16, Black, false);
+    EXPECT_EQ(contemptValue[White], 16);
+    EXPECT_EQ(contemptPair[White], pair(160, 40));
+    // A tree search knows it only as a value.
+    setContempt(15, Black, true);
+    EXPECT_EQ(contemptValue[White], 15);
+    EXPECT_EQ(contemptPair[White], Score{});
+    EXPECT_EQ(contemptPair[Black], Score{});
+    // An iteration's score moves it, truncated towards 0.
+    EXPECT_EQ(contemptFromScore(100, 16), 27);
+    EXPECT_EQ(contemptFromScore(-100, 16), 5);
+    EXPECT_EQ(contemptFromScore(-31990, 0), -21);
 }

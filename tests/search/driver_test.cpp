@@ -2,6 +2,7 @@
 #include "board/legality.h"
 #include "endgame/book.h"
 #include "endgame/polyglot_keys.h"
+#include "eval/king_danger.h"
 #include "search/search_environment.h"
 #include "support/allocation_count.h"
 #include "support/book_record.h"

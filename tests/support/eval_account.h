@@ -4,7 +4,7 @@
 
 #include "board/piece_square.h"
 #include "eval/evaluate.h"
-#include "eval/frame.h"
+#include "eval/evaluation_frame.h"
 
 #include <string>
 #include <vector>

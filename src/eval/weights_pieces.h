@@ -1,8 +1,7 @@
-// Tables of the pieces' terms, (middlegame, endgame) in lane units.
+// Weights of the pieces, (middlegame, endgame) in lane units.
 #pragma once
 
-#include "board/score.h"
-#include "eval/term_tables.h"
+#include "eval/count_table.h"
 
 // ---- Mobility, by number of squares ----
 
@@ -55,37 +54,36 @@ inline constexpr Score BishopLineEnemy[7] = {{}, pair(10, 10), pair(120, 120), {
 inline constexpr Score RookLineOwn[7] = {{}, {}, pair(100, 100), pair(100, 100), {}, {}, {}};
 inline constexpr Score RookLineEnemy[7] = {{}, pair(10, 10), pair(100, 100), pair(100, 100), {}, {}, {}};
 
-// The man that is attacked by a safe pawn, a minor piece, a rook.
-inline constexpr Score PawnThreat[7] = {
-    {}, {}, pair(528, 417), pair(393, 381), pair(651, 654), pair(609, 545), {},
-};
-inline constexpr Score MinorThreat[7] = {
-    {}, pair(0, 124), pair(170, 161), pair(172, 176), pair(260, 380), pair(170, 420), {},
-};
-inline constexpr Score RookThreat[7] = {
-    {}, pair(0, 94), pair(150, 232), pair(150, 221), pair(0, 128), pair(131, 180), {},
-};
 // clang-format on
 
-// ---- Pairs for each count ----
+// ---- Bishops ----
 
 // Own pawns on the bishop's square colour, and on the other.
 inline constexpr CountTable SameColourPawns = timesCount(-16, -16);
 inline constexpr CountTable OtherColourPawns = timesCount(16, 16);
-// Attacked pawns that only a queen defends.
-inline constexpr CountTable QueenOnlyDefence = timesCount(24, 26);
-inline constexpr CountTable HangingPieces = timesCount(180, 105);  // weak men that nothing defends
-inline constexpr CountTable PushThreat = timesCount(116, 71);      // men that a safe push would attack
-inline constexpr CountTable CentreControl = timesCount(20, 0);     // attacked squares of the centre
-// Own pawns that no own man but the king defends.
-inline constexpr CountTable UndefendedPawns = timesCount(-15, -30);
+inline constexpr Score BishopBeforeKing = pair(73, 0);    // on the square in front of the own king
+inline constexpr Score BishopRulesKnight = pair(20, 19);  // an enemy knight three ranks ahead
+inline constexpr Score TrappedBishop = pair(-63, -96);    // in the corner behind an own man
+
+// ---- Rooks ----
+
+// By open files: heavy pieces gain, sides lose.
+inline constexpr CountTable OpenFileUnits = timesCount(20, 20);
+inline constexpr Score RookOpenFile = pair(185, 157);
+// A semi-open file, on which only enemy pawns stand; and one whose pawn another defends.
+inline constexpr Score RookSemiOpenFile = pair(112, 94);
+inline constexpr Score RookDefendedFile = pair(20, 44);
+inline constexpr Score RookOnSeventh = pair(64, 163);   // below the king on its last rank
+inline constexpr Score TrappedRook = pair(-282, -101);  // in the corner beside the own king
+
+// ---- Outposts, and pieces among pawns ----
+
 inline constexpr CountTable Outposts = timesCount(62, 70);
-inline constexpr CountTable KnightBlockades = timesCount(14, 34);     // safe knights in front of enemy pawns
+inline constexpr Score UnreachedOutpost = pair(156, 74);           // by any minor piece of the enemy, on top
+inline constexpr CountTable KnightBlockades = timesCount(14, 34);  // safe knights in front of enemy pawns
 inline constexpr CountTable UnassailablePieces = timesCount(35, 27);  // where no pawn can ever attack
 inline constexpr CountTable PawnDefendedPieces = timesCount(55, 29);
 inline constexpr CountTable PieceBehindPawn = timesCount(32, 8);
 inline constexpr CountTable BlockedPawns = timesCount(-43, -167);
 inline constexpr CountTable ControlledStops = timesCount(-21, -42);  // the enemy alone attacks in front
 inline constexpr CountTable EnemyHomeBlocked = timesCount(20, 3);    // enemy pawns stuck on their second rank
-// By open files: heavy pieces gain, sides lose.
-inline constexpr CountTable OpenFileUnits = timesCount(20, 20);

@@ -6,11 +6,15 @@
 #include "base/settings.h"
 #include "board/thread_hooks.h"
 #include "eval/caches.h"
+#include "eval/contempt.h"
 #include "eval/endgames.h"
 #include "eval/material.h"
 #include "eval/parameters.h"
 #include "eval/pawns.h"
+#include "eval/style.h"
 #include "eval/terms.h"
+#include "eval/weights_frame.h"
+#include "eval/weights_pawns.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -40,32 +44,31 @@ constexpr int roundedBy(int x) {
 inline constexpr int ResultUnit = 10 * MaxPhase;  // blended units of one centipawn
 inline constexpr int TenthUnit = MaxPhase;        // and of a tenth of one
 
-static inline int blend(Score s, int phase) { return egOf(s) * (MaxPhase - phase) + mgOf(s) * phase; }
+// Tapered evaluation: between the two lanes by phase.
+inline int blend(Score s, int phase) { return egOf(s) * (MaxPhase - phase) + mgOf(s) * phase; }
 
 // For the side to move, in tenths of a centipawn.
-constexpr int tempo(int phase) { return 26 + (91 * phase + MaxPhase / 2) / MaxPhase; }
+constexpr int tempo(int phase) { return TempoBase + (TempoByPhase * phase + MaxPhase / 2) / MaxPhase; }
 
 // A score that is cut where material is level.
-static inline int levelCut(int score, int material) {
-    return std::abs(material) < LevelMaterial ? score * 88 / 100 : score;
+inline int levelCut(int score, int material) {
+    return std::abs(material) < LevelMaterial ? score * LevelPercent / 100 : score;
 }
 
 // Scores shrink as the fifty-move rule comes near.
-static inline int scaledByClock(const Position& pos, int score) {
+inline int scaledByClock(const Position& pos, int score) {
     const int threshold = settings.progressThreshold;
     const int clock = pos.halfmoveClock;
     if (clock <= threshold) return score;
     return int(std::int64_t(101 - clock) * score / (100 - threshold));
 }
 
-static inline int forMover(const Position& pos, int score) {
-    return pos.sideToMove() == White ? score : -score;
-}
+inline int forMover(const Position& pos, int score) { return pos.sideToMove() == White ? score : -score; }
 
-// The estimate from material and the line's last positional score; true if it lies outside the window.
-// Intended: there is no margin.
-static inline bool leavesEarly(const Position& pos, int material, float scale, int phase, int alpha, int beta,
-                               int& estimate) {
+// Lazy evaluation: the estimate from material and the line's last positional score; true if it lies outside
+// the window. Intended: there is no margin.
+inline bool leavesEarly(const Position& pos, int material, float scale, int phase, int alpha, int beta,
+                        int& estimate) {
     constexpr int LeastPhase = 6;
     if (phase <= LeastPhase) return false;
     if ((pos.pieces[Black][Pawn] & rankMask(1)) || (pos.pieces[White][Pawn] & rankMask(6))) return false;
@@ -74,17 +77,9 @@ static inline bool leavesEarly(const Position& pos, int material, float scale, i
     return estimate < alpha || estimate > beta;
 }
 
-// In a closed position the side with contempt would rather have fewer pawns.
-static inline void closedContempt(const Position& pos, EvalInfo& info) {
-    constexpr int ClosedPawns = 15;
-    if (settings.contempt <= 0) return;
-    if (popcount(pos.pieces[White][Pawn] | pos.pieces[Black][Pawn]) < ClosedPawns) return;
-    info.score[White] -= pair(contemptValue[White], 0);
-}
-
 // Out of line, so that a score from a cache need not save the registers that the stages take.
 template <class Observer>
-[[gnu::noinline]] static void runStages(const Position& pos, EvalInfo& info, Observer& observer) {
+[[gnu::noinline]] void runStages(const Position& pos, EvalInfo& info, Observer& observer) {
     prepareMaps(pos, info);
     observer.stage("open files, rook shut in", info.score);
     evaluatePieces(pos, info);
@@ -107,22 +102,20 @@ template <class Observer>
 }
 
 // Late in the game a wide front of pawns is worth something in itself.
-static inline Score spanDifference(const PawnEntry& pawns) {
-    constexpr int spanEg[9] = {-32, -30, -24, -14, 0, 18, 36, 54, 72};
-    return pair(0, spanEg[pawns.span[White]] - spanEg[pawns.span[Black]]);
+inline Score spanDifference(const PawnEntry& pawns) {
+    return pair(0, SpanEg[pawns.span[White]] - SpanEg[pawns.span[Black]]);
 }
 
 // Style: the pieces' sum is stretched lane by lane. Intended: the pawn score is not.
-static inline Score dynamic(Score sum) {
-    return pair(mgOf(sum) * dynamismMg / 128, egOf(sum) * dynamismEg / 128);
+inline Score dynamic(Score sum) {
+    return pair(mgOf(sum) * evalStyle.dynamismMg / 128, egOf(sum) * evalStyle.dynamismEg / 128);
 }
 
 // All sums together, in tenths of a centipawn from White's view. Keeps the positional score for the line's
 // estimates.
 template <class Observer>
-static int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int material, float scale,
-                    Observer& observer) {
-    constexpr float RamScale[9] = {1.0f, 1.0f, 0.95f, 0.9f, 0.8f, 0.7f, 0.6f, 0.5f, 0.4f};
+int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int material, float scale,
+             Observer& observer) {
     constexpr int LatePhase = 18;
     const PawnEntry& pawns = *info.pawns;
     observer.sum("stages", info.score[White] - info.score[Black]);
@@ -136,10 +129,10 @@ static int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int ma
     pos.psqBlend = score;
     observer.value("blended by phase", score);
     const bool queens = pos.pieces[White][Queen] | pos.pieces[Black][Queen];
-    if (!queens && pawns.passed[White][0] == 0 && pawns.passed[Black][0] == 0) scale *= 0.9f;
+    if (!queens && pawns.passed[White][0] == 0 && pawns.passed[Black][0] == 0) scale *= NoQueensScale;
     score = int(float(score) * scale);
     observer.value("scaled by material", score);
-    if (pawns.fewOpenFiles) score = int(double(score) * 0.9);
+    if (pawns.fewOpenFiles) score = int(double(score) * FewOpenFilesScale);
     observer.value("cut for few open files", score);
     score = int(float(score + material) * RamScale[std::min<int>(pawns.rams, 8)]);
     observer.value("with material, cut for rams", score);
@@ -147,8 +140,7 @@ static int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int ma
 }
 
 // Moves an advantage with the width of the own pawn front, the more the nearer the endgame. White's view.
-static inline int pulledBySpan(int score, const PawnEntry& pawns, int phase) {
-    constexpr int SpanPull[9] = {12, 10, 8, 6, 4, 2, 0, -2, -4};
+inline int pulledBySpan(int score, const PawnEntry& pawns, int phase) {
     constexpr int Cap = 150;               // centipawns
     constexpr int Whole = 128 * MaxPhase;  // the table counts in 128ths
     const int lateness = MaxPhase - phase;
@@ -158,14 +150,15 @@ static inline int pulledBySpan(int score, const PawnEntry& pawns, int phase) {
 }
 
 // The same position gets the same noise all through a search.
-static inline int withNoise(int score, Key key) {
-    if (evalNoise == 0) return score;
-    return score - evalNoise / 2 + int((noiseKey ^ key) % std::uint64_t(evalNoise));
+inline int withNoise(int score, Key key) {
+    if (evalStyle.evalNoise == 0) return score;
+    return score - evalStyle.evalNoise / 2 +
+           int((evalStyle.noiseKey ^ key) % std::uint64_t(evalStyle.evalNoise));
 }
 
 // From White's view in tenths to the side to move's centipawns.
 template <class Observer>
-static int finish(const Position& pos, const EvalInfo& info, int score, int material, Observer& observer) {
+int finish(const Position& pos, const EvalInfo& info, int score, int material, Observer& observer) {
     observer.value("in tenths", score);
     if (info.phase >= 4 && info.phase <= 8) score = wrongBishop(pos, score);
     observer.value("limited for the wrong bishop", score);
@@ -182,7 +175,7 @@ static int finish(const Position& pos, const EvalInfo& info, int score, int mate
 // `evaluate`, before an observer. It sees the material and, unless that alone counts or the score comes from
 // the cache or the estimate, the pawns, each stage and each step of the arithmetic; last the score.
 template <class Observer>
-static int evaluateBefore(Observer&& observer, Position& pos, int alpha, int beta) {
+int evaluateBefore(Observer&& observer, Position& pos, int alpha, int beta) {
     using namespace evalFrame;
     EvalCacheEntry& cached = pos.evalCache[pos.key & prefetchBases.evalMask];
     if (cached.key == pos.key) return scaledByClock(pos, cached.value);
