@@ -13,16 +13,16 @@ void touchTables(const std::vector<LargeMemory*>& tables, const std::function<bo
         anyFresh |= memory.isFresh();
     };
     for (int i = 0; i < ThreadPool::threadRecordCount; ++i)
-        for (LargeMemory& memory : ThreadPool::threadRecords[i].cacheMemory) prepare(memory);
+        ThreadPool::threadRecords[i].forEachCache(prepare);
     for (LargeMemory* memory : tables) prepare(*memory);
     if (!anyFresh) return;
+    const auto touch = [&](LargeMemory& memory) {
+        while (mayGoOn() && memory.touchNext()) {
+        }
+    };
     ThreadPool::runOnAllThreads([&](int index) {
-        for (LargeMemory& memory : ThreadPool::threadRecords[index].cacheMemory)
-            while (mayGoOn() && memory.touchNext()) {
-            }
-        for (LargeMemory* memory : tables)
-            while (mayGoOn() && memory->touchNext()) {
-            }
+        ThreadPool::threadRecords[index].forEachCache(touch);
+        for (LargeMemory* memory : tables) touch(*memory);
     });
 }
 

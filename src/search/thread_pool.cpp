@@ -11,6 +11,7 @@
 #include "search/search.h"
 #include "search/search_host.h"
 
+#include <bit>
 #include <condition_variable>
 #include <cstdlib>
 #include <cstring>
@@ -167,9 +168,7 @@ static void makeRecords() {
 
 // Entries of a cache for a share of memory in bytes, less one: a mask that reaches the next power of two.
 static std::uint64_t maskFor(double bytes, std::uint64_t divisor) {
-    std::uint64_t mask = std::uint64_t(bytes) / divisor - 1;
-    for (int shift = 1; shift < 64; shift *= 2) mask |= mask >> shift;
-    return mask;
+    return std::bit_ceil(std::uint64_t(bytes) / divisor) - 1;
 }
 
 // The option's memory is shared out: nearly half goes to pawn tables, what they leave to evaluation caches.
@@ -323,7 +322,7 @@ void attachRoot(Position& root, int threadIndex) {
 
 void settleCaches() {
     for (int i = 0; i < threadRecordCount; ++i)
-        for (LargeMemory& memory : threadRecords[i].cacheMemory) memory.settle();
+        threadRecords[i].forEachCache([](LargeMemory& memory) { memory.settle(); });
 }
 
 void clearEvalCaches() {

@@ -51,8 +51,10 @@ TEST_F(Pool, SharesTheTableMemoryOut) {
         EXPECT_EQ(prefetchBases.pawnMask + 1, row.pawnEntries) << row.megabytes << ' ' << row.threads;
         EXPECT_EQ(prefetchBases.evalMask + 1, row.evalEntries) << row.megabytes << ' ' << row.threads;
         for (int i = 0; i < row.threads; ++i) {
-            EXPECT_EQ(threadHooks[i].evalCache, record(i).evalCache);
-            EXPECT_TRUE(record(i).evalCache && record(i).pawnHash && record(i).matHash) << i;
+            EXPECT_EQ(threadHooks[i].evalCache, record(i).evalCache.data());
+            EXPECT_EQ(record(i).evalCache.size(), row.evalEntries) << i;
+            EXPECT_EQ(record(i).pawnHash.size(), row.pawnEntries) << i;
+            EXPECT_EQ(record(i).matHash.size(), MatCacheEntries) << i;
         }
     }
 }
@@ -77,7 +79,7 @@ TEST_F(Pool, NobodySearchesTheOldRootWhenItIsTornDown) {
     for (int i = 1; i < 4; ++i) {
         EXPECT_EQ(record(i).nodes, 0u);
         EXPECT_FALSE(record(i).hasWorker);
-        EXPECT_EQ(record(i).evalCache, nullptr);
+        EXPECT_EQ(record(i).evalCache.data(), nullptr);
     }
     EXPECT_EQ(ThreadPool::poolQuit, 0u);
     ThreadPool::stopWorkers();  // with nobody left
@@ -166,8 +168,8 @@ TEST_F(Pool, TouchesTheCachesOfAllThreadsAndTheTables) {
         touchTables({&table}, [] { return true; });
         EXPECT_EQ(table.touchedBytes(), table.size());
         for (int i = 0; i < threads; ++i)
-            for (const LargeMemory& memory : record(i).cacheMemory)
-                EXPECT_EQ(memory.touchedBytes(), memory.size()) << i;
+            record(i).forEachCache(
+                [&](const LargeMemory& memory) { EXPECT_EQ(memory.touchedBytes(), memory.size()) << i; });
         table.allocate(50 << 20);
     }
     table.free();
