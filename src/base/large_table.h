@@ -4,6 +4,7 @@
 #include "base/end_process.h"
 #include "base/large_memory.h"
 
+#include <concepts>
 #include <cstddef>
 
 // One line on standard error: a table of that name and size was not to be had.
@@ -23,7 +24,10 @@ class LargeTable {
 
     Entry* data() const { return static_cast<Entry*>(memory.data()); }  // null: none
     std::size_t size() const { return entries; }
-    Entry& operator[](std::size_t index) const { return data()[index]; }
+    template <std::integral Index>
+    Entry& operator[](Index index) const {
+        return data()[index];
+    }
     // Behind the table.
     LargeMemory& pages() { return memory; }
     const LargeMemory& pages() const { return memory; }

@@ -52,8 +52,8 @@ void copyOptions(double target, int depthLimit) {
 
 void prepareMainThread(Position& root) {
     static bool first = true;
-    SearchThread& thread = ThreadPool::threadRecords[0];
-    ThreadPool::attachRoot(root, 0);
+    SearchThread& thread = threadPool.threadRecords[0];
+    threadPool.attachRoot(root, 0);
     thread.stopFlag.exchange(0);
     thread.nodes = 0;
     thread.clearKillers();
@@ -90,25 +90,24 @@ void prepareSearch(Position& root, int depthLimit, double target, bool infinite)
     setContempt(settings.contempt, root.sideToMove());
     copyOptions(target, depthLimit);
     searchControl.searching = true;
-    if (settings.threads != threadCount) ThreadPool::restartForOption();
+    if (settings.threads != threadPool.threadCount) threadPool.restartForOption();
     searchState.searchStart = currentTime();
     searchState.stopAfterIteration = false;
     // What no `isready` has made ready, such as the caches of a pool that was rebuilt just now, stays on
     // small pages: the first touch of a huge one takes too long between two looks at the clock.
     transTable.pages().settle();
-    ThreadPool::settleCaches();
+    threadPool.settleCaches();
     prepareMainThread(root);
     logStart(root);
 }
 
 // Makes the root list and publishes it with the root.
 void publishRoot(Position& root, const char* searchMoves, double target) {
-    SearchThread& thread = ThreadPool::threadRecords[0];
+    SearchThread& thread = threadPool.threadRecords[0];
     searchState.rootMoveCount = buildRootList(root, searchMoves, target, thread.rootMoves);
     transTable.newSearch(root.key);
-    ThreadPool::searchRootPosition = root;
-    std::memcpy(ThreadPool::searchRootMoves, thread.rootMoves, sizeof thread.rootMoves);
-    ThreadPool::clearNodes();
+    threadPool.publishRoot(root, thread.rootMoves);
+    threadPool.clearNodes();
     searchState.bestMoveChanges = 0;
 }
 
@@ -119,12 +118,12 @@ void beginIteration(SearchThread& thread, int depth) {
     searchState.iterationFailLow = false;
     searchState.failHighAccepted = false;
     for (RootMove* move = thread.rootMoves; move->move != NoMove; ++move) move->nodes = 1;
-    ThreadPool::searchDepthNow = depth;
+    threadPool.publishDepth(depth);
     thread.iterationScore[depth] = -NoScore;
 }
 
 bool isRootMove(Move move) {
-    const RootMove* list = ThreadPool::threadRecords[0].rootMoves;
+    const RootMove* list = threadPool.threadRecords[0].rootMoves;
     while (list->move != NoMove && cleanMove(list->move) != move) ++list;
     return list->move != NoMove;
 }
@@ -159,7 +158,7 @@ bool isLastIteration(int depth, int score) {
 
 // Deepens until something ends the search.
 Answer deepen(Position& root) {
-    SearchThread& thread = ThreadPool::threadRecords[0];
+    SearchThread& thread = threadPool.threadRecords[0];
     Answer answer;
     // A stop before any result leaves the first move of the list.
     answer.best = cleanMove(thread.rootMoves[0].move);
@@ -262,10 +261,9 @@ void think(Position& root, int depthLimit, double targetSeconds, double maxSecon
         thinkWithTree(root, targetSeconds);
         return;
     }
-    ThreadPool::searchDepthNow = 1;
-    ThreadPool::wakeWorkers();
+    threadPool.wakeWorkers(1);
     const Answer answer = deepen(root);
-    ThreadPool::finishSearch();
+    threadPool.finishSearch();
     if (answer.quit) {
         searchControl.searching = false;
         searchHost.shutDown();

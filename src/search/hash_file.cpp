@@ -89,7 +89,7 @@ void TransTable::forgetGenerations() {
     constexpr std::uint64_t GenerationBits = 255ULL << 56;
     const std::int64_t last = std::int32_t(std::uint32_t(bucketMask));
     for (std::int64_t i = 0; i <= last; ++i) {
-        TransEntry& entry = buckets[std::size_t(i / BucketEntries)].entries[i % BucketEntries];
+        TransEntry& entry = buckets[i / BucketEntries].entries[i % BucketEntries];
         entry.setData(entry.data().word & ~GenerationBits);
     }
 }

@@ -80,7 +80,7 @@ static void runWaitingCommands() {
         searchHost.processCommand();
         goesOn = !searchControl.quitRequested && !isMainStopped();
     }
-    if (searchControl.quitRequested) ThreadPool::stopAllThreads();
+    if (searchControl.quitRequested) threadPool.stopAllThreads();
 }
 
 // Deadlines have no effect while pondering. A ponder hit after the time of the last iteration's end stops at
@@ -107,8 +107,8 @@ static bool hasNodeLimit() { return searchControl.nodes != NoNodeLimit && !searc
 
 // Ends the search on every thread when the limit of nodes has been reached.
 static bool stopsByNodes() {
-    if (ThreadPool::totalNodes() < searchControl.nodes) return false;
-    ThreadPool::stopSearch();
+    if (threadPool.totalNodes() < searchControl.nodes) return false;
+    threadPool.stopSearch();
     return true;
 }
 

@@ -45,10 +45,10 @@ void runHeldBackActions() {
 
 void shutDown() {
     stopInputThread();
-    ThreadPool::stopWorkers();
+    threadPool.stopWorkers();
     transTable.free();
     MctsTable::free();
-    ThreadPool::resize(false);
+    threadPool.resize(false);
     endProcess(0);
 }
 
@@ -64,7 +64,7 @@ void readyMemory(bool hurried) {
         return Clock::now() < deadline && !searchControl.quitRequested && !(hurried && isInputWaiting());
     });
     if (hurried) return;
-    ThreadPool::settleCaches();
+    threadPool.settleCaches();
     for (LargeMemory* memory : tables) memory->settle();
 }
 
@@ -161,13 +161,11 @@ static void isReadyCommand() {
 static void applyStoredOption() {
     initEvalParameters();
     buildSearchTables();
-    ThreadPool::clearEvalCaches();
-    if (settings.threads != threadCount) ThreadPool::restartForOption();
+    threadPool.clearEvalCaches();
+    if (settings.threads != threadPool.threadCount) threadPool.restartForOption();
     if (settings.tableMemory > settings.hash) settings.tableMemory = settings.hash;
-    if (settings.tableMemory != ThreadPool::tableMemoryInUse) {
-        ThreadPool::tableMemoryInUse = settings.tableMemory;
-        ThreadPool::restart();
-    }
+    if (settings.tableMemory != threadPool.tableMemoryInUse)
+        threadPool.restartWithTableMemory(settings.tableMemory);
 }
 
 static void setOptionCommand(const Tokens& tokens, const std::string& line) {

@@ -96,7 +96,7 @@ BudgetInput budgetInputOf(const Position& pos, const SearchLimits& limits) {
             .treeSearch = settings.useMcts,
             .carry = timeCarry,
             .overheadMs = settings.overheadMs,
-            .threads = threadCount,
+            .threads = threadPool.threadCount,
             .gamePly = pos.gamePly,
             .ponderCredit = ponderCredit > 0};
 }

@@ -33,7 +33,7 @@ LargeMemory& pages() { return memory; }
 
 bool isNearlyFull() {
     constexpr int MarginPerThread = 200;
-    return nodeCount.load(std::memory_order_relaxed) > capacity - MarginPerThread * threadCount;
+    return nodeCount.load(std::memory_order_relaxed) > capacity - MarginPerThread * threadPool.threadCount;
 }
 
 }  // namespace MctsTable

@@ -24,7 +24,8 @@ using MctsTable::nodes;
 // Node budgets grow with the square root of the time, up to a ceiling.
 void setUpSearch(double seconds) {
     constexpr double LargestScale = 8.0;
-    const double scale = std::min(LargestScale, std::sqrt(seconds * 0.4 / std::min(threadCount, 4)));
+    const double scale =
+        std::min(LargestScale, std::sqrt(seconds * 0.4 / std::min(threadPool.threadCount, 4)));
     mctsExplore = float(double(settings.mctsExplore) / 100.0);
     mctsVirtualVisit = 0.2f;
     mctsBusyPenalty = 0.3f;
@@ -148,7 +149,7 @@ void answer() {
 void prepareTree(Position& root, double seconds) {
     setUpSearch(seconds);
     resetRoot();
-    const RootMove* list = ThreadPool::threadRecords[0].rootMoves;
+    const RootMove* list = threadPool.threadRecords[0].rootMoves;
     double total = 0.0;
     Position child;
     for (int i = 0; list[i].move != NoMove; ++i) {
@@ -181,12 +182,11 @@ static void dropTree() {
 
 void mctsDriver(Position& root, bool infinite, double seconds) {
     prepareTree(root, seconds);
-    ThreadPool::searchDepthNow = 1;
     // A single move is answered with the value that it has.
     if (searchState.rootMoveCount >= 2 || (infinite && searchState.rootMoveCount == 1)) {
-        ThreadPool::wakeWorkers();
+        threadPool.wakeWorkers(1);
         runPlayouts(root, seconds);
-        ThreadPool::finishSearch();
+        threadPool.finishSearch();
     }
     if (searchControl.quitRequested) {
         searchControl.searching = false;

@@ -106,23 +106,23 @@ TEST_F(Driver, AllocatesNothingWhileItSearches) {
     const long before = allocationCount();
     think(root, 9, NoTimeLimit, NoTimeLimit, "", false);
     EXPECT_EQ(allocationCount(), before);
-    EXPECT_GT(ThreadPool::totalNodes(), 1000u);
+    EXPECT_GT(threadPool.totalNodes(), 1000u);
 }
 
 TEST_F(Driver, SurvivesChangesOfThePool) {
     for (const int threads : {1, 3, 2, 4, 1}) {
         settings.threads = threads;
         for (int i = 0; i < 5; ++i) search("", 4 + i % 3);
-        EXPECT_EQ(threadCount, threads);
-        for (int i = 0; i < ThreadPool::threadRecordCount; ++i) {
-            EXPECT_EQ(ThreadPool::threadRecords[i].stopFlag, 0);
+        EXPECT_EQ(threadPool.threadCount, threads);
+        for (int i = 0; i < threadPool.threadRecordCount; ++i) {
+            EXPECT_EQ(threadPool.threadRecords[i].stopFlag, 0);
             // Thread 0 keeps no depth; a worker that still has one is not idle.
-            EXPECT_EQ(ThreadPool::threadRecords[i].iterationDepth, 0);
+            EXPECT_EQ(threadPool.threadRecords[i].iterationDepth, 0);
         }
     }
     EXPECT_EQ(said.answers, 25);
-    ThreadPool::stopWorkers();
-    ThreadPool::resize(true);
+    threadPool.stopWorkers();
+    threadPool.resize(true);
 }
 
 TEST_F(Driver, StrengthLimitsTheDepth) {

@@ -39,9 +39,9 @@ inline void startSearchTables() {
         initMaterialTable();
         initEvalParameters();
         buildSearchTables();
-        ThreadPool::threadCount = 1;
-        ThreadPool::tableMemoryInUse = 4;  // the caches are wiped before each test
-        ThreadPool::resize(true);
+        threadPool.threadCount = 1;
+        threadPool.tableMemoryInUse = 4;  // the caches are wiped before each test
+        threadPool.resize(true);
         transTable.resize(16);
         return true;
     }();
@@ -72,12 +72,12 @@ class SearchTest : public ::testing::Test {
     }
 
     static void makePool(int threads) {
-        ThreadPool::stopWorkers();
-        threadCount = threads;
-        ThreadPool::resize(true);
+        threadPool.stopWorkers();
+        threadPool.threadCount = threads;
+        threadPool.resize(true);
     }
 
-    static SearchThread& thread() { return ThreadPool::threadRecords[0]; }
+    static SearchThread& thread() { return threadPool.threadRecords[0]; }
     static std::uint64_t nodes() { return thread().nodes; }
     static void forgetEverything() {
         transTable.clear();
@@ -91,7 +91,7 @@ class SearchTest : public ::testing::Test {
     static Position rootOf(const std::string& fen) {
         Position pos;
         setFen(&pos, fen.c_str());
-        ThreadPool::attachRoot(pos, 0);
+        threadPool.attachRoot(pos, 0);
         pos.psqPair = computePsqPair(pos);
         pos.phase = std::uint16_t(computePhase(pos));
         pos.nullFloor = RootExtensionCredit;

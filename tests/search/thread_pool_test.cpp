@@ -9,33 +9,32 @@
 class Pool : public SearchTest {
    protected:
     ~Pool() override {
-        ThreadPool::tableMemoryInUse = 4;
+        threadPool.tableMemoryInUse = 4;
         makePool(1);
     }
 
-    static SearchThread& record(int index) { return ThreadPool::threadRecords[index]; }
+    static SearchThread& record(int index) { return threadPool.threadRecords[index]; }
 
     // Publishes a root with all its moves, as the driver does.
     static void publish(const std::string& fen) {
-        ThreadPool::searchRootPosition = rootOf(fen);
-        listMoves(ThreadPool::searchRootPosition, ThreadPool::searchRootMoves);
+        threadPool.searchRootPosition = rootOf(fen);
+        listMoves(threadPool.searchRootPosition, threadPool.searchRootMoves);
     }
     // Wakes the workers, lets each of them search some nodes unless it is brief, and ends the search.
     static void searchAWhile(int depth, bool brief = false) {
-        ThreadPool::searchDepthNow = depth;
-        ThreadPool::wakeWorkers();
-        for (int i = 1; i < threadCount && !brief; ++i)
+        threadPool.wakeWorkers(depth);
+        for (int i = 1; i < threadPool.threadCount && !brief; ++i)
             while (record(i).nodes < 100u) std::this_thread::yield();
-        ThreadPool::finishSearch();
+        threadPool.finishSearch();
     }
     static void expectIdle() {
-        const std::uint64_t nodesBefore = ThreadPool::totalNodes();
-        for (int i = 0; i < ThreadPool::threadRecordCount; ++i) {
+        const std::uint64_t nodesBefore = threadPool.totalNodes();
+        for (int i = 0; i < threadPool.threadRecordCount; ++i) {
             EXPECT_EQ(record(i).iterationDepth, 0) << i;
             EXPECT_EQ(record(i).stopFlag, 0) << i;
         }
         for (int i = 0; i < 200; ++i) std::this_thread::yield();  // whoever is not idle goes on
-        EXPECT_EQ(ThreadPool::totalNodes(), nodesBefore);
+        EXPECT_EQ(threadPool.totalNodes(), nodesBefore);
     }
 };
 
@@ -46,7 +45,7 @@ TEST_F(Pool, SharesTheTableMemoryOut) {
     };
     for (const Row& row : {Row{128, 1, 1048576, 4194304}, Row{128, 2, 524288, 2097152},
                            Row{128, 4, 262144, 1048576}, Row{1, 1, 8192, 32768}, Row{1, 128, 64, 256}}) {
-        ThreadPool::tableMemoryInUse = row.megabytes;
+        threadPool.tableMemoryInUse = row.megabytes;
         makePool(row.threads);
         EXPECT_EQ(prefetchBases.pawnMask + 1, row.pawnEntries) << row.megabytes << ' ' << row.threads;
         EXPECT_EQ(prefetchBases.evalMask + 1, row.evalEntries) << row.megabytes << ' ' << row.threads;
@@ -75,20 +74,20 @@ TEST_F(Pool, NobodySearchesTheOldRootWhenItIsTornDown) {
     publish("");
     searchAWhile(5);
     for (int i = 1; i < 4; ++i) record(i).nodes = 0;
-    ThreadPool::stopWorkers();
+    threadPool.stopWorkers();
     for (int i = 1; i < 4; ++i) {
         EXPECT_EQ(record(i).nodes, 0u);
         EXPECT_FALSE(record(i).hasWorker);
         EXPECT_EQ(record(i).evalCache.data(), nullptr);
     }
-    EXPECT_EQ(ThreadPool::poolQuit, 0u);
-    ThreadPool::stopWorkers();  // with nobody left
-    ThreadPool::resize(false);
-    EXPECT_EQ(ThreadPool::threadRecords, nullptr);
-    EXPECT_EQ(ThreadPool::threadRecordCount, 0);
-    ThreadPool::resize(false);
-    ThreadPool::stopWorkers();
-    ThreadPool::barrierWait();  // nobody armed it
+    EXPECT_EQ(threadPool.poolQuit, 0u);
+    threadPool.stopWorkers();  // with nobody left
+    threadPool.resize(false);
+    EXPECT_EQ(threadPool.threadRecords.data(), nullptr);
+    EXPECT_EQ(threadPool.threadRecordCount, 0);
+    threadPool.resize(false);
+    threadPool.stopWorkers();
+    threadPool.barrierWait();  // nobody armed it
     makePool(2);
     searchAWhile(2);
     expectIdle();
@@ -118,13 +117,12 @@ TEST_F(Pool, WorkersKeepTheirHistoryFromSearchToSearch) {
 TEST_F(Pool, AWorkerTakesTheDepthOfThreadZero) {
     makePool(2);
     publish("");
-    ThreadPool::searchDepthNow = 7;
-    ThreadPool::wakeWorkers();
+    threadPool.wakeWorkers(7);
     SearchThread& worker = record(1);
     while (worker.iterationDepth != 7) std::this_thread::yield();
-    ThreadPool::searchDepthNow = 3;
+    threadPool.publishDepth(3);
     while (worker.iterationDepth != 3) std::this_thread::yield();
-    ThreadPool::finishSearch();
+    threadPool.finishSearch();
     expectIdle();
 }
 
@@ -137,8 +135,8 @@ TEST_F(Pool, RunsAJobOnceOnEachThread) {
             std::set<std::thread::id> runners;
             std::mutex runnersMutex;
             const bool stopped = i % 2 == 0;  // as by the end of input
-            if (stopped) ThreadPool::stopAllThreads();
-            ThreadPool::runOnAllThreads([&](int index) {
+            if (stopped) threadPool.stopAllThreads();
+            threadPool.runOnAllThreads([&](int index) {
                 ++runs[std::size_t(index)];
                 const std::lock_guard lock(runnersMutex);
                 runners.insert(std::this_thread::get_id());
@@ -152,9 +150,9 @@ TEST_F(Pool, RunsAJobOnceOnEachThread) {
             expectIdle();
         }
     }
-    ThreadPool::stopWorkers();
+    threadPool.stopWorkers();
     int runs = 0;
-    ThreadPool::runOnAllThreads([&](int) { ++runs; });
+    threadPool.runOnAllThreads([&](int) { ++runs; });
     EXPECT_EQ(runs, 1) << "no worker is there";
 }
 
@@ -181,7 +179,7 @@ TEST_F(Pool, ForgetsEvaluationsOnAllThreads) {
         if (ready) touchTables({}, [] { return true; });
         rootOf("");  // the caches are in use
         for (const int index : {0, 1}) record(index).evalCache[prefetchBases.evalMask].key = 1;
-        ThreadPool::clearEvalCaches();
+        threadPool.clearEvalCaches();
         for (const int index : {0, 1}) EXPECT_EQ(record(index).evalCache[prefetchBases.evalMask].key, 0u);
     }
 }
@@ -194,7 +192,7 @@ TEST_F(Pool, CachesChangeHandsInOrder) {
         makePool(2 + i % 3);
         rootOf("");  // the caches are in use
         searchAWhile(1, true);
-        ThreadPool::clearEvalCaches();
+        threadPool.clearEvalCaches();
     }
 }
 
@@ -203,7 +201,7 @@ TEST_F(Pool, StopsComeAtAnyMoment) {
     Relaxed<bool> done = false;
     std::thread other([&] {
         while (!done) {
-            ThreadPool::stopAllThreads();
+            threadPool.stopAllThreads();
             std::this_thread::yield();
         }
     });

@@ -190,9 +190,9 @@ TEST_F(TransTableTest, ClearingStartsTheAgesAgain) {
 
 // Idle and during a search, and from every state of the table's pages.
 TEST_F(TransTableTest, ClearingLeavesNothing) {
-    ThreadPool::stopWorkers();
-    threadCount = 3;
-    ThreadPool::resize(true);
+    threadPool.stopWorkers();
+    threadPool.threadCount = 3;
+    threadPool.resize(true);
     transTable.resize(128);
     for (const bool searching : {false, true}) {
         for (const int touched : {0, 4, 0, 1000}) {
@@ -214,9 +214,9 @@ TEST_F(TransTableTest, ClearingLeavesNothing) {
         EXPECT_EQ(transTable.pages().touchedBytes(), transTable.byteSize()) << "a ready table stays ready";
         transTable.resize(64);
     }
-    ThreadPool::stopWorkers();
-    threadCount = 1;
-    ThreadPool::resize(true);
+    threadPool.stopWorkers();
+    threadPool.threadCount = 1;
+    threadPool.resize(true);
 }
 
 // ---- The file ----

@@ -198,8 +198,8 @@ TEST_F(Playout, AStoppedSearchLeavesNoTrace) {
 TEST_F(Playout, AWorkersOwnFlagCounts) {
     makePool(2);
     std::vector<Position> line = play(Middlegame, {"c4d5"});
-    ThreadPool::attachRoot(line[0], 1);
-    ThreadPool::threadRecords[1].stopFlag = 1;
+    threadPool.attachRoot(line[0], 1);
+    threadPool.threadRecords[1].stopFlag = 1;
     for (const std::uint64_t visits : {1u, 2u, 3u}) {
         MctsNode& leaf = plantChild(plantRoot(9), line[0], "c4d5", visits, 0.1);
         EXPECT_FALSE(mctsPlayout(&node(0), line[0], 1).credited);
