@@ -250,6 +250,11 @@ void waitForUser() {
     }
 }
 
+void endForQuit() {
+    searchControl.searching = false;
+    searchHost.shutDown();
+}
+
 void think(Position& root, int depthLimit, double targetSeconds, double maxSeconds, const char* searchMoves,
            int infinite) {
     prepareSearch(root, depthLimit, targetSeconds, infinite != 0);
@@ -264,10 +269,8 @@ void think(Position& root, int depthLimit, double targetSeconds, double maxSecon
     threadPool.wakeWorkers(1);
     const Answer answer = deepen(root);
     threadPool.finishSearch();
-    if (answer.quit) {
-        searchControl.searching = false;
-        searchHost.shutDown();
-        return;
-    }
-    finishSearch(answer);
+    if (answer.quit)
+        endForQuit();
+    else
+        finishSearch(answer);
 }

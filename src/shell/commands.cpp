@@ -47,7 +47,7 @@ void shutDown() {
     stopInputThread();
     threadPool.stopWorkers();
     transTable.free();
-    MctsTable::free();
+    mctsTable.free();
     threadPool.resize(false);
     endProcess(0);
 }
@@ -59,7 +59,7 @@ void readyMemory(bool hurried) {
     const Clock::time_point deadline = Clock::now() + LongestWait;
     std::vector<LargeMemory*> tables = {&transTable.pages()};
     // A tree that nobody grows is to take no memory.
-    if (settings.useMcts) tables.push_back(&MctsTable::pages());
+    if (settings.useMcts) tables.push_back(&mctsTable.nodes.pages());
     touchTables(tables, [&] {
         return Clock::now() < deadline && !searchControl.quitRequested && !(hurried && isInputWaiting());
     });

@@ -201,7 +201,7 @@ void startOver() {
     openBook();
     transTable.resize(settings.hash);
     transTable.clear();
-    MctsTable::allocate(settings.mctsHash);
+    mctsTable.allocate(settings.mctsHash);
     threadPool.threadRecords[0].resetHistory();
     threadPool.threadRecords[0].clearKillers();
     std::srand(1);
