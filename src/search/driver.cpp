@@ -16,7 +16,6 @@
 #include "search/time_manager.h"
 #include "search/trans_table.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -210,7 +209,6 @@ void endSearch() {
 
 void finishSearch(const Answer& answer) {
     logEnd();
-    searchControl.timeUsed += std::max(currentTime() - searchState.searchStart, 0.0);
     waitForUser();
     if (!searchControl.benchMode) {
         searchHost.reportDepthEnd(answer.depth);
@@ -256,8 +254,8 @@ void endForQuit() {
 }
 
 void think(Position& root, int depthLimit, double targetSeconds, double maxSeconds, const char* searchMoves,
-           int infinite) {
-    prepareSearch(root, depthLimit, targetSeconds, infinite != 0);
+           bool infinite) {
+    prepareSearch(root, depthLimit, targetSeconds, infinite);
     publishRoot(root, searchMoves, targetSeconds);
     timeLimits = makeTimeLimits(searchState.searchStart, targetSeconds, maxSeconds,
                                 searchControl.extendPercent, searchControl.moveTime, depthLimit);

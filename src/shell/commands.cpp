@@ -175,11 +175,6 @@ static void setOptionCommand(const Tokens& tokens, const std::string& line) {
     if (changed) whenIdle(applyStoredOption);
 }
 
-static void stopCommand() {
-    stopMainThread();
-    searchControl.stopRequested = true;
-}
-
 static void runCommand(const std::string& line) {
     const Tokens tokens = splitTokens(line);
     if (tokens.empty()) return;
@@ -205,7 +200,7 @@ static void runCommand(const std::string& line) {
     } else if (word == "setoption") {
         setOptionCommand(tokens, line);
     } else if (word == "stop") {
-        stopCommand();
+        stopMainThread();
     }
 }
 

@@ -152,7 +152,6 @@ void goCommand(const Tokens& tokens) {
     const SearchLimits limits = parseLimits(tokens);
     --ponderCredit;
     if (limits.ponder) ponderCredit = 2;
-    searchControl.stopRequested = false;
     searchControl.moveTime = limits.moveTime;
     searchControl.ponder = limits.ponder;
     Position& pos = currentPosition();

@@ -193,7 +193,6 @@ void startOver() {
     searchControl.quitRequested = false;
     searchControl.searching = false;
     searchControl.ponder = false;
-    searchControl.timeUsed = 0;
     run("setoption name Log File value <empty>");
     run("setoption name SyzygyPath value <empty>");
     run("setoption name Book Moves value 1000");  // stored: the pool and the tables follow the options
