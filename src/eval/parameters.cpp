@@ -7,7 +7,6 @@
 #include <cstdlib>
 
 int kingSafetyJitter = 0;
-bool treeSearchActive = false;
 Relaxed<Score> contemptPair[2];
 Relaxed<int> contemptValue[2];
 int evalNoise = 0;
@@ -20,9 +19,7 @@ Score KingDanger[KingDangerEntries];
 
 namespace {
 
-// The mode at the last run of `applyStyle`; none before the first.
-enum class StyleMode { None, AlphaBeta, Tree };
-StyleMode appliedMode = StyleMode::None;
+Style appliedStyle = Style::AlphaBeta;
 
 bool kingSafetyVaried = false;
 
@@ -82,11 +79,9 @@ void buildKingSafetyTable(int k) {
     }
 }
 
-void applyStyle() {
-    const StyleMode mode = treeSearchActive ? StyleMode::Tree : StyleMode::AlphaBeta;
-    if (mode == appliedMode) return;
-    appliedMode = mode;
-    if (mode == StyleMode::Tree) {
+// Fills what depends on the style, and on the options in the alpha-beta search's.
+static void buildStyle() {
+    if (appliedStyle == Style::Tree) {
         // The tree search has a style of its own, whatever the options say.
         dynamismMg = 160;
         dynamismEg = 185;
@@ -99,9 +94,14 @@ void applyStyle() {
     buildKingSafetyTable(settings.kingSafety);
 }
 
+void applyStyle(Style style) {
+    if (style == appliedStyle) return;
+    appliedStyle = style;
+    buildStyle();
+}
+
 void initEvalParameters() {
-    appliedMode = StyleMode::None;
-    applyStyle();
+    buildStyle();
     buildPhaseScale();
     buildDistanceTables();
     buildPieceSquare();

@@ -15,9 +15,12 @@ inline constexpr int UsualKingSafety = 72;
 // and after an option that was stored.
 void initEvalParameters();
 
-// Reads the style options (dynamism, king safety). Does nothing if the tree-search mode is as at its last
-// run, unless `initEvalParameters` forces it.
-void applyStyle();
+// Whose taste in positions it is: the tree search's is fixed, the alpha-beta search's follows the options.
+enum class Style { AlphaBeta, Tree };
+
+// Changes to a style, whose options (dynamism, king safety) are read now. Does nothing if the style is as at
+// its last run: `initEvalParameters` reads the options again.
+void applyStyle(Style style);
 
 // Fills the king danger table with a weight of `k` (the option's scale, 0 to 200), varied by
 // `kingSafetyJitter`.
@@ -28,9 +31,6 @@ bool isKingSafetyVaried();
 
 // Spread of the random variation of king safety, 0 for none; set at search start.
 extern int kingSafetyJitter;
-
-// Whether the search in progress is a tree search; the style tables depend on it. Set at search start.
-extern bool treeSearchActive;
 
 // Values set per search, by colour, and moved between iterations by thread 0 alone; other threads may read
 // them late.

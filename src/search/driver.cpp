@@ -36,9 +36,9 @@ bool wantsTree() { return settings.useMcts && searchHost.runTree; }
 
 // The tables that depend on the mode follow it.
 void setMode(bool treeMode) {
-    if (treeSearchActive == treeMode) return;
-    treeSearchActive = treeMode;
-    applyStyle();
+    if (searchState.treeSearchActive == treeMode) return;
+    searchState.treeSearchActive = treeMode;
+    applyStyle(treeMode ? Style::Tree : Style::AlphaBeta);
     buildSearchTables();
 }
 
@@ -260,7 +260,7 @@ void think(Position& root, int depthLimit, double targetSeconds, double maxSecon
     timeLimits = makeTimeLimits(searchState.searchStart, targetSeconds, maxSeconds,
                                 searchControl.extendPercent, searchControl.moveTime, depthLimit);
     timeLimits.nextReport = searchState.searchStart + 2.0;
-    if (treeSearchActive) {
+    if (searchState.treeSearchActive) {
         thinkWithTree(root, targetSeconds);
         return;
     }

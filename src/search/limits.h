@@ -46,6 +46,7 @@ struct SearchState {
     double iterationTarget = 0;  // seconds
     int depthLimit = 0;          // plies
     bool infinite = false;
+    bool treeSearchActive = false;  // the mode of the search in progress, or of the last one
     bool analysisSearch = false;
     int rootMoveCount = 0;
     int rootMoveIndex = 0;  // 1-based, of the root move in progress

@@ -3,6 +3,7 @@
 
 #include "base/settings.h"
 #include "eval/parameters.h"
+#include "search/limits.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,15 +23,16 @@ static int threadTerm() { return int(std::log(double(settings.threads)) / std::l
 // What the divisor of the reductions falls by, in hundredths. Intended: more threads reduce more.
 static int threadReduction() {
     const int threads = settings.threads;
-    if (treeSearchActive) return threads < 2 ? 0 : threads < 4 ? 20 : 30;
+    if (searchState.treeSearchActive) return threads < 2 ? 0 : threads < 4 ? 20 : 30;
     return threads < 2 ? 0 : threads < 4 ? 10 : threads < 6 ? 20 : threads < 10 ? 30 : 40;
 }
 
 // Intended: a larger selectivity divides by more and lets fewer quiet moves pass.
 static void buildMoveCounts() {
     constexpr int TreeSelectivity = 130;
-    const double selectivity = treeSearchActive ? TreeSelectivity : settings.selectivity + threadTerm();
-    const int extra = treeSearchActive ? 1 : 0;
+    const double selectivity =
+        searchState.treeSearchActive ? TreeSelectivity : settings.selectivity + threadTerm();
+    const int extra = searchState.treeSearchActive ? 1 : 0;
     for (int depth = 0; depth < MoveCountDepths; ++depth) {
         const double worsening = 11 / selectivity * depth * depth;
         const double improving = 0.8 + 0.03 * depth + 18 / selectivity * depth * depth;
@@ -42,7 +44,8 @@ static void buildMoveCounts() {
 static void buildReductions() {
     constexpr int TreeReduction = -90;
     constexpr double LowerBy = 1.92;  // half plies before rounding
-    const int reduction = (treeSearchActive ? TreeReduction : settings.reduction.load()) + threadReduction();
+    const int reduction =
+        (searchState.treeSearchActive ? TreeReduction : settings.reduction.load()) + threadReduction();
     const double divisors[2] = {(140 - reduction) / 100.0, (165 - reduction) / 100.0};
     for (int improving = 0; improving < 2; ++improving)
         for (int depth = 1; depth < ReductionDepths; ++depth)
@@ -62,9 +65,9 @@ static void buildRootStatFloors() {
 }
 
 void buildSearchTables() {
-    historyBase = treeSearchActive ? 45000 : 44000;
-    futilityStep = treeSearchActive ? 45 : 40;
-    contBonusStep = treeSearchActive ? 250 : 200;
+    historyBase = searchState.treeSearchActive ? 45000 : 44000;
+    futilityStep = searchState.treeSearchActive ? 45 : 40;
+    contBonusStep = searchState.treeSearchActive ? 250 : 200;
     buildMoveCounts();
     buildReductions();
     buildRootStatFloors();
@@ -74,7 +77,7 @@ void buildSearchTables() {
 void setContempt(int value, Colour rootSide) {
     const Colour side = settings.whiteContempt ? White : rootSide;
     const int laneValue = value * 10;  // lane units, ten to a centipawn
-    const Score contempt = treeSearchActive ? Score{} : pair(laneValue, laneValue / 4);
+    const Score contempt = searchState.treeSearchActive ? Score{} : pair(laneValue, laneValue / 4);
     contemptPair[side] = contempt;
     contemptPair[opponent(side)] = -contempt;
     contemptValue[side] = value;

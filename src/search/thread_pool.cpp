@@ -6,7 +6,6 @@
 #include "base/settings.h"
 #include "board/fen.h"
 #include "board/thread_hooks.h"
-#include "eval/parameters.h"
 #include "search/limits.h"
 #include "search/search.h"
 #include "search/search_host.h"
@@ -97,7 +96,7 @@ void workerMain(int index) {
         const int depth = threadPool.searchDepthNow;
         if (depth > 0) {
             copyRoot(thread, root, index);
-            if (treeSearchActive)
+            if (searchState.treeSearchActive)
                 searchHost.treeWorker(root);
             else
                 deepenBeside(thread, root, depth);

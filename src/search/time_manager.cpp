@@ -1,7 +1,6 @@
 #include "search/time_manager.h"
 
 #include "base/clock.h"
-#include "eval/parameters.h"
 #include "search/limits.h"
 #include "search/search_host.h"
 #include "search/thread_pool.h"
@@ -96,7 +95,7 @@ static void testDeadlines(double now) {
 static void reportEveryTwoSeconds(double now) {
     if (now <= timeLimits.nextReport || searchControl.benchMode) return;
     timeLimits.nextReport = now + 2.0;
-    if (treeSearchActive)
+    if (searchState.treeSearchActive)
         searchHost.reportTree();
     else
         searchHost.reportNodes();

@@ -37,7 +37,7 @@ class EvalTest : public ::testing::Test {
         contemptValue[White] = contemptValue[Black] = 0;
         evalNoise = 0;
         kingSafetyJitter = 0;
-        treeSearchActive = false;
+        applyStyle(Style::AlphaBeta);
         initEvalParameters();
         prefetchBases.evalMask = prefetchBases.pawnMask = Entries - 1;
         std::memset(static_cast<void*>(&caches), 0, sizeof caches);

@@ -56,7 +56,6 @@ class SearchTest : public ::testing::Test {
         searchState = SearchState{};
         searchControl = SearchControl{};
         searchState.searchStart = currentTime();
-        treeSearchActive = false;
         tbPieceLimit = 0;
         timeLimits.hardLimit = timeLimits.softLimit = searchState.searchStart + 3600;
         timeLimits.nextReport = timeLimits.hardLimit;
@@ -67,7 +66,7 @@ class SearchTest : public ::testing::Test {
     ~SearchTest() override {
         settings = settingsBefore;
         searchHost = hostBefore;
-        treeSearchActive = false;
+        searchState.treeSearchActive = false;
         buildSearchTables();
     }
 

@@ -24,7 +24,7 @@ TEST_F(SearchTables, FollowOptionsAndMode) {
           Row{true, 4, 10, 50, {35, 58}, 16, 12}}) {
         SCOPED_TRACE(testing::Message() << row.threads << " threads, tree " << row.tree << ", selectivity "
                                         << row.selectivity << ", reduction " << row.reduction);
-        treeSearchActive = row.tree;
+        searchState.treeSearchActive = row.tree;
         settings.threads = row.threads;
         settings.selectivity = row.selectivity;
         settings.reduction = row.reduction;
@@ -51,7 +51,7 @@ TEST_F(SearchTables, ContemptFallsToTheMoverAtTheRootOrToWhite) {
     EXPECT_EQ(contemptValue[White], 16);
     EXPECT_EQ(contemptPair[White], pair(160, 40));
     // A tree search knows it only as a value.
-    treeSearchActive = true;
+    searchState.treeSearchActive = true;
     setContempt(15, Black);
     EXPECT_EQ(contemptValue[White], 15);
     EXPECT_EQ(contemptPair[White], Score{});

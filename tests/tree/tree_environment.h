@@ -26,7 +26,7 @@ class TreeTest : public SearchTest {
         seen = Seen{};
         if (!mctsTable.nodes.data()) installTreeSearch();
         capacityBefore = mctsTable.capacity;
-        treeSearchActive = true;
+        searchState.treeSearchActive = true;
         buildSearchTables();
     }
     ~TreeTest() override {
