@@ -200,7 +200,7 @@ inline int fullWindowScore(FullWindowNode& node, int depth) {
 inline int reductionFor(FullWindowNode& node, Move move) {
     constexpr int SparedRelief = 2;  // half plies
     Position& pos = node.pos;
-    int reduction = reductionOf(reduceLow, node.improving, node.depth, node.played);
+    int reduction = reductionOf(searchTables.reduceLow, node.improving, node.depth, node.played);
     if (node.isKillerOrCounter(move) || isFarPawnMove(pos, move)) reduction -= SparedRelief;
     reduction = std::max(reduction + reductionByHistory(pos, move), 0);
     if (reduction >= LeastReduction && node.depth <= EscapeDepth && escapesDanger(pos, node.phase, move))

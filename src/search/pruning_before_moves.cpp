@@ -92,7 +92,7 @@ inline StaticVerdict reverseFutilityPruning(ZeroWindowNode& node) {
     const bool pawnArrived =
         pos.movedType == Pawn && relativeRank(opponent(node.us), toOf(pos.lastMove)) == SeventhRank;
     const int passerBonus = pawnArrived ? node.phase - MaxPhase : 0;
-    const int step = futilityStep - (node.improving ? ImprovingDiscount : 0);
+    const int step = searchTables.futilityStep - (node.improving ? ImprovingDiscount : 0);
     if (node.beta <= node.estimate - passerBonus - step * node.depth) {
         node.result = node.estimate;
         return StaticVerdict::Ended;

@@ -25,7 +25,7 @@ inline int reductionByTurn(const Position& pos, int stat) {
 // What a quiet move's history adds to its reduction. Notes the move's stat for the child. The division
 // truncates.
 inline int reductionByHistory(Position& pos, Move move) {
-    const int stat = quietStat(pos, move) - historyBase;
+    const int stat = quietStat(pos, move) - searchTables.historyBase;
     pos.moveStat = stat;
     return reductionByTurn(pos, stat) - stat / StatPerHalfPly;
 }

@@ -3,11 +3,11 @@
 
 #include "search/search_environment.h"
 
-class SearchTables : public SearchTest {};
+class SearchTablesTest : public SearchTest {};
 
 // Worked out by hand. Intended: a larger selectivity lets fewer moves pass, more threads reduce more, and a
 // tree search hears of neither option.
-TEST_F(SearchTables, FollowOptionsAndMode) {
+TEST_F(SearchTablesTest, FollowOptionsAndMode) {
     struct Row {
         bool tree;
         int threads, selectivity, reduction;
@@ -30,17 +30,17 @@ TEST_F(SearchTables, FollowOptionsAndMode) {
         settings.reduction = row.reduction;
         buildSearchTables();
         for (int improving = 0; improving < 2; ++improving)
-            EXPECT_EQ(moveCountTable[improving][20], row.count[improving]);
-        EXPECT_EQ(reduceHigh[0][100][60], row.high);
-        EXPECT_EQ(reduceLow[1][100][60], row.low);
-        EXPECT_EQ(reductionOf(reduceHigh, false, 300, 200), reduceHigh[0][127][63]);
-        EXPECT_EQ(historyBase, row.tree ? 45000 : 44000);
-        EXPECT_EQ(futilityStep, row.tree ? 45 : 40);
+            EXPECT_EQ(searchTables.moveCountTable[improving][20], row.count[improving]);
+        EXPECT_EQ(searchTables.reduceHigh[0][100][60], row.high);
+        EXPECT_EQ(searchTables.reduceLow[1][100][60], row.low);
+        EXPECT_EQ(reductionOf(searchTables.reduceHigh, false, 300, 200), searchTables.reduceHigh[0][127][63]);
+        EXPECT_EQ(searchTables.historyBase, row.tree ? 45000 : 44000);
+        EXPECT_EQ(searchTables.futilityStep, row.tree ? 45 : 40);
         EXPECT_EQ(contBonus(10), row.tree ? 2500 : 2000);
     }
 }
 
-TEST_F(SearchTables, ContemptFallsToTheMoverAtTheRootOrToWhite) {
+TEST_F(SearchTablesTest, ContemptFallsToTheMoverAtTheRootOrToWhite) {
     setContempt(-17, Black);
     EXPECT_EQ(contemptValue[Black], -17);
     EXPECT_EQ(contemptValue[White], 17);
