@@ -4,7 +4,6 @@
 #include "eval/style.h"
 #include "eval/weights_material.h"
 
-bool treeSearchActive = false;
 float MaterialPhaseScale[MaxPhase + 1];
 int PhasePieceValue[MaxPhase + 1][7];
 

@@ -9,9 +9,6 @@
 // each bench pass, and after an option that was stored.
 void initEvalParameters();
 
-// Whether the search in progress is a tree search; the style tables depend on it. Set at search start.
-extern bool treeSearchActive;
-
 // By capped phase: the start value of the material scale; and by type (type 0 for none) the values in
 // centipawns that quiescence prunes by.
 extern float MaterialPhaseScale[MaxPhase + 1];

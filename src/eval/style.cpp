@@ -2,18 +2,13 @@
 
 #include "base/settings.h"
 #include "eval/king_danger.h"
-#include "eval/parameters.h"
 
 #include <cmath>
 
 EvalStyle evalStyle;
 
-void applyStyle() {
-    using Mode = EvalStyle::Mode;
-    const Mode mode = treeSearchActive ? Mode::Tree : Mode::AlphaBeta;
-    if (mode == evalStyle.appliedMode) return;
-    evalStyle.appliedMode = mode;
-    if (mode == Mode::Tree) {
+void renewStyle() {
+    if (evalStyle.applied == Style::Tree) {
         // The tree search has a style of its own, whatever the options say.
         evalStyle.dynamismMg = UsualDynamismMg;
         evalStyle.dynamismEg = UsualDynamismEg;
@@ -27,9 +22,10 @@ void applyStyle() {
     buildKingSafetyTable(settings.kingSafety);
 }
 
-void renewStyle() {
-    evalStyle.appliedMode = EvalStyle::Mode::None;
-    applyStyle();
+void applyStyle(Style style) {
+    if (style == evalStyle.applied) return;
+    evalStyle.applied = style;
+    renewStyle();
 }
 
 void setKingSafetyJitter(int spread) { evalStyle.kingSafetyJitter = spread; }

@@ -10,10 +10,12 @@
 inline constexpr int UsualDynamismMg = 160;
 inline constexpr int UsualDynamismEg = 185;
 
+// Whose taste in positions it is: the tree search's is fixed, the alpha-beta search's follows the options.
+enum class Style { AlphaBeta, Tree };
+
 // Written by the functions below alone, and while no search runs but for the noise's key.
 struct EvalStyle {
-    enum class Mode { None, AlphaBeta, Tree };
-    Mode appliedMode = Mode::None;  // at the last run of `applyStyle`; none before the first
+    Style applied = Style::AlphaBeta;  // at the last run of `applyStyle`
     int dynamismMg = UsualDynamismMg;
     int dynamismEg = UsualDynamismEg;
     int kingSafetyJitter = 0;             // spread of the random variation of king safety, 0 for none
@@ -22,9 +24,9 @@ struct EvalStyle {
 };
 extern EvalStyle evalStyle;
 
-// Reads the style options (dynamism, king safety) and builds the table of king danger. Does nothing if the
-// tree-search mode is as at its last run; `renewStyle` does it in any case.
-void applyStyle();
+// Changes to a style: reads its options (dynamism, king safety) and builds the table of king danger. Does
+// nothing if the style is as at its last run; `renewStyle` builds the present one in any case.
+void applyStyle(Style style);
 void renewStyle();
 
 // For each search, by playing strength.

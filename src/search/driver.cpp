@@ -18,7 +18,6 @@
 #include "search/time_manager.h"
 #include "search/trans_table.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -39,9 +38,9 @@ bool wantsTree() { return settings.useMcts && searchHost.runTree; }
 
 // The tables that depend on the mode follow it.
 void setMode(bool treeMode) {
-    if (treeSearchActive == treeMode) return;
-    treeSearchActive = treeMode;
-    applyStyle();
+    if (searchState.treeSearchActive == treeMode) return;
+    searchState.treeSearchActive = treeMode;
+    applyStyle(treeMode ? Style::Tree : Style::AlphaBeta);
     buildSearchTables();
 }
 
@@ -54,8 +53,8 @@ void copyOptions(double target, int depthLimit) {
 
 void prepareMainThread(Position& root) {
     static bool first = true;
-    SearchThread& thread = ThreadPool::threadRecords[0];
-    ThreadPool::attachRoot(root, 0);
+    SearchThread& thread = threadPool.threadRecords[0];
+    threadPool.attachRoot(root, 0);
     thread.stopFlag.exchange(0);
     thread.nodes = 0;
     thread.clearKillers();
@@ -89,28 +88,27 @@ void prepareSearch(Position& root, int depthLimit, double target, bool infinite)
     searchState.infinite = infinite;
     applyStrength(root, wantsTree());
     setMode(wantsTree());
-    setContempt(settings.contempt, root.sideToMove(), treeSearchActive);
+    setContempt(settings.contempt, root.sideToMove(), searchState.treeSearchActive);
     copyOptions(target, depthLimit);
     searchControl.searching = true;
-    if (settings.threads != threadCount) ThreadPool::restartForOption();
+    if (settings.threads != threadPool.threadCount) threadPool.restartForOption();
     searchState.searchStart = currentTime();
     searchState.stopAfterIteration = false;
     // What no `isready` has made ready, such as the caches of a pool that was rebuilt just now, stays on
     // small pages: the first touch of a huge one takes too long between two looks at the clock.
     transTable.pages().settle();
-    ThreadPool::settleCaches();
+    threadPool.settleCaches();
     prepareMainThread(root);
     logStart(root);
 }
 
 // Makes the root list and publishes it with the root.
 void publishRoot(Position& root, const char* searchMoves, double target) {
-    SearchThread& thread = ThreadPool::threadRecords[0];
+    SearchThread& thread = threadPool.threadRecords[0];
     searchState.rootMoveCount = buildRootList(root, searchMoves, target, thread.rootMoves);
     transTable.newSearch(root.key);
-    ThreadPool::searchRootPosition = root;
-    std::memcpy(ThreadPool::searchRootMoves, thread.rootMoves, sizeof thread.rootMoves);
-    ThreadPool::clearNodes();
+    threadPool.publishRoot(root, thread.rootMoves);
+    threadPool.clearNodes();
     searchState.bestMoveChanges = 0;
 }
 
@@ -121,12 +119,12 @@ void beginIteration(SearchThread& thread, int depth) {
     searchState.iterationFailLow = false;
     searchState.failHighAccepted = false;
     for (RootMove* move = thread.rootMoves; move->move != NoMove; ++move) move->nodes = 1;
-    ThreadPool::searchDepthNow = depth;
+    threadPool.publishDepth(depth);
     thread.iterationScore[depth] = -NoScore;
 }
 
 bool isRootMove(Move move) {
-    const RootMove* list = ThreadPool::threadRecords[0].rootMoves;
+    const RootMove* list = threadPool.threadRecords[0].rootMoves;
     while (list->move != NoMove && cleanMove(list->move) != move) ++list;
     return list->move != NoMove;
 }
@@ -161,7 +159,7 @@ bool isLastIteration(int depth, int score) {
 
 // Deepens until something ends the search.
 Answer deepen(Position& root) {
-    SearchThread& thread = ThreadPool::threadRecords[0];
+    SearchThread& thread = threadPool.threadRecords[0];
     Answer answer;
     // A stop before any result leaves the first move of the list.
     answer.best = cleanMove(thread.rootMoves[0].move);
@@ -181,7 +179,8 @@ Answer deepen(Position& root) {
         searchIteration(root, depth);
         const int score = thread.iterationScore[depth];
         const Move* pv = thread.iterationPv[depth];
-        setContempt(contemptFromScore(score, settings.contempt), root.sideToMove(), treeSearchActive);
+        setContempt(contemptFromScore(score, settings.contempt), root.sideToMove(),
+                    searchState.treeSearchActive);
         answer.quit = searchControl.quitRequested;
         if (answer.quit) return answer;
         if (score >= -MateScore && pv[0] != NoMove) {
@@ -213,7 +212,6 @@ void endSearch() {
 
 void finishSearch(const Answer& answer) {
     logEnd();
-    searchControl.timeUsed += std::max(currentTime() - searchState.searchStart, 0.0);
     waitForUser();
     if (!searchControl.benchMode) {
         searchHost.reportDepthEnd(answer.depth);
@@ -253,25 +251,27 @@ void waitForUser() {
     }
 }
 
+void endForQuit() {
+    searchControl.searching = false;
+    searchHost.shutDown();
+}
+
 void think(Position& root, int depthLimit, double targetSeconds, double maxSeconds, const char* searchMoves,
-           int infinite) {
-    prepareSearch(root, depthLimit, targetSeconds, infinite != 0);
+           bool infinite) {
+    prepareSearch(root, depthLimit, targetSeconds, infinite);
     publishRoot(root, searchMoves, targetSeconds);
     timeLimits = makeTimeLimits(searchState.searchStart, targetSeconds, maxSeconds,
                                 searchControl.extendPercent, searchControl.moveTime, depthLimit);
     timeLimits.nextReport = searchState.searchStart + 2.0;
-    if (treeSearchActive) {
+    if (searchState.treeSearchActive) {
         thinkWithTree(root, targetSeconds);
         return;
     }
-    ThreadPool::searchDepthNow = 1;
-    ThreadPool::wakeWorkers();
+    threadPool.wakeWorkers(1);
     const Answer answer = deepen(root);
-    ThreadPool::finishSearch();
-    if (answer.quit) {
-        searchControl.searching = false;
-        searchHost.shutDown();
-        return;
-    }
-    finishSearch(answer);
+    threadPool.finishSearch();
+    if (answer.quit)
+        endForQuit();
+    else
+        finishSearch(answer);
 }

@@ -5,7 +5,7 @@
 #include "board/history_tables.h"
 #include "board/legality.h"
 #include "board/make_move.h"
-#include "eval/parameters.h"
+#include "search/limits.h"
 #include "search/node.h"
 #include "search/reductions.h"
 
@@ -130,7 +130,7 @@ inline bool pruneMove(const FullWindowNode& node, const Trial& trial) {
 }
 
 // The threads share out moves only if there are three of them or more, and never in a tree search.
-inline bool sharesMoves() { return threadCount > 2 && !treeSearchActive; }
+inline bool sharesMoves() { return threadPool.threadCount > 2 && !searchState.treeSearchActive; }
 
 // Whether a child is put off because another thread is searching it. Thread 0 puts nothing off.
 inline bool deferMove(FullWindowNode& node, const Trial& trial) {
@@ -200,7 +200,7 @@ inline int fullWindowScore(FullWindowNode& node, int depth) {
 inline int reductionFor(FullWindowNode& node, Move move) {
     constexpr int SparedRelief = 2;  // half plies
     Position& pos = node.pos;
-    int reduction = reductionOf(reduceLow, node.improving, node.depth, node.played);
+    int reduction = reductionOf(searchTables.reduceLow, node.improving, node.depth, node.played);
     if (node.isKillerOrCounter(move) || isFarPawnMove(pos, move)) reduction -= SparedRelief;
     reduction = std::max(reduction + reductionByHistory(pos, move), 0);
     if (reduction >= LeastReduction && node.depth <= EscapeDepth && escapesDanger(pos, node.phase, move))
@@ -318,7 +318,8 @@ int searchNode(Position& pos, int alpha, int beta, int depth, int ply, Move* pv,
     if (deepening == Deepening::Allowed && internalIterativeDeepening(node)) return node.result;
     setUpMoves(node);
     if (searchMoves<treeLeaf>(node)) return node.result;
-    if (node.deferredCount > 0 && threadCount > 1 && !node.cutoff && !treeSearchActive) {
+    if (node.deferredCount > 0 && threadPool.threadCount > 1 && !node.cutoff &&
+        !searchState.treeSearchActive) {
         node.firstPass = false;
         if (searchMoves<treeLeaf>(node)) return node.result;
     }

@@ -22,6 +22,18 @@ long long lengthOf(std::FILE* file) {
     return length;
 }
 
+// Moves `bytes` bytes in chunks: `transfer(offset, wanted)` says how many went. False if one chunk came
+// short.
+template <class Transfer>
+bool inChunks(std::uint64_t bytes, std::uint64_t chunk, Transfer transfer) {
+    for (std::uint64_t done = 0; done < bytes;) {
+        const std::size_t wanted = std::size_t(std::min(chunk, bytes - done));
+        if (transfer(done, wanted) != wanted) return false;
+        done += wanted;
+    }
+    return true;
+}
+
 }  // namespace
 
 void TransTable::saveToFile(const char* path) const {
@@ -32,17 +44,12 @@ void TransTable::saveToFile(const char* path) const {
         return;
     }
     sendLine("info string Saving Hash\n");
-    const char* bytes = reinterpret_cast<const char*>(buckets);
-    for (std::uint64_t done = 0; done < byteSize();) {
-        const std::size_t wanted = std::size_t(std::min(Chunk, byteSize() - done));
-        if (std::fwrite(bytes + done, 1, wanted, file.get()) != wanted) {
-            sendLine("info string error writing file %s\n", path);
-            return;
-        }
-        done += wanted;
-    }
+    const char* bytes = reinterpret_cast<const char*>(buckets.data());
+    const bool written = inChunks(byteSize(), Chunk, [&](std::uint64_t offset, std::size_t wanted) {
+        return std::fwrite(bytes + offset, 1, wanted, file.get());
+    });
     // What the library still holds back may find the disk full.
-    if (std::fflush(file.get()) != 0) {
+    if (!written || std::fflush(file.get()) != 0) {
         sendLine("info string error writing file %s\n", path);
         return;
     }
@@ -62,15 +69,14 @@ bool TransTable::readImage(const char* path) {
         sendLine("info string File size does not match Hash size\n");
         return false;
     }
-    memory.askForHugePages();  // every page is about to be written
-    char* bytes = reinterpret_cast<char*>(buckets);
-    for (std::uint64_t done = 0; done < byteSize();) {
-        const std::size_t wanted = std::size_t(std::min(Chunk, byteSize() - done));
-        if (std::fread(bytes + done, 1, wanted, file.get()) != wanted) {
-            sendLine("info string Error: could not read full file.\n");
-            return false;
-        }
-        done += wanted;
+    buckets.pages().askForHugePages();  // every page is about to be written
+    char* bytes = reinterpret_cast<char*>(buckets.data());
+    const bool complete = inChunks(byteSize(), Chunk, [&](std::uint64_t offset, std::size_t wanted) {
+        return std::fread(bytes + offset, 1, wanted, file.get());
+    });
+    if (!complete) {
+        sendLine("info string Error: could not read full file.\n");
+        return false;
     }
     sendLine("info string Hash Loaded\n");
     return true;
@@ -89,7 +95,7 @@ void TransTable::forgetGenerations() {
 }
 
 void TransTable::loadFromFile(const char* path) {
-    if (!buckets) return;
+    if (!buckets.data()) return;
     readImage(path);
     forgetGenerations();
     generation = 0;

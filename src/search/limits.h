@@ -27,14 +27,12 @@ struct SearchLimits {
 // Shared between the interpreter and the search. Workers only read them.
 struct SearchControl {
     Relaxed<bool> quitRequested = false;  // also set by the input thread
-    Relaxed<bool> stopRequested = false;
     Relaxed<bool> searching = false;
     Relaxed<int> linesWaiting = 0;  // in the input queue, which alone writes it
     Relaxed<bool> ponder = false;
     double moveTime = 0;  // seconds; not 0: a fixed time for the move
     std::uint64_t nodes = NoNodeLimit;
     int extendPercent = UsualExtendPercent;  // hard limit as per cent of the target
-    double timeUsed = 0;                     // by the searches of this game, seconds
     bool benchMode = false;
 };
 inline SearchControl searchControl;
@@ -48,6 +46,7 @@ struct SearchState {
     double iterationTarget = 0;  // seconds
     int depthLimit = 0;          // plies
     bool infinite = false;
+    bool treeSearchActive = false;  // the mode of the search in progress, or of the last one
     bool analysisSearch = false;
     int rootMoveCount = 0;
     int rootMoveIndex = 0;  // 1-based, of the root move in progress

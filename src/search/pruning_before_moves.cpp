@@ -4,7 +4,7 @@
 #include "board/geometry.h"
 #include "board/make_move.h"
 #include "board/sliders.h"
-#include "eval/parameters.h"
+#include "search/limits.h"
 #include "search/zero_window_node.h"
 
 #include <algorithm>
@@ -75,7 +75,7 @@ inline void shortenWonNode(ZeroWindowNode& node) {
     const Colour them = opponent(node.us);
     const Bitboard farRanks = relativeRankMask(them, SixthRank) | relativeRankMask(them, SeventhRank);
     if (pos.pieces[them][Pawn] & farRanks) return;
-    if (!treeSearchActive && !pos.pieces[them][Queen]) node.depth -= OnePly;
+    if (!searchState.treeSearchActive && !pos.pieces[them][Queen]) node.depth -= OnePly;
 }
 
 enum class StaticVerdict { Ended, TryNullMove, Threatened };
@@ -92,7 +92,7 @@ inline StaticVerdict reverseFutilityPruning(ZeroWindowNode& node) {
     const bool pawnArrived =
         pos.movedType == Pawn && relativeRank(opponent(node.us), toOf(pos.lastMove)) == SeventhRank;
     const int passerBonus = pawnArrived ? node.phase - MaxPhase : 0;
-    const int step = futilityStep - (node.improving ? ImprovingDiscount : 0);
+    const int step = searchTables.futilityStep - (node.improving ? ImprovingDiscount : 0);
     if (node.beta <= node.estimate - passerBonus - step * node.depth) {
         node.result = node.estimate;
         return StaticVerdict::Ended;

@@ -4,7 +4,7 @@
 
 #include "board/exchange.h"
 #include "board/history_tables.h"
-#include "eval/parameters.h"
+#include "search/limits.h"
 #include "search/move_questions.h"
 #include "search/search_tables.h"
 
@@ -15,7 +15,7 @@ inline constexpr int StatPerHalfPly = 9600;  // of a quiet move's stat, for one 
 // move's stat and of the stat that the node before has noted last are compared. Not in the tree search.
 inline int reductionByTurn(const Position& pos, int stat) {
     constexpr int TurnStep = 2;
-    if (treeSearchActive) return 0;
+    if (searchState.treeSearchActive) return 0;
     const int before = pos.prev ? pos.prev->moveStat : 0;  // a record from a FEN has none
     if (stat < 0 && before >= 0) return TurnStep;
     if (stat >= 0 && before < 0) return -TurnStep;
@@ -25,7 +25,7 @@ inline int reductionByTurn(const Position& pos, int stat) {
 // What a quiet move's history adds to its reduction. Notes the move's stat for the child. The division
 // truncates.
 inline int reductionByHistory(Position& pos, Move move) {
-    const int stat = quietStat(pos, move) - historyBase;
+    const int stat = quietStat(pos, move) - searchTables.historyBase;
     pos.moveStat = stat;
     return reductionByTurn(pos, stat) - stat / StatPerHalfPly;
 }

@@ -93,10 +93,11 @@ inline int reductionFor(RootNode& node, Move move) {
     constexpr int GoodStat = 47999, ExcellentStat = 83999, GoodRelief = 1, ExcellentRelief = 2;
     constexpr int PawnPhase = 48;  // up to it an advanced pawn's stat takes nothing off
     Position& pos = node.pos;
-    int reduction = reductionOf(reduceLow, true, node.depth, node.number);
+    int reduction = reductionOf(searchTables.reduceLow, true, node.depth, node.number);
     if (isFarPawnMove(pos, move)) reduction -= FarPawnRelief;
     const int stat = quietStat(pos, move);
-    if (stat / StatShare < rootStatFloor[node.number] || seeLosing(pos, move)) reduction += PoorExtra;
+    if (stat / StatShare < searchTables.rootStatFloor[node.number] || seeLosing(pos, move))
+        reduction += PoorExtra;
     const int phase = pos.cappedPhase();
     if (!(phase <= PawnPhase && isAdvancedPawnMove(pos, move))) {
         if (stat > ExcellentStat)
@@ -106,7 +107,7 @@ inline int reductionFor(RootNode& node, Move move) {
     }
     if (reduction > 0 && node.depth <= EscapeDepth && escapesDanger(pos, phase, move))
         reduction -= EscapeRelief;
-    pos.moveStat = stat - historyBase;
+    pos.moveStat = stat - searchTables.historyBase;
     return reduction + (reduction & 1);
 }
 

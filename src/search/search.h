@@ -16,10 +16,14 @@ inline constexpr int RootExtensionCredit = -8;
 // `depthLimit` in plies, the times in seconds; `searchMoves` the listed moves, each followed by a blank;
 // `infinite` waits for a stop at the end.
 void think(Position& root, int depthLimit, double targetSeconds, double maxSeconds, const char* searchMoves,
-           int infinite);
+           bool infinite);
 
 // While pondering, and in a search without end, waits for the user's word and runs commands meanwhile.
 void waitForUser();
+
+// After a quit, with the workers idle: ends the search without an answer, and the process. Returns only in
+// tests.
+void endForQuit();
 
 // One iteration with its aspiration windows, on any thread; `depth` in plies.
 void searchIteration(Position& pos, int depth);

@@ -1,24 +1,14 @@
 #include "search/search_thread.h"
 
-#include "base/end_process.h"
 #include "board/thread_hooks.h"
 #include "eval/caches.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 namespace {
 
-template <class Entry>
-Entry* allocateTable(LargeMemory& memory, std::size_t entries, const char* name) {
-    const std::size_t bytes = entries * sizeof(Entry);
-    if (!memory.allocate(bytes)) {
-        std::fprintf(stderr, "Unable to allocate %d bytes of memory for %s\n", int(bytes), name);
-        endProcess(-1);
-    }
-    return static_cast<Entry*>(memory.data());
-}
+constexpr int CacheFailureStatus = -1;
 
 template <class Table, class Value>
 void fillTable(Table& table, Value value) {
@@ -35,9 +25,6 @@ void SearchThread::init(int index) {
     std::memset(rootMoves, 0, sizeof rootMoves);
     nodes = 0;
     clearKillers();
-    evalCache = nullptr;
-    pawnHash = nullptr;
-    matHash = nullptr;
     hasWorker = false;
     hasHistory = false;
     startFlag = false;
@@ -67,25 +54,23 @@ void SearchThread::allocateCaches(int index) {
     iterationDepth = 0;
     if (!hasHistory) resetHistory();
     hasHistory = true;
-    matHash = allocateTable<MatCacheEntry>(cacheMemory[MatMemory], MatCacheEntries, "mat_hash");
-    pawnHash = allocateTable<PawnEntry>(cacheMemory[PawnMemory], prefetchBases.pawnMask + 1, "pawn_hash");
-    evalCache =
-        allocateTable<EvalCacheEntry>(cacheMemory[EvalMemory], prefetchBases.evalMask + 1, "eval_cache");
+    matHash.allocate(MatCacheEntries, "mat_hash", CacheFailureStatus);
+    pawnHash.allocate(prefetchBases.pawnMask + 1, "pawn_hash", CacheFailureStatus);
+    evalCache.allocate(prefetchBases.evalMask + 1, "eval_cache", CacheFailureStatus);
     ThreadHooks& hooks = threadHooks[index];
-    hooks.matHash = matHash;
-    hooks.pawnHash = pawnHash;
-    hooks.evalCache = evalCache;
+    hooks.matHash = matHash.data();
+    hooks.pawnHash = pawnHash.data();
+    hooks.evalCache = evalCache.data();
 }
 
 void SearchThread::freeCaches() {
-    for (LargeMemory& memory : cacheMemory) memory.free();
-    matHash = nullptr;
-    pawnHash = nullptr;
-    evalCache = nullptr;
+    matHash.free();
+    pawnHash.free();
+    evalCache.free();
 }
 
 void SearchThread::clearEvalCache() {
-    LargeMemory& memory = cacheMemory[EvalMemory];
+    LargeMemory& memory = evalCache.pages();
     memory.forgetUntouched();
     if (memory.touchedBytes()) std::memset(memory.data(), 0, memory.touchedBytes());
 }

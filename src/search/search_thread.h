@@ -2,7 +2,7 @@
 // tables stand in the record, so that one allocation holds them.
 #pragma once
 
-#include "base/large_memory.h"
+#include "base/large_table.h"
 #include "base/relaxed.h"
 #include "board/history_tables.h"
 #include "board/move.h"
@@ -24,8 +24,6 @@ struct KillerRow {
     Move evasion;  // in check
 };
 
-enum CacheMemory : int { MatMemory = 0, PawnMemory = 1, EvalMemory = 2, CacheCount = 3 };
-
 struct SearchThread {
     Relaxed<int> iterationDepth;                // plies; 0: idle
     std::int32_t iterationScore[MaxIteration];  // of each finished or running iteration
@@ -37,10 +35,9 @@ struct SearchThread {
     CaptureHistory captureHistory;              // around CaptureCentre
     Move counterMoves[2][7][FromToCount];       // by side to move, type and from-to of the move before
     ContinuationHistory continuationHistory;    // around HistoryCentre
-    EvalCacheEntry* evalCache;
-    PawnEntry* pawnHash;
-    MatCacheEntry* matHash;
-    LargeMemory cacheMemory[CacheCount];  // behind these, by CacheMemory
+    LargeTable<MatCacheEntry> matHash;
+    LargeTable<PawnEntry> pawnHash;
+    LargeTable<EvalCacheEntry> evalCache;
     pthread_t worker;
     bool hasWorker;                  // never for thread 0
     bool hasHistory;                 // the histories hold values
@@ -56,6 +53,12 @@ struct SearchThread {
     // touches the pages first. Ends the process if memory runs out.
     void allocateCaches(int index);
     void freeCaches();
+    template <class Visit>  // of the LargeMemory behind each cache
+    void forEachCache(Visit visit) {
+        visit(matHash.pages());
+        visit(pawnHash.pages());
+        visit(evalCache.pages());
+    }
     // Forgets every cached evaluation. Only while the thread is idle.
     void clearEvalCache();
 };

@@ -12,17 +12,16 @@ void touchTables(const std::vector<LargeMemory*>& tables, const std::function<bo
         memory.askForHugePages();
         anyFresh |= memory.isFresh();
     };
-    for (int i = 0; i < ThreadPool::threadRecordCount; ++i)
-        for (LargeMemory& memory : ThreadPool::threadRecords[i].cacheMemory) prepare(memory);
+    for (int i = 0; i < threadPool.threadRecordCount; ++i) threadPool.threadRecords[i].forEachCache(prepare);
     for (LargeMemory* memory : tables) prepare(*memory);
     if (!anyFresh) return;
-    ThreadPool::runOnAllThreads([&](int index) {
-        for (LargeMemory& memory : ThreadPool::threadRecords[index].cacheMemory)
-            while (mayGoOn() && memory.touchNext()) {
-            }
-        for (LargeMemory* memory : tables)
-            while (mayGoOn() && memory->touchNext()) {
-            }
+    const auto touch = [&](LargeMemory& memory) {
+        while (mayGoOn() && memory.touchNext()) {
+        }
+    };
+    threadPool.runOnAllThreads([&](int index) {
+        threadPool.threadRecords[index].forEachCache(touch);
+        for (LargeMemory* memory : tables) touch(*memory);
     });
 }
 
@@ -32,7 +31,7 @@ void clearTable(LargeMemory& table) {
     const std::size_t size = table.touchedBytes();
     if (size == 0) return;
     std::atomic<std::size_t> next = 0;
-    ThreadPool::runOnAllThreads([&](int) {
+    threadPool.runOnAllThreads([&](int) {
         for (std::size_t offset; (offset = next.fetch_add(Stretch)) < size;)
             std::memset(static_cast<char*>(table.data()) + offset, 0, std::min(Stretch, size - offset));
     });

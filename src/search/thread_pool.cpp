@@ -5,11 +5,11 @@
 #include "base/output.h"
 #include "base/settings.h"
 #include "board/thread_hooks.h"
-#include "eval/parameters.h"
 #include "search/limits.h"
 #include "search/search.h"
 #include "search/search_host.h"
 
+#include <bit>
 #include <condition_variable>
 #include <cstdlib>
 #include <cstring>
@@ -17,19 +17,12 @@
 #include <new>
 #include <system_error>
 
-namespace ThreadPool {
+// Never destroyed, nor are the locks: workers may still sleep on them while the process ends.
+ThreadPool threadPool;
 
-SearchThread* threadRecords = nullptr;
-int threadRecordCount = 0;
-int threadCount = 1;
-int tableMemoryInUse = 128;
-Relaxed<int> searchDepthNow = 0;
-Position searchRootPosition;
-RootMove searchRootMoves[MaxListMoves];
-Relaxed<std::uint32_t> poolQuit = 0;
+namespace {
 
-// No thread holds two of these at once; the search itself takes none. They outlive the process's end, where
-// workers may still sleep on them.
+// No thread holds two of these at once; the search itself takes none.
 struct PoolLocks {
     std::mutex startMutex;  // guards every `startFlag`, `poolQuit` and `job`
     std::condition_variable startCondition;
@@ -41,28 +34,25 @@ struct PoolLocks {
     int workersReady = 0;     // workers that have their caches
     std::mutex recordsMutex;  // the input thread may raise stop flags while the records are being replaced
 };
-static PoolLocks& locks = *new PoolLocks;
-
-static bool evalCachesUsed = false;
-static LargeMemory recordMemory;  // behind `threadRecords`
+PoolLocks& locks = *new PoolLocks;
 
 // ---- Workers ----
 
-static void leaveBarrier() {
+void leaveBarrier() {
     const std::lock_guard lock(locks.barrierMutex);
     if (locks.barrierCount > 0 && --locks.barrierCount == 0) locks.barrierCondition.notify_all();
 }
 
-static void copyRoot(SearchThread& thread, Position& root, int index) {
-    root = searchRootPosition;
-    attachRoot(root, index);
-    std::memcpy(thread.rootMoves, searchRootMoves, sizeof thread.rootMoves);
+void copyRoot(SearchThread& thread, Position& root, int index) {
+    root = threadPool.searchRootPosition;
+    threadPool.attachRoot(root, index);
+    std::memcpy(thread.rootMoves, threadPool.searchRootMoves, sizeof thread.rootMoves);
     thread.clearKillers();
 }
 
 // Deepens beside thread 0. A worker that is early doesn't run ahead: it takes the depth that thread 0 has
 // reached.
-static void deepenBeside(SearchThread& thread, Position& root, int depth) {
+void deepenBeside(SearchThread& thread, Position& root, int depth) {
     constexpr int LastDepth = 98;
     thread.iterationDepth = 0;
     thread.iterationScore[1] = thread.iterationScore[0];
@@ -70,18 +60,18 @@ static void deepenBeside(SearchThread& thread, Position& root, int depth) {
     while (true) {
         const int current = thread.iterationDepth;
         searchIteration(root, current);
-        if (poolQuit || (thread.stopFlag & 1)) return;
+        if (threadPool.poolQuit || (thread.stopFlag & 1)) return;
         thread.iterationDepth = current + 1;
         if (current > LastDepth || std::abs(thread.iterationScore[current]) >= MateBound) return;
         thread.iterationScore[current + 1] = thread.iterationScore[current];
-        const int next = searchDepthNow;
+        const int next = threadPool.searchDepthNow;
         if (next <= 0) return;
         thread.iterationDepth = next;
     }
 }
 
-static void workerMain(int index) {
-    SearchThread& thread = threadRecords[index];
+void workerMain(int index) {
+    SearchThread& thread = threadPool.threadRecords[index];
     thread.allocateCaches(index);
     {
         const std::lock_guard lock(locks.barrierMutex);
@@ -102,10 +92,10 @@ static void workerMain(int index) {
             leaveBarrier();
             continue;
         }
-        const int depth = searchDepthNow;
+        const int depth = threadPool.searchDepthNow;
         if (depth > 0) {
             copyRoot(thread, root, index);
-            if (treeSearchActive)
+            if (searchState.treeSearchActive)
                 searchHost.treeWorker(root);
             else
                 deepenBeside(thread, root, depth);
@@ -116,18 +106,46 @@ static void workerMain(int index) {
         leaveBarrier();
         // Under the lock: what this worker frees now was used by the thread that sets the word.
         const std::lock_guard lock(locks.startMutex);
-        if (poolQuit) break;
+        if (threadPool.poolQuit) break;
     }
     thread.freeCaches();
 }
 
-static void* workerEntry(void* argument) {
+void* workerEntry(void* argument) {
     workerMain(int(reinterpret_cast<std::intptr_t>(argument)));
     return nullptr;
 }
 
+// Entries of a cache for a share of memory in bytes, less one: a mask that reaches the next power of two.
+std::uint64_t maskFor(double bytes, std::uint64_t divisor) {
+    return std::bit_ceil(std::uint64_t(bytes) / divisor) - 1;
+}
+
+void armBarrier() {
+    const std::lock_guard lock(locks.barrierMutex);
+    ++locks.barrierGeneration;
+    if (locks.barrierCount > 0) locks.barrierCondition.notify_all();
+    locks.barrierCount = threadPool.threadCount;
+}
+
+void startWorkers(std::uint8_t stopFlag) {
+    {
+        const std::lock_guard lock(locks.startMutex);
+        for (int i = 1; i < threadPool.threadRecordCount; ++i) {
+            threadPool.threadRecords[i].stopFlag.exchange(stopFlag);
+            threadPool.threadRecords[i].startFlag = true;
+        }
+    }
+    locks.startCondition.notify_all();
+}
+
+// They come and go together.
+bool hasWorkers() { return threadPool.threadRecordCount > 1 && threadPool.threadRecords[1].hasWorker; }
+
+}  // namespace
+
 // Search frames are large and lines long, so workers get more stack than the system's default.
-static void startWorker(int index) {
+void ThreadPool::startWorker(int index) {
     constexpr std::size_t StackBytes = std::size_t{64} << 20;
     SearchThread& thread = threadRecords[index];
     if (thread.hasWorker) std::abort();
@@ -143,36 +161,27 @@ static void startWorker(int index) {
 
 // ---- Records ----
 
-static void freeRecords() {
+void ThreadPool::freeRecords() {
     for (int i = threadRecordCount - 1; i >= 0; --i) {
         if (threadRecords[i].hasWorker) std::abort();
         threadRecords[i].freeCaches();
     }
     const std::lock_guard lock(locks.recordsMutex);
-    recordMemory.free();
-    threadRecords = nullptr;
+    threadRecords.free();
     threadRecordCount = 0;
 }
 
-static void makeRecords() {
-    if (!recordMemory.allocate(std::size_t(threadCount) * sizeof(SearchThread))) throw std::bad_alloc();
-    recordMemory.askForHugePages();  // all of it is written at once
-    SearchThread* records = static_cast<SearchThread*>(recordMemory.data());
-    for (int i = 0; i < threadCount; ++i) (new (&records[i]) SearchThread)->init(i);
+// The count comes last and under the lock: nobody looks at a record before that.
+void ThreadPool::makeRecords() {
+    threadRecords.allocate(std::size_t(threadCount), "thread records");
+    threadRecords.pages().askForHugePages();  // all of it is written at once
+    for (int i = 0; i < threadCount; ++i) (new (&threadRecords[i]) SearchThread)->init(i);
     const std::lock_guard lock(locks.recordsMutex);
-    threadRecords = records;
     threadRecordCount = threadCount;
 }
 
-// Entries of a cache for a share of memory in bytes, less one: a mask that reaches the next power of two.
-static std::uint64_t maskFor(double bytes, std::uint64_t divisor) {
-    std::uint64_t mask = std::uint64_t(bytes) / divisor - 1;
-    for (int shift = 1; shift < 64; shift *= 2) mask |= mask >> shift;
-    return mask;
-}
-
 // The option's memory is shared out: nearly half goes to pawn tables, what they leave to evaluation caches.
-static void sizeCaches() {
+void ThreadPool::sizeCaches() {
     constexpr double PawnShare = 0.45;
     constexpr double MatCacheBytes = 65536;
     const double memory = double(std::uint64_t(tableMemoryInUse) << 20) - MatCacheBytes;
@@ -181,11 +190,11 @@ static void sizeCaches() {
     prefetchBases.evalMask = maskFor((memory - pawnBytes) / threadCount, 2 * EvalEntrySize);
 }
 
-void resize(bool create) {
-    const bool keep = threadRecords && create && threadRecordCount == threadCount;
-    if (threadRecords && !keep) freeRecords();
-    if (!threadRecords && create) makeRecords();
-    if (threadRecords) threadRecords[0].freeCaches();
+void ThreadPool::resize(bool create) {
+    const bool keep = create && threadRecordCount == threadCount;
+    if (threadRecordCount > 0 && !keep) freeRecords();
+    if (threadRecordCount == 0 && create) makeRecords();
+    if (threadRecordCount > 0) threadRecords[0].freeCaches();
     if (!create) return;
     sizeCaches();
     evalCachesUsed = false;
@@ -193,46 +202,39 @@ void resize(bool create) {
     locks.workersReady = 0;
     for (int i = 1; i < threadCount; ++i) startWorker(i);
     std::unique_lock lock(locks.barrierMutex);
-    locks.barrierCondition.wait(lock, [] { return locks.workersReady == threadCount - 1; });
+    locks.barrierCondition.wait(lock, [this] { return locks.workersReady == threadCount - 1; });
 }
 
-void restart() {
+void ThreadPool::restart() {
     stopWorkers();
     threadCount = settings.threads;
     resize(true);
 }
 
-void restartForOption() {
+void ThreadPool::restartWithTableMemory(int megabytes) {
+    tableMemoryInUse = megabytes;
+    restart();
+}
+
+void ThreadPool::restartForOption() {
     restart();
     sendLine("info string Threads now set to %d\n", threadCount);
 }
 
 // ---- One search ----
 
-static void armBarrier() {
-    const std::lock_guard lock(locks.barrierMutex);
-    ++locks.barrierGeneration;
-    if (locks.barrierCount > 0) locks.barrierCondition.notify_all();
-    locks.barrierCount = threadCount;
+void ThreadPool::publishRoot(const Position& root, const RootMove* rootMoves) {
+    searchRootPosition = root;
+    std::memcpy(searchRootMoves, rootMoves, sizeof searchRootMoves);
 }
 
-static void startWorkers(std::uint8_t stopFlag) {
-    {
-        const std::lock_guard lock(locks.startMutex);
-        for (int i = 1; i < threadRecordCount; ++i) {
-            threadRecords[i].stopFlag.exchange(stopFlag);
-            threadRecords[i].startFlag = true;
-        }
-    }
-    locks.startCondition.notify_all();
-}
-
-void wakeWorkers() {
+void ThreadPool::wakeWorkers(int depth) {
+    searchDepthNow = depth;
     armBarrier();
     startWorkers(0);
 }
 
-void barrierWait() {
+void ThreadPool::barrierWait() {
     std::unique_lock lock(locks.barrierMutex);
     if (locks.barrierCount < 1) return;
     if (--locks.barrierCount == 0) {
@@ -244,18 +246,15 @@ void barrierWait() {
         lock, [&] { return locks.barrierCount == 0 || locks.barrierGeneration != generation; });
 }
 
-void finishSearch() {
+void ThreadPool::finishSearch() {
     for (int i = 1; i < threadRecordCount; ++i) threadRecords[i].stopFlag.exchange(1);
     barrierWait();
     for (int i = 1; i < threadRecordCount; ++i) threadRecords[i].stopFlag.exchange(0);
 }
 
-// They come and go together.
-static bool hasWorkers() { return threadRecordCount > 1 && threadRecords[1].hasWorker; }
-
 // Starts the workers as a search does, but leaves the stop flags alone: one that the end of input has raised
 // counts for what comes next.
-void runOnAllThreads(const std::function<void(int)>& job) {
+void ThreadPool::runOnAllThreads(const std::function<void(int)>& job) {
     if (!hasWorkers()) {
         job(0);
         return;
@@ -273,12 +272,12 @@ void runOnAllThreads(const std::function<void(int)>& job) {
     locks.job = nullptr;
 }
 
-static void setPoolQuit(std::uint32_t value) {
+void ThreadPool::setPoolQuit(std::uint32_t value) {
     const std::lock_guard lock(locks.startMutex);
     poolQuit.exchange(value);
 }
 
-void stopWorkers() {
+void ThreadPool::stopWorkers() {
     if (!hasWorkers()) return;
     armBarrier();
     setPoolQuit(1);
@@ -296,39 +295,37 @@ void stopWorkers() {
     setPoolQuit(0);
 }
 
-void stopSearch() {
+void ThreadPool::stopSearch() {
     for (int i = 0; i < threadRecordCount; ++i) threadRecords[i].stopFlag.exchange(1);
 }
 
-void stopAllThreads() {
+void ThreadPool::stopAllThreads() {
     const std::lock_guard lock(locks.recordsMutex);
     stopSearch();
 }
 
-std::uint64_t totalNodes() {
+std::uint64_t ThreadPool::totalNodes() {
     std::uint64_t sum = 0;
     for (int i = 0; i < threadRecordCount; ++i) sum += threadRecords[i].nodes;
     return sum;
 }
 
-void clearNodes() {
+void ThreadPool::clearNodes() {
     for (int i = 0; i < threadRecordCount; ++i) threadRecords[i].nodes = 0;
 }
 
-void attachRoot(Position& root, int threadIndex) {
+void ThreadPool::attachRoot(Position& root, int threadIndex) {
     if (threadIndex == 0) evalCachesUsed = true;
     attachThread(root, threadIndex);
 }
 
-void settleCaches() {
+void ThreadPool::settleCaches() {
     for (int i = 0; i < threadRecordCount; ++i)
-        for (LargeMemory& memory : threadRecords[i].cacheMemory) memory.settle();
+        threadRecords[i].forEachCache([](LargeMemory& memory) { memory.settle(); });
 }
 
-void clearEvalCaches() {
+void ThreadPool::clearEvalCaches() {
     if (!evalCachesUsed) return;
-    runOnAllThreads([](int index) { threadRecords[index].clearEvalCache(); });
+    runOnAllThreads([this](int index) { threadRecords[index].clearEvalCache(); });
     evalCachesUsed = false;
 }
-
-}  // namespace ThreadPool

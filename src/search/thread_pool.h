@@ -8,65 +8,81 @@
 
 #include <functional>
 
-namespace ThreadPool {
+class ThreadPool {
+   public:
+    // (Re)builds the records, caches and workers for `threadCount` threads; with `create` false only tears
+    // down.
+    void resize(bool create);
+    // Stops all workers and rebuilds the pool for the `Threads` option.
+    void restart();
+    // The same for the `Table Memory` option, whose value this is.
+    void restartWithTableMemory(int megabytes);
+    // `restart`, and says so on the interface.
+    void restartForOption();
+    // Leaves no worker running.
+    void stopWorkers();
 
-extern SearchThread* threadRecords;  // one allocation; null while no pool exists
-extern int threadRecordCount;
-extern int threadCount;       // in use; follows the `Threads` option
-extern int tableMemoryInUse;  // megabytes that all threads' caches share; follows the `Table Memory` option
+    // Publishes a root and its list, which a zero move ends, for the workers. Only while they are idle.
+    void publishRoot(const Position& root, const RootMove* rootMoves);
+    // Wakes all workers on the published root, at a depth in plies.
+    void wakeWorkers(int depth);
+    // Thread 0 has gone on to another depth.
+    void publishDepth(int depth) { searchDepthNow = depth; }
+    // Ends the search that `wakeWorkers` began; all workers are idle afterwards.
+    void finishSearch();
+    // Thread 0 waits until every worker has left the search. Doesn't wait for a barrier that nobody armed.
+    void barrierWait();
 
-extern Relaxed<int> searchDepthNow;  // the depth of thread 0 in plies, for workers; 0: nothing to do
-extern Position searchRootPosition;  // written by thread 0 only while all workers are idle
-extern RootMove searchRootMoves[MaxListMoves];
-extern Relaxed<std::uint32_t> poolQuit;
+    // Runs a job once on each thread, with the thread's index, side by side, and returns when all are done.
+    // Only while no search runs.
+    void runOnAllThreads(const std::function<void(int)>& job);
 
-// (Re)builds the records, caches and workers for `threadCount` threads; with `create` false only tears down.
-void resize(bool create);
-// Stops all workers and rebuilds the pool for the `Threads` option.
-void restart();
-// The same, and says so on the interface.
-void restartForOption();
-// Leaves no worker running.
-void stopWorkers();
+    // Sets every thread's stop flag by atomic exchange. Any thread may call it at any time.
+    void stopAllThreads();
+    // The same from inside a search, where the records stay and no lock is taken.
+    void stopSearch();
 
-// Wakes all workers on the published root.
-void wakeWorkers();
-// Ends the search that `wakeWorkers` began; all workers are idle afterwards.
-void finishSearch();
-// Thread 0 waits until every worker has left the search. Doesn't wait for a barrier that nobody armed.
-void barrierWait();
+    // Nodes of the current search; a worker's share may be a moment old.
+    std::uint64_t totalNodes();
+    // For the next search, while the workers are idle: node limits count from the first node on.
+    void clearNodes();
 
-// Runs a job once on each thread, with the thread's index, side by side, and returns when all are done. Only
-// while no search runs.
-void runOnAllThreads(const std::function<void(int)>& job);
+    // Points a root record at the tables of a thread, with no continuation behind it.
+    void attachRoot(Position& root, int threadIndex);
 
-// Sets every thread's stop flag by atomic exchange. Any thread may call it at any time.
-void stopAllThreads();
-// The same from inside a search, where the records stay and no lock is taken.
-void stopSearch();
+    // Forgets what the threads have cached of evaluations, after the parameters have changed. Only while no
+    // search runs.
+    void clearEvalCaches();
+    // Before a search: caches that were not made ready stay on small pages.
+    void settleCaches();
 
-// Nodes of the current search; a worker's share may be a moment old.
-std::uint64_t totalNodes();
-// For the next search, while the workers are idle: node limits count from the first node on.
-void clearNodes();
+    // Read by all; written by the functions above alone. Tests build pools of other sizes.
+    LargeTable<SearchThread> threadRecords;  // one allocation; none while no pool exists
+    int threadRecordCount = 0;
+    int threadCount = 1;  // in use; follows the `Threads` option
+    int tableMemoryInUse =
+        128;  // megabytes that all threads' caches share; follows the `Table Memory` option
 
-// Points a root record at the tables of a thread, with no continuation behind it.
-void attachRoot(Position& root, int threadIndex);
+    Relaxed<int> searchDepthNow = 0;  // the depth of thread 0 in plies, for workers; 0: nothing to do
+    Position searchRootPosition;
+    RootMove searchRootMoves[MaxListMoves];
+    Relaxed<std::uint32_t> poolQuit = 0;  // not 0: workers leave their loop
 
-// Forgets what the threads have cached of evaluations, after the parameters have changed. Only while no
-// search runs.
-void clearEvalCaches();
-// Before a search: caches that were not made ready stay on small pages.
-void settleCaches();
+   private:
+    void makeRecords();
+    void freeRecords();
+    void sizeCaches();
+    void startWorker(int index);
+    void setPoolQuit(std::uint32_t value);
 
-}  // namespace ThreadPool
-
-using ThreadPool::threadCount;
+    bool evalCachesUsed = false;
+};
+extern ThreadPool threadPool;
 
 inline SearchThread& threadOf(const Position& pos) {
-    return ThreadPool::threadRecords[std::size_t(pos.threadIndex)];
+    return threadPool.threadRecords[std::size_t(pos.threadIndex)];
 }
 inline bool isStopped(const Position& pos) { return threadOf(pos).stopFlag & 1; }
 // Thread 0's flag ends the search as a whole.
-inline bool isMainStopped() { return ThreadPool::threadRecords[0].stopFlag & 1; }
-inline void stopMainThread() { ThreadPool::threadRecords[0].stopFlag.exchange(1); }
+inline bool isMainStopped() { return threadPool.threadRecords[0].stopFlag & 1; }
+inline void stopMainThread() { threadPool.threadRecords[0].stopFlag.exchange(1); }

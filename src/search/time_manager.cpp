@@ -1,7 +1,6 @@
 #include "search/time_manager.h"
 
 #include "base/clock.h"
-#include "eval/parameters.h"
 #include "search/limits.h"
 #include "search/search_host.h"
 #include "search/thread_pool.h"
@@ -80,7 +79,7 @@ static void runWaitingCommands() {
         searchHost.processCommand();
         goesOn = !searchControl.quitRequested && !isMainStopped();
     }
-    if (searchControl.quitRequested) ThreadPool::stopAllThreads();
+    if (searchControl.quitRequested) threadPool.stopAllThreads();
 }
 
 // Deadlines have no effect while pondering. A ponder hit after the time of the last iteration's end stops at
@@ -96,7 +95,7 @@ static void testDeadlines(double now) {
 static void reportEveryTwoSeconds(double now) {
     if (now <= timeLimits.nextReport || searchControl.benchMode) return;
     timeLimits.nextReport = now + 2.0;
-    if (treeSearchActive)
+    if (searchState.treeSearchActive)
         searchHost.reportTree();
     else
         searchHost.reportNodes();
@@ -107,8 +106,8 @@ static bool hasNodeLimit() { return searchControl.nodes != NoNodeLimit && !searc
 
 // Ends the search on every thread when the limit of nodes has been reached.
 static bool stopsByNodes() {
-    if (ThreadPool::totalNodes() < searchControl.nodes) return false;
-    ThreadPool::stopSearch();
+    if (threadPool.totalNodes() < searchControl.nodes) return false;
+    threadPool.stopSearch();
     return true;
 }
 

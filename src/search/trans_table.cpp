@@ -6,6 +6,7 @@
 #include "search/table_memory.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdio>
 #include <limits>
 
@@ -118,7 +119,7 @@ void TransTable::markBusy(Key key, bool busy) {
 }
 
 void TransTable::newSearch(Key rootKey) {
-    if (!buckets || rootKey == lastRootKey) return;
+    if (!buckets.data() || rootKey == lastRootKey) return;
     generation = (generation + 1) & 255;
     lastRootKey = rootKey;
 }
@@ -138,9 +139,7 @@ int TransTable::occupancy() const {
 static std::uint64_t bucketsFor(int megabytes) {
     constexpr double Share = 0.51;
     const std::uint64_t whole = (std::uint64_t(megabytes) << 20) / sizeof(TransBucket);
-    std::uint64_t smeared = std::uint64_t(double(whole) * Share) - 1;
-    for (int shift = 1; shift < 64; shift *= 2) smeared |= smeared >> shift;
-    return smeared + 1;
+    return std::bit_ceil(std::uint64_t(double(whole) * Share));
 }
 
 static void publishBase(const TransBucket* buckets, std::uint64_t mask) {
@@ -149,8 +148,7 @@ static void publishBase(const TransBucket* buckets, std::uint64_t mask) {
 }
 
 void TransTable::free() {
-    memory.free();
-    buckets = nullptr;
+    buckets.free();
     bucketMask = 0;
     allocatedMegabytes = 0;
     publishBase(nullptr, 0);
@@ -158,32 +156,31 @@ void TransTable::free() {
 
 bool TransTable::resize(int megabytes) {
     constexpr std::uint64_t LeastBuckets = 8;
-    if (buckets && megabytes == allocatedMegabytes) {
+    if (buckets.data() && megabytes == allocatedMegabytes) {
         clear();
         return false;
     }
     free();
     if (megabytes <= 0) return false;
     std::uint64_t count = bucketsFor(megabytes);
-    while (!memory.allocate(count * sizeof(TransBucket))) {
+    while (!buckets.tryAllocate(count, "hash table")) {
         if (count < LeastBuckets) {
             std::fputs("Hash table must be bigger than 0\n", stderr);
             endProcess(1);
         }
         count /= 2;
     }
-    buckets = static_cast<TransBucket*>(memory.data());
     bucketMask = count - 1;
     generation = 0;
     allocatedMegabytes = megabytes;
-    publishBase(buckets, bucketMask);
+    publishBase(buckets.data(), bucketMask);
     return true;
 }
 
 // Stores word by word as any writer does. What is zero is only read: pages that no search has written stay
 // untouched.
 void TransTable::clearDuringSearch() {
-    std::uint64_t* words = reinterpret_cast<std::uint64_t*>(buckets);
+    std::uint64_t* words = reinterpret_cast<std::uint64_t*>(buckets.data());
     const std::uint64_t count = byteSize() / sizeof *words;
     for (std::uint64_t i = 0; i < count; ++i) {
         const std::atomic_ref word(words[i]);
@@ -195,6 +192,6 @@ void TransTable::clear() {
     if (searchControl.searching)
         clearDuringSearch();
     else
-        clearTable(memory);
+        clearTable(buckets.pages());
     generation = 0;
 }

@@ -3,7 +3,7 @@
 // plays it.
 #pragma once
 
-#include "base/large_memory.h"
+#include "base/large_table.h"
 #include "base/relaxed.h"
 #include "board/move.h"
 #include "board/thread_hooks.h"
@@ -101,10 +101,11 @@ class TransTable {
     void markBusy(Key key, bool busy);
 
     // Replaces the table by one for that many megabytes, or by none for 0. A table that already has the size
-    // is cleared. True if a new table was made.
+    // is cleared. True if a new table was made. Where the system has not so much the table is halved until it
+    // fits, with a line on standard error each time.
     bool resize(int megabytes);
     void clear();  // silent
-    LargeMemory& pages() { return memory; }
+    LargeMemory& pages() { return buckets.pages(); }
     void free();
     // Ages the entries, unless the root is that of the last search.
     void newSearch(Key rootKey);
@@ -115,7 +116,7 @@ class TransTable {
     void saveToFile(const char* path) const;
     void loadFromFile(const char* path);
 
-    std::uint64_t bucketCount() const { return buckets ? bucketMask + 1 : 0; }
+    std::uint64_t bucketCount() const { return buckets.size(); }
     std::uint64_t byteSize() const { return bucketCount() * sizeof(TransBucket); }
 
    private:
@@ -127,10 +128,9 @@ class TransTable {
     bool readImage(const char* path);
     void forgetGenerations();
 
-    TransBucket* buckets = nullptr;  // aligned to a cache line
+    LargeTable<TransBucket> buckets;
     std::uint64_t bucketMask = 0;
     Relaxed<std::uint32_t> generation = 0;  // 0 to 255; the table may be cleared while workers search
-    LargeMemory memory;
     int allocatedMegabytes = 0;
     Key lastRootKey = 0;
 };

@@ -113,7 +113,7 @@ inline PickerKind selectKind(ZeroWindowNode& node) {
 inline void setUpMoves(ZeroWindowNode& node) {
     node.startMoves(selectKind(node));
     const int countDepth = node.depth - (node.cutNode ? 1 : 0) - 1;
-    node.moveLimit = moveCountTable[node.improving][std::min(countDepth, MoveCountDepths - 1)];
+    node.moveLimit = searchTables.moveCountTable[node.improving][std::min(countDepth, MoveCountDepths - 1)];
     node.undoMove = moveThatUndoes(node);
 }
 
@@ -170,7 +170,7 @@ inline bool pruneQuietMove(ZeroWindowNode& node, Move move) {
     const Position& pos = node.pos;
     const int stat = quietStat(pos, move);
     if (lateMovePruning(node, stat)) return true;
-    const int reduction = reductionOf(reduceLow, node.improving, node.depth, node.movesSeen + 1);
+    const int reduction = reductionOf(searchTables.reduceLow, node.improving, node.depth, node.movesSeen + 1);
     const int reducedDepth = std::max(node.depth - OnePly - reduction, 0);
     if (historyPruning(node, move, reducedDepth)) return true;
     // From here on a pruned move isn't counted.
@@ -358,7 +358,7 @@ inline int cutNodeReduction(const ZeroWindowNode& node) {
 // In half plies; 0 or LeastReduction and more.
 inline int reductionFor(ZeroWindowNode& node, const Trial& trial) {
     constexpr int TacticalRelief = 5;
-    int reduction = reductionOf(reduceHigh, node.improving, node.depth, node.movesSeen);
+    int reduction = reductionOf(searchTables.reduceHigh, node.improving, node.depth, node.movesSeen);
     if (trial.isTactical) reduction -= TacticalRelief;
     reduction += node.hashMoveTactical;
     if (node.cutNode) reduction += cutNodeReduction(node);

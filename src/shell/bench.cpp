@@ -34,7 +34,7 @@ BenchPlan readPlan(int argumentCount, char** arguments) {
         const int threads = numberOf(arguments[0]);
         if (threads >= 1 && threads <= MostThreads) {
             settings.threads = threads;
-            ThreadPool::restart();
+            threadPool.restart();
         }
     }
     if (argumentCount > 1) plan.lastDepth = numberOf(arguments[1]);
@@ -46,7 +46,7 @@ std::uint64_t nodesOf(const char* text, int depth) {
     Position pos;
     setFen(&pos, text);
     think(pos, depth, NoTimeLimit, NoTimeLimit, "", false);
-    return ThreadPool::totalNodes();
+    return threadPool.totalNodes();
 }
 
 // All positions at one depth; a dot each.
@@ -93,7 +93,7 @@ void runBench(int argumentCount, char** arguments) {
     const BenchPlan plan = readPlan(argumentCount, arguments);
     for (int pass = 0; pass < plan.passes; ++pass) runPass(plan.lastDepth);
     searchControl.quitRequested = true;
-    ThreadPool::stopWorkers();
+    threadPool.stopWorkers();
     transTable.free();
-    ThreadPool::resize(false);
+    threadPool.resize(false);
 }

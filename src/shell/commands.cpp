@@ -46,10 +46,10 @@ void runHeldBackActions() {
 
 void shutDown() {
     stopInputThread();
-    ThreadPool::stopWorkers();
+    threadPool.stopWorkers();
     transTable.free();
-    MctsTable::free();
-    ThreadPool::resize(false);
+    mctsTable.free();
+    threadPool.resize(false);
     endProcess(0);
 }
 
@@ -60,12 +60,12 @@ void readyMemory(bool hurried) {
     const Clock::time_point deadline = Clock::now() + LongestWait;
     std::vector<LargeMemory*> tables = {&transTable.pages()};
     // A tree that nobody grows is to take no memory.
-    if (settings.useMcts) tables.push_back(&MctsTable::pages());
+    if (settings.useMcts) tables.push_back(&mctsTable.nodes.pages());
     touchTables(tables, [&] {
         return Clock::now() < deadline && !searchControl.quitRequested && !(hurried && isInputWaiting());
     });
     if (hurried) return;
-    ThreadPool::settleCaches();
+    threadPool.settleCaches();
     for (LargeMemory* memory : tables) memory->settle();
 }
 
@@ -162,13 +162,11 @@ static void isReadyCommand() {
 static void applyStoredOption() {
     initEvalParameters();
     buildSearchTables();
-    ThreadPool::clearEvalCaches();
-    if (settings.threads != threadCount) ThreadPool::restartForOption();
+    threadPool.clearEvalCaches();
+    if (settings.threads != threadPool.threadCount) threadPool.restartForOption();
     if (settings.tableMemory > settings.hash) settings.tableMemory = settings.hash;
-    if (settings.tableMemory != ThreadPool::tableMemoryInUse) {
-        ThreadPool::tableMemoryInUse = settings.tableMemory;
-        ThreadPool::restart();
-    }
+    if (settings.tableMemory != threadPool.tableMemoryInUse)
+        threadPool.restartWithTableMemory(settings.tableMemory);
 }
 
 static void setOptionCommand(const Tokens& tokens, const std::string& line) {
@@ -176,11 +174,6 @@ static void setOptionCommand(const Tokens& tokens, const std::string& line) {
     bool changed = false;
     if (!setOption(tokens, line, name, changed)) sendLine("info string %s not recognized\n", name.c_str());
     if (changed) whenIdle(applyStoredOption);
-}
-
-static void stopCommand() {
-    stopMainThread();
-    searchControl.stopRequested = true;
 }
 
 static void runCommand(const std::string& line) {
@@ -208,7 +201,7 @@ static void runCommand(const std::string& line) {
     } else if (word == "setoption") {
         setOptionCommand(tokens, line);
     } else if (word == "stop") {
-        stopCommand();
+        stopMainThread();
     }
 }
 

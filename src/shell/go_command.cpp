@@ -97,7 +97,7 @@ BudgetInput budgetInputOf(const Position& pos, const SearchLimits& limits) {
             .treeSearch = settings.useMcts,
             .carry = timeCarry,
             .overheadMs = settings.overheadMs,
-            .threads = threadCount,
+            .threads = threadPool.threadCount,
             .gamePly = pos.gamePly,
             .ponderCredit = ponderCredit > 0};
 }
@@ -153,7 +153,6 @@ void goCommand(const Tokens& tokens) {
     const SearchLimits limits = parseLimits(tokens);
     --ponderCredit;
     if (limits.ponder) ponderCredit = 2;
-    searchControl.stopRequested = false;
     searchControl.moveTime = limits.moveTime;
     searchControl.ponder = limits.ponder;
     Position& pos = currentPosition();

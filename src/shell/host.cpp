@@ -6,6 +6,7 @@
 #include "shell/main_loop.h"
 #include "shell/reports.h"
 #include "shell/tree_reports.h"
+#include "tree/tree_driver.h"
 
 void installSearchHost() {
     searchHost.inputWaiting = isInputWaiting;
@@ -24,4 +25,5 @@ void installSearchHost() {
     searchHost.searchOver = runHeldBackActions;
     searchHost.shutDown = shutDown;
     installTreeReports();
+    installTreeSearch();
 }

@@ -127,7 +127,7 @@ void signalInput() {
         input.inputSignalled = true;
     }
     input.inputCondition.notify_one();
-    if (searchControl.quitRequested) ThreadPool::stopAllThreads();
+    if (searchControl.quitRequested) threadPool.stopAllThreads();
 }
 
 void waitForInput() {
@@ -159,6 +159,6 @@ void mainLoop() {
     while (true) {
         if (!isInputWaiting()) waitForCommand();
         processCommand();
-        if (searchControl.quitRequested) ThreadPool::stopAllThreads();
+        if (searchControl.quitRequested) threadPool.stopAllThreads();
     }
 }

@@ -71,7 +71,7 @@ void onMctsHash(int megabytes) {
     settings.mctsHash = size;
     if (size < 1) return;  // the store stays as it is
     whenIdle([size] {
-        MctsTable::allocate(size);
+        mctsTable.allocate(size);
         sendLine("info string MCTS Hash table size is now %d meg\n", size);
     });
 }

@@ -8,7 +8,6 @@
 #include "board/make_move.h"
 #include "board/move_text.h"
 #include "board/movegen.h"
-#include "search/limits.h"
 #include "shell/commands.h"
 
 #include <algorithm>
@@ -93,7 +92,6 @@ void playToken(const std::string& token) {
 
 void positionCommand(const Tokens& tokens) {
     constexpr std::size_t FenFields = 4;  // the clocks on the line are not read
-    searchControl.timeUsed = 0;
     const std::string kind = tokens.size() > 1 ? tokens[1] : "";
     std::string fen;
     std::size_t next = 2;

@@ -25,7 +25,7 @@ struct Progress {
 
 Progress progressNow() {
     const double seconds = elapsedSeconds();
-    const Count nodes = ThreadPool::totalNodes();
+    const Count nodes = threadPool.totalNodes();
     return {seconds, Count(seconds * 1000), nodes, Count(double(nodes) / seconds)};
 }
 
@@ -100,7 +100,7 @@ void reportSearchEnd() {
     sendLine("info time %llu nodes %llu nps %llu\n", now.milliseconds, now.nodes, now.nps);
 }
 
-void reportNodes() { sendLine("info nodes %llu\n", Count(ThreadPool::totalNodes())); }
+void reportNodes() { sendLine("info nodes %llu\n", Count(threadPool.totalNodes())); }
 
 void reportCurrentMove(Move move, int number) {
     sendLine("info currmove %s currmovenumber %d\n", moveText(move).c_str(), number);

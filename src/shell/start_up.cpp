@@ -40,7 +40,7 @@ void startUp() {
     seedRandom();
     initSliders();
     installSearchHost();
-    ThreadPool::resize(true);
+    threadPool.resize(true);
     printStartLines();
     openBook();
     initKingPawnBitbase();

@@ -12,6 +12,7 @@
 #include "shell/reports.h"
 #include "tree/playout.h"
 #include "tree/tree_driver.h"
+#include "tree/tree_settings.h"
 #include "tree/tree_values.h"
 
 #include <algorithm>
@@ -23,7 +24,7 @@ namespace {
 
 constexpr double LogOfDepthBase = 0.47000362924573563;  // a ply for each factor of 1.6
 
-int nodesInTree() { return MctsTable::nodeCount.load(); }
+int nodesInTree() { return mctsTable.nodeCount.load(); }
 
 int shownScore(int score) { return std::clamp(score, -LargestShown, LargestShown); }
 
@@ -51,7 +52,7 @@ std::string treeLine(const MctsNode& node) {
 
 std::vector<const MctsNode*> rootChildren() {
     std::vector<const MctsNode*> children;
-    for (const MctsNode* child = MctsTable::nodes[0].child(); child; child = child->sibling())
+    for (const MctsNode* child = mctsTable.nodes[0].child(); child; child = child->sibling())
         children.push_back(child);
     return children;
 }
@@ -65,9 +66,9 @@ void reportTreeMultiPv(int depth, int timeMs, int nodes) {
                              [](const auto* a, const auto* b) { return a->visitCount() < b->visitCount(); });
         sendLine(
             "info multipv %i depth %i seldepth %i time %i nodes %i nps %i score cp %i tbhits %lu pv %s%s\n",
-            index, depth, mctsSelDepth.load(), timeMs, nodes, nps, shownScore(valueToScore((*best)->mean())),
-            static_cast<unsigned long>(tbHits.load()), moveText((*best)->move).c_str(),
-            treeLine(**best).c_str());
+            index, depth, treeState.mctsSelDepth.load(), timeMs, nodes, nps,
+            shownScore(valueToScore((*best)->mean())), static_cast<unsigned long>(tbHits.load()),
+            moveText((*best)->move).c_str(), treeLine(**best).c_str());
         children.erase(best);
     }
 }
@@ -79,7 +80,7 @@ bool isExhausted(int nodes) {
     static double search = 0;
     static int lastNodes = 0;
     static std::uint64_t lastVisits = 0;
-    const std::uint64_t visits = MctsTable::nodes[0].visitCount();
+    const std::uint64_t visits = mctsTable.nodes[0].visitCount();
     const bool exhausted =
         search == searchState.searchStart && nodes == lastNodes && visits > lastVisits + ManyVisits;
     search = searchState.searchStart;
@@ -114,8 +115,8 @@ void reportTree() {
         return;
     }
     sendLine("info depth %i seldepth %i time %i score cp %i nodes %i nps %i pv%s\n", depth,
-             mctsSelDepth.load(), milliseconds, score, nodes, nodesPerSecond(nodes, milliseconds),
-             treeLine(MctsTable::nodes[0]).c_str());
+             treeState.mctsSelDepth.load(), milliseconds, score, nodes, nodesPerSecond(nodes, milliseconds),
+             treeLine(mctsTable.nodes[0]).c_str());
 }
 
 void reportTreeEnd(const MctsNode& best, double seconds) {
@@ -123,8 +124,8 @@ void reportTreeEnd(const MctsNode& best, double seconds) {
     const int milliseconds = int(seconds * 1000.0);
     sendLine("info nodes %i\n", nodes);
     sendLine("info depth %i seldepth %i time %i nodes %i nps %i score cp %i tbhits %lu hashfull %i pv %s%s\n",
-             int(std::log(double(nodes)) / LogOfDepthBase), mctsSelDepth.load(), milliseconds, nodes,
-             nodesPerSecond(nodes, milliseconds), shownScore(valueToScore(best.mean())),
+             int(std::log(double(nodes)) / LogOfDepthBase), treeState.mctsSelDepth.load(), milliseconds,
+             nodes, nodesPerSecond(nodes, milliseconds), shownScore(valueToScore(best.mean())),
              static_cast<unsigned long>(tbHits.load()), transTable.occupancy(), moveText(best.move).c_str(),
              treeLine(best).c_str());
 }
@@ -135,5 +136,4 @@ void installTreeReports() {
     searchHost.reportTree = reportTree;
     treeReports.searchEnd = reportTreeEnd;
     treeReports.bestMove = sendBestMove;  // unlike the alpha-beta search's answer this one is not logged
-    installTreeSearch();
 }

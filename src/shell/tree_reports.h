@@ -1,5 +1,5 @@
 // What an interface is told about a tree search.
 #pragma once
 
-// Connects the tree search to these reports and makes it a mode of the search.
+// Connects the tree search to these reports.
 void installTreeReports();

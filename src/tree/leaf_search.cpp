@@ -3,11 +3,10 @@
 #include "search/search.h"
 #include "search/search_thread.h"
 #include "search/thread_pool.h"
+#include "tree/tree_settings.h"
 
 #include <algorithm>
 #include <cmath>
-
-double mctsBudgetDecay = 0.95;
 
 namespace {
 
@@ -73,7 +72,8 @@ int leafBudgetSearch(Position& pos, int ply, int number, int budget) {
     const auto spent = [&] { return thread.nodes - start; };
 
     std::uint64_t share = std::uint64_t(budget);
-    if (number >= 2) share = std::uint64_t(double(share) * std::pow(mctsBudgetDecay, number - 1));
+    if (number >= 2)
+        share = std::uint64_t(double(share) * std::pow(treeSettings.mctsBudgetDecay, number - 1));
     if (isUnderPromotion(pos.lastMove)) share >>= 1;
     const std::uint64_t hardLimit = 3 * share;
 

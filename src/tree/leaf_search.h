@@ -11,6 +11,3 @@ int mctsShallowValue(Position& pos, int ply, bool losing);
 // Deepens while the thread has searched fewer nodes than its budget, and never begins a window beyond three
 // times of it. `number` is the child's running number among its siblings, from 1; later siblings get less.
 int leafBudgetSearch(Position& pos, int ply, int number, int budget);
-
-// The share of the budget that the next sibling gets.
-extern double mctsBudgetDecay;

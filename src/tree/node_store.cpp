@@ -1,42 +1,21 @@
 #include "tree/node_store.h"
 
-#include "base/end_process.h"
 #include "search/thread_pool.h"
 
-#include <cstdio>
+MctsTable mctsTable;
 
-namespace MctsTable {
-
-MctsNode* nodes = nullptr;
-int capacity = 0;
-std::atomic<int> nodeCount = 0;
-
-static LargeMemory memory;
-
-void allocate(int megabytes) {
+void MctsTable::allocate(int megabytes) {
     free();
-    const std::size_t bytes = std::size_t(megabytes) << 20;
-    if (!memory.allocate(bytes)) {
-        std::fprintf(stderr, "Unable to allocate %zu bytes of memory for %s\n", bytes, "tree nodes");
-        endProcess(1);
-    }
-    nodes = static_cast<MctsNode*>(memory.data());
-    capacity = megabytes << 14;
+    nodes.allocate((std::size_t(megabytes) << 20) / sizeof(MctsNode), "tree nodes");
+    capacity = int(nodes.size());
 }
 
-void free() {
-    memory.free();
-    nodes = nullptr;
-}
+void MctsTable::free() { nodes.free(); }
 
-LargeMemory& pages() { return memory; }
-
-bool isNearlyFull() {
+bool MctsTable::isNearlyFull() const {
     constexpr int MarginPerThread = 200;
-    return nodeCount.load(std::memory_order_relaxed) > capacity - MarginPerThread * threadCount;
+    return nodeCount.load(std::memory_order_relaxed) > capacity - MarginPerThread * threadPool.threadCount;
 }
-
-}  // namespace MctsTable
 
 void MctsNode::beginChild(Move fromParent) {
     busy.store(0, std::memory_order_relaxed);

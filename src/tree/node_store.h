@@ -2,7 +2,7 @@
 // when the next search starts: there is no free list, no replacement and no hashing.
 #pragma once
 
-#include "base/large_memory.h"
+#include "base/large_table.h"
 #include "base/relaxed.h"
 #include "board/move.h"
 
@@ -22,7 +22,7 @@ struct MctsNode {
     std::atomic<MctsNode*> firstChild;   // null: not expanded; may be linked before it has a value
     std::atomic<MctsNode*> nextSibling;  // null: last child
     Relaxed<Move> move;                  // from the parent; 0 in the root
-    Relaxed<double> visitWeight;         // completed visits, and 0.2 for each descent in flight
+    Relaxed<double> visitWeight;         // completed visits, and the virtual loss of each descent in flight
     std::atomic<std::uint64_t> visits;   // completed visits
     std::atomic<std::uint8_t> busy;      // 1 while a thread expands the node
 
@@ -40,20 +40,18 @@ struct MctsNode {
 };
 static_assert(sizeof(MctsNode) == 64);
 
-namespace MctsTable {
+class MctsTable {
+   public:
+    // Replaces the array by one of that many megabytes. The memory is not touched.
+    void allocate(int megabytes);
+    void free();
 
-extern MctsNode* nodes;             // element 0 is the root
-extern int capacity;                // records that fit
-extern std::atomic<int> nodeCount;  // next free index in root preparation, then the last index given out
+    // Whether the search must end because few records are left. An expansion may take more than its thread's
+    // share of the margin, so it tests the capacity itself.
+    bool isNearlyFull() const;
 
-// Replaces the array by one of that many megabytes. The memory is not touched.
-void allocate(int megabytes);
-void free();
-// Behind the array.
-LargeMemory& pages();
-
-// Whether the search must end because few records are left. An expansion may take more than its thread's
-// share of the margin, so it tests the capacity itself.
-bool isNearlyFull();
-
-}  // namespace MctsTable
+    LargeTable<MctsNode> nodes;      // element 0 is the root
+    int capacity = 0;                // records that may be used
+    std::atomic<int> nodeCount = 0;  // next free index in root preparation, then the last index given out
+};
+extern MctsTable mctsTable;

@@ -9,18 +9,11 @@
 #include "search/thread_pool.h"
 #include "search/time_manager.h"
 #include "tree/leaf_search.h"
+#include "tree/tree_settings.h"
 #include "tree/tree_values.h"
 
 #include <cmath>
 #include <sched.h>
-
-float mctsExplore = 0.4f;
-float mctsVirtualVisit = 0.2f;
-float mctsBusyPenalty = 0.3f;
-int mctsFirstBudget = 70000;
-int mctsSecondBudget = 140000;
-Relaxed<int> mctsSelDepth;
-Relaxed<bool> mctsPruned[MaxListMoves + 1];
 
 namespace {
 
@@ -42,11 +35,12 @@ void endExpansion(MctsNode& node) { node.busy.store(0, std::memory_order_release
 // ---- Visits in flight ----
 
 // A line that a thread is walking looks worse to the others until its value is known.
-void beginDescent(MctsNode& child) { child.visitWeight.add(mctsVirtualVisit); }
-void cancelDescent(MctsNode& child) { child.visitWeight.add(-double(mctsVirtualVisit)); }
+void beginDescent(MctsNode& child) { child.visitWeight.add(treeSettings.mctsVirtualVisit); }
+void cancelDescent(MctsNode& child) { child.visitWeight.add(-double(treeSettings.mctsVirtualVisit)); }
+// Backpropagation, one node of the line at a time.
 void creditDescent(MctsNode& child, double value) {
     child.valueSum.add(value);
-    child.visitWeight.add(-(double(mctsVirtualVisit) - 1.0));
+    child.visitWeight.add(-(double(treeSettings.mctsVirtualVisit) - 1.0));
     child.visits.fetch_add(1);
 }
 
@@ -77,12 +71,12 @@ Expansion expand(MctsNode& node, Position& pos, int ply) {
     while (const Move move = nextMove(&picker)) {
         if (!makeMove(&pos, &child, move)) continue;
         const bool drawn = isTreeDraw(pos, child, ply);
-        const int index = MctsTable::nodeCount.fetch_add(1) + 1;
-        if (index >= MctsTable::capacity) {
+        const int index = mctsTable.nodeCount.fetch_add(1) + 1;
+        if (index >= mctsTable.capacity) {
             result.stopped = true;
             return result;
         }
-        MctsNode& made = MctsTable::nodes[index];
+        MctsNode& made = mctsTable.nodes[index];
         made.beginChild(move);
         link->store(&made, std::memory_order_release);
         link = &made.nextSibling;
@@ -110,7 +104,7 @@ struct Selection {
     int number = 1;  // running, from 1; shrinks the budgets of later siblings
 };
 
-bool isPruned(int number) { return number <= MaxListMoves && mctsPruned[number]; }
+bool isPruned(int number) { return number <= MaxListMoves && treeState.mctsPruned[number]; }
 
 // Whether a move is tried sooner than its visits say: a capture among the first children, or any check.
 bool hasBonus(const Position& pos, Move move, int number) {
@@ -119,6 +113,8 @@ bool hasBonus(const Position& pos, Move move, int number) {
     return givesCheckQuick(pos, move);
 }
 
+// PUCT-like selection, an upper confidence bound (UCT) that is weighted by priors: the greatest sum of a
+// child's mean and a bonus that grows with its prior and the parent's visits and falls with its own.
 Selection selectChild(const MctsNode& node, const Position& pos, int ply) {
     constexpr double UnderPromotionPenalty = -0.1;
     const double spread = std::sqrt(double(node.visitCount() + 1));
@@ -134,7 +130,7 @@ Selection selectChild(const MctsNode& node, const Position& pos, int ply) {
             divisor = weight + 1.0;
             if (ply > 0 && child->visitCount() == 1) divisor += 1.0;
             if (hasBonus(pos, move, number)) divisor -= 1.0;
-            if (child->isBusy()) mean -= double(mctsBusyPenalty);
+            if (child->isBusy()) mean -= double(treeSettings.mctsBusyPenalty);
         };
         measure();
         // Intended: the flag makes the running number move on and measures the same child again. It shifts
@@ -144,7 +140,8 @@ Selection selectChild(const MctsNode& node, const Position& pos, int ply) {
             measure();
         }
         ++number;
-        double score = mean + (double(mctsExplore) * spread * double(child->prior.load())) / divisor;
+        double score =
+            mean + (double(treeSettings.mctsExplore) * spread * double(child->prior.load())) / divisor;
         if (isUnderPromotion(move)) score += UnderPromotionPenalty;
         if (score > best) {
             best = score;
@@ -173,7 +170,7 @@ bool visitLeaf(const Position& pos, const Selection& selection, int ply, Playout
     float value;
     if (visitsBefore == 1 || visitsBefore == 2) {
         child.visitWeight.add(1.0);
-        const int budget = visitsBefore == 1 ? mctsFirstBudget : mctsSecondBudget;
+        const int budget = visitsBefore == 1 ? treeSettings.mctsFirstBudget : treeSettings.mctsSecondBudget;
         value = float(scoreToValue(leafBudgetSearch(made, ply, selection.number, budget)));
         if (isStopped(made)) {
             child.visitWeight.add(-1.0);
@@ -225,6 +222,7 @@ void waitWhileBusy(const MctsNode& child, const Position& pos) {
 
 }  // namespace
 
+// Threefold repetition near the root, the first repetition elsewhere, and the clock.
 bool isTreeDraw(const Position& pos, Position& child, int ply) {
     child.inCheck = isInCheck(child);
     const int clock = child.halfmoveClock;
@@ -233,7 +231,7 @@ bool isTreeDraw(const Position& pos, Position& child, int ply) {
 }
 
 PlayoutResult mctsPlayout(MctsNode* node, Position& pos, int ply) {
-    if (ply > mctsSelDepth) mctsSelDepth = ply;
+    if (ply > treeState.mctsSelDepth) treeState.mctsSelDepth = ply;
     if (!beginExpansion(*node)) return NothingCredited;
     bool justExpanded = false;
     if (!node->child() && node->visitCount() >= LeafVisits) {

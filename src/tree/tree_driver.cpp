@@ -11,6 +11,7 @@
 #include "search/time_manager.h"
 #include "tree/leaf_search.h"
 #include "tree/playout.h"
+#include "tree/tree_settings.h"
 #include "tree/tree_values.h"
 
 #include <algorithm>
@@ -18,30 +19,26 @@
 
 namespace {
 
-using MctsTable::nodeCount;
-using MctsTable::nodes;
-
 // Node budgets grow with the square root of the time, up to a ceiling.
 void setUpSearch(double seconds) {
     constexpr double LargestScale = 8.0;
-    const double scale = std::min(LargestScale, std::sqrt(seconds * 0.4 / std::min(threadCount, 4)));
-    mctsExplore = float(double(settings.mctsExplore) / 100.0);
-    mctsVirtualVisit = 0.2f;
-    mctsBusyPenalty = 0.3f;
-    mctsBudgetDecay = 0.95;
-    mctsFirstBudget = int(scale * 70000.0);
-    mctsSecondBudget = int(scale * 140000.0);
+    const double scale =
+        std::min(LargestScale, std::sqrt(seconds * 0.4 / std::min(threadPool.threadCount, 4)));
+    constexpr TreeSettings Usual;
+    treeSettings = Usual;
+    treeSettings.mctsExplore = float(double(settings.mctsExplore) / 100.0);
+    treeSettings.mctsFirstBudget = int(scale * Usual.mctsFirstBudget);
+    treeSettings.mctsSecondBudget = int(scale * Usual.mctsSecondBudget);
 }
 
 // The root counts as visited three times, so that it is never taken for a new leaf.
 void resetRoot() {
-    MctsNode& root = nodes[0];
+    MctsNode& root = mctsTable.nodes[0];
     root.beginChild(NoMove);
     root.visitWeight = 0.0;
     root.visits.store(3);
-    nodeCount.store(1);
-    mctsSelDepth = 0;
-    for (Relaxed<bool>& pruned : mctsPruned) pruned = false;
+    mctsTable.nodeCount.store(1);
+    treeState = TreeState{};
 }
 
 double firstRootValue(const Position& root, Position& child, Move move) {
@@ -51,13 +48,13 @@ double firstRootValue(const Position& root, Position& child, Move move) {
 
 // ---- The playouts of thread 0 ----
 
-MctsNode& rootChild(int index) { return nodes[index + 1]; }
+MctsNode& rootChild(int index) { return mctsTable.nodes[index + 1]; }
 
 // The visits that the rest of the allotted time can still buy, at three quarters of the rate so far.
 // Intended: past the allotment there is no end to them, and nothing is stopped early any more.
 std::uint64_t reachableVisits(double now, double start, double allotted) {
     constexpr double Huge = 9.0e18;
-    const std::uint64_t rate = std::uint64_t(double(nodes[0].visitCount()) / (now - start));
+    const std::uint64_t rate = std::uint64_t(double(mctsTable.nodes[0].visitCount()) / (now - start));
     const double reachable = (start + allotted - now) * double(3 * rate) * 0.25;
     return reachable < 0 || reachable > Huge ? ~std::uint64_t{0} : std::uint64_t(reachable);
 }
@@ -80,24 +77,24 @@ void testLeader(double now, double start, double allotted) {
         return;
     }
     for (int i = 0; i < count; ++i)
-        if (visits[leader] - visits[i] > reachable) mctsPruned[i] = true;
+        if (visits[leader] - visits[i] > reachable) treeState.mctsPruned[i] = true;
 }
 
 void creditRoot(double value) {
-    nodes[0].valueSum.add(value);
-    nodes[0].visitWeight.add(1.0);
-    nodes[0].visits.fetch_add(1);
+    mctsTable.nodes[0].valueSum.add(value);
+    mctsTable.nodes[0].visitWeight.add(1.0);
+    mctsTable.nodes[0].visits.fetch_add(1);
 }
 
 void runPlayouts(Position& root, double allotted) {
     const double start = searchState.searchStart;
     const double earliestStop = start + 0.25 * allotted;
     while (true) {
-        const PlayoutResult result = mctsPlayout(&nodes[0], root, 0);
+        const PlayoutResult result = mctsPlayout(&mctsTable.nodes[0], root, 0);
         periodicCheck();
         if (isMainStopped()) return;
         if (result.credited) creditRoot(result.value);
-        if (MctsTable::isNearlyFull()) return;
+        if (mctsTable.isNearlyFull()) return;
         if (searchControl.moveTime != 0) continue;
         const double now = currentTime();
         if (now <= earliestStop) continue;
@@ -148,57 +145,54 @@ void answer() {
 void prepareTree(Position& root, double seconds) {
     setUpSearch(seconds);
     resetRoot();
-    const RootMove* list = ThreadPool::threadRecords[0].rootMoves;
+    const RootMove* list = threadPool.threadRecords[0].rootMoves;
     double total = 0.0;
     Position child;
     for (int i = 0; list[i].move != NoMove; ++i) {
         const Move move = cleanMove(list[i].move);
         if (!makeMove(&root, &child, move)) continue;
-        const int index = nodeCount.load();
-        MctsNode& made = nodes[index];
+        const int index = mctsTable.nodeCount.load();
+        MctsNode& made = mctsTable.nodes[index];
         made.beginChild(move);
         const double value = firstRootValue(root, child, move);
         made.valueSum = value;
         made.prior = float(value) * float(value);
         total += double(made.prior.load());
         if (index == 1)
-            nodes[0].firstChild.store(&made);
+            mctsTable.nodes[0].firstChild.store(&made);
         else
-            nodes[index - 1].nextSibling.store(&made);
-        nodes[0].visitWeight.add(1.0);
-        nodes[0].valueSum = nodes[0].valueSum + 1.0 - value;
-        nodeCount.store(index + 1);
+            mctsTable.nodes[index - 1].nextSibling.store(&made);
+        mctsTable.nodes[0].visitWeight.add(1.0);
+        mctsTable.nodes[0].valueSum = mctsTable.nodes[0].valueSum + 1.0 - value;
+        mctsTable.nodeCount.store(index + 1);
     }
-    nodes[0].normalisePriors(total);
+    mctsTable.nodes[0].normalisePriors(total);
 }
 
 // The two-second report may come before this search's tree is begun.
 static void dropTree() {
-    MctsTable::pages().settle();
-    nodes[0].beginChild(NoMove);
-    nodeCount.store(0);
+    mctsTable.nodes.pages().settle();
+    mctsTable.nodes[0].beginChild(NoMove);
+    mctsTable.nodeCount.store(0);
 }
 
 void mctsDriver(Position& root, bool infinite, double seconds) {
     prepareTree(root, seconds);
-    ThreadPool::searchDepthNow = 1;
     // A single move is answered with the value that it has.
     if (searchState.rootMoveCount >= 2 || (infinite && searchState.rootMoveCount == 1)) {
-        ThreadPool::wakeWorkers();
+        threadPool.wakeWorkers(1);
         runPlayouts(root, seconds);
-        ThreadPool::finishSearch();
+        threadPool.finishSearch();
     }
-    if (searchControl.quitRequested) {
-        searchControl.searching = false;
-        searchHost.shutDown();
-        return;
-    }
-    answer();
+    if (searchControl.quitRequested)
+        endForQuit();
+    else
+        answer();
 }
 
 void mctsWorkerLoop(Position& rootCopy) {
     SearchThread& thread = threadOf(rootCopy);
-    MctsNode& root = nodes[0];
+    MctsNode& root = mctsTable.nodes[0];
     while (true) {
         const PlayoutResult result = mctsPlayout(&root, rootCopy, 0);
         workerCheck(rootCopy);
@@ -209,12 +203,12 @@ void mctsWorkerLoop(Position& rootCopy) {
             root.visits.store(root.visitCount() + 1);
             root.valueSum.add(result.value);
         }
-        if (MctsTable::isNearlyFull()) return;
+        if (mctsTable.isNearlyFull()) return;
     }
 }
 
 void installTreeSearch() {
-    MctsTable::allocate(settings.mctsHash);
+    mctsTable.allocate(settings.mctsHash);
     searchHost.dropTree = dropTree;
     searchHost.runTree = mctsDriver;
     searchHost.treeWorker = mctsWorkerLoop;

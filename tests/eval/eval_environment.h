@@ -39,7 +39,7 @@ class EvalTest : public ::testing::Test {
         setContempt(0, White, false);
         setNoise(0);
         setKingSafetyJitter(0);
-        treeSearchActive = false;
+        applyStyle(Style::AlphaBeta);
         initEvalParameters();
         prefetchBases.evalMask = prefetchBases.pawnMask = Entries - 1;
         std::memset(static_cast<void*>(&caches), 0, sizeof caches);

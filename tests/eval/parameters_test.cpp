@@ -21,7 +21,7 @@ TEST_F(Parameters, StyleFollowsOptionsAndThreadsUnlessTheTreeSearches) {
         settings.threads = expected.threads;
         settings.dynamism = expected.dynamism;
         settings.kingSafety = expected.kingSafety;
-        treeSearchActive = expected.tree;
+        applyStyle(expected.tree ? Style::Tree : Style::AlphaBeta);
         initEvalParameters();
         EXPECT_EQ(evalStyle.dynamismMg, expected.mg) << expected.threads;
         EXPECT_EQ(evalStyle.dynamismEg, expected.eg) << expected.threads;

@@ -111,8 +111,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     } catch (const ProcessEnded&) {
         return 0;
     }
-    ThreadPool::attachRoot(pos, 0);
-    ThreadPool::threadRecords[0].clearEvalCache();
+    threadPool.attachRoot(pos, 0);
+    threadPool.threadRecords[0].clearEvalCache();
     require(isConsistent(pos, false), "the keys of any text are right");
     checkRoundTrip(pos);
     setFen(&pos, fen.c_str());  // for the castling tables, which the round trip has changed

@@ -26,8 +26,8 @@ inline void takeOverProcessEnd() {
 inline void startSmallEngine() {
     takeOverProcessEnd();
     initSliders();
-    ThreadPool::tableMemoryInUse = 1;
-    ThreadPool::resize(true);
+    threadPool.tableMemoryInUse = 1;
+    threadPool.resize(true);
     transTable.resize(1);
 }
 

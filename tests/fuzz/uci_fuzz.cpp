@@ -192,7 +192,6 @@ void startOver() {
     searchControl.quitRequested = false;
     searchControl.searching = false;
     searchControl.ponder = false;
-    searchControl.timeUsed = 0;
     run("setoption name Log File value <empty>");
     run("setoption name SyzygyPath value <empty>");
     run("setoption name Book Moves value 1000");  // stored: the pool and the tables follow the options
@@ -200,9 +199,9 @@ void startOver() {
     openBook();
     transTable.resize(settings.hash);
     transTable.clear();
-    MctsTable::allocate(settings.mctsHash);
-    ThreadPool::threadRecords[0].resetHistory();
-    ThreadPool::threadRecords[0].clearKillers();
+    mctsTable.allocate(settings.mctsHash);
+    threadPool.threadRecords[0].resetHistory();
+    threadPool.threadRecords[0].clearKillers();
     std::srand(1);
     for (const char* name : {"hash", "other"}) std::remove(folder().file(name).c_str());
 }
@@ -210,8 +209,8 @@ void startOver() {
 // The engine would be gone. Here its workers may still search, and what waits for the search's end must not
 // wait for that of the next input.
 void afterProcessEnd() {
-    ThreadPool::stopAllThreads();
-    ThreadPool::stopWorkers();
+    threadPool.stopAllThreads();
+    threadPool.stopWorkers();
     searchControl.searching = false;
     while (isInputWaiting()) popInputLine();
     try {
@@ -226,7 +225,7 @@ void afterProcessEnd() {
 int LLVMFuzzerInitialize(int*, char***) {
     takeOverProcessEnd();
     setSmallOptions();
-    ThreadPool::tableMemoryInUse = settings.tableMemory;
+    threadPool.tableMemoryInUse = settings.tableMemory;
     // A book with one move of the start position.
     constexpr Key StartKey = 0x463b96181691fc9c;
     folder().write("book.bin", bookRecord(StartKey, 0x031c, 1) + bookRecord(~Key{0}, 0, 0));

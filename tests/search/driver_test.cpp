@@ -107,7 +107,7 @@ TEST_F(Driver, AllocatesNothingWhileItSearches) {
     const long before = allocationCount();
     think(root, 9, NoTimeLimit, NoTimeLimit, "", false);
     EXPECT_EQ(allocationCount(), before);
-    EXPECT_GT(ThreadPool::totalNodes(), 1000u);
+    EXPECT_GT(threadPool.totalNodes(), 1000u);
 }
 
 TEST_F(Driver, StrengthLimitsTheDepth) {

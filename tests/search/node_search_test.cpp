@@ -143,13 +143,13 @@ TEST_F(NodeSearch, TheLastPlyAnswersAtOnce) {
 TEST_F(NodeSearch, AWorkerPutsOffWhatOthersSearch) {
     const auto usePool = [](int threads) {
         settings.threads = threads;
-        ThreadPool::restart();
+        threadPool.restart();
     };
     const auto nodesFor = [](int threadIndex, bool marked) {
-        SearchThread& searcher = ThreadPool::threadRecords[threadIndex];
+        SearchThread& searcher = threadPool.threadRecords[threadIndex];
         const Position mine = rootOf(StartFen);
         Position pos = mine;
-        ThreadPool::attachRoot(pos, threadIndex);
+        threadPool.attachRoot(pos, threadIndex);
         pos.evalCache = mine.evalCache;  // the worker may still be allocating its own
         pos.pawnHash = mine.pawnHash;
         pos.matHash = mine.matHash;
@@ -166,7 +166,8 @@ TEST_F(NodeSearch, AWorkerPutsOffWhatOthersSearch) {
         }
         searcher.nodes = 0;
         searchFullWindow(pos, -32001, 32001, 2, 1, line, Deepening::Allowed);
-        const bool sharesOut = threadCount > 2 && !treeSearchActive;  // and takes the marks away
+        const bool sharesOut =
+            threadPool.threadCount > 2 && !searchState.treeSearchActive;  // and takes the marks away
         for (const Position& child : children)
             EXPECT_EQ(isStored(child) && data.busy(), marked && !sharesOut);
         return std::uint64_t(searcher.nodes);
@@ -174,9 +175,9 @@ TEST_F(NodeSearch, AWorkerPutsOffWhatOthersSearch) {
     usePool(3);
     EXPECT_EQ(nodesFor(1, true), nodesFor(1, false) + 19);
     EXPECT_EQ(nodesFor(0, true), nodesFor(0, false));
-    treeSearchActive = true;
+    searchState.treeSearchActive = true;
     const auto inTree = nodesFor(1, true);
-    treeSearchActive = false;
+    searchState.treeSearchActive = false;
     EXPECT_EQ(inTree, nodesFor(1, false));
     usePool(2);
     EXPECT_EQ(nodesFor(1, true), nodesFor(0, true)) << "two threads share nothing out";

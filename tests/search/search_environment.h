@@ -8,9 +8,11 @@
 #include "board/make_move.h"
 #include "board/move_text.h"
 #include "endgame/tb_probe.h"
+#include "eval/contempt.h"
 #include "eval/king_pawn_bitbase.h"
 #include "eval/material.h"
 #include "eval/parameters.h"
+#include "eval/style.h"
 #include "search/limits.h"
 #include "search/search.h"
 #include "search/search_host.h"
@@ -36,9 +38,9 @@ inline void startSearchTables() {
         initMaterialTable();
         initEvalParameters();
         buildSearchTables();
-        ThreadPool::threadCount = 1;
-        ThreadPool::tableMemoryInUse = 4;  // the caches are wiped before each test
-        ThreadPool::resize(true);
+        threadPool.threadCount = 1;
+        threadPool.tableMemoryInUse = 4;  // the caches are wiped before each test
+        threadPool.resize(true);
         transTable.resize(16);
         return true;
     }();
@@ -53,27 +55,26 @@ class SearchTest : public ::testing::Test {
         searchState = SearchState{};
         searchControl = SearchControl{};
         searchState.searchStart = currentTime();
-        treeSearchActive = false;
         tbPieceLimit = 0;
         timeLimits.hardLimit = timeLimits.softLimit = searchState.searchStart + 3600;
         timeLimits.nextReport = timeLimits.hardLimit;
-        setContempt(0, White);
+        setContempt(0, White, false);
         buildSearchTables();
         forgetEverything();
     }
     ~SearchTest() override {
         searchHost = hostBefore;
-        treeSearchActive = false;
+        searchState.treeSearchActive = false;
         buildSearchTables();
     }
 
     static void makePool(int threads) {
-        ThreadPool::stopWorkers();
-        threadCount = threads;
-        ThreadPool::resize(true);
+        threadPool.stopWorkers();
+        threadPool.threadCount = threads;
+        threadPool.resize(true);
     }
 
-    static SearchThread& thread() { return ThreadPool::threadRecords[0]; }
+    static SearchThread& thread() { return threadPool.threadRecords[0]; }
     static std::uint64_t nodes() { return thread().nodes; }
     static void forgetEverything() {
         transTable.clear();
@@ -86,7 +87,7 @@ class SearchTest : public ::testing::Test {
 
     static Position rootOf(const std::string& fen) {
         Position pos = positionOf(fen);
-        ThreadPool::attachRoot(pos, 0);
+        threadPool.attachRoot(pos, 0);
         pos.nullFloor = RootExtensionCredit;
         return pos;
     }

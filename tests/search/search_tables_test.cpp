@@ -3,11 +3,11 @@
 
 #include "search/search_environment.h"
 
-class SearchTables : public SearchTest {};
+class SearchTablesTest : public SearchTest {};
 
 // Worked out by hand. Intended: a larger selectivity lets fewer moves pass, more threads reduce more, and a
 // tree search hears of neither option.
-TEST_F(SearchTables, FollowOptionsAndMode) {
+TEST_F(SearchTablesTest, FollowOptionsAndMode) {
     struct Row {
         bool tree;
         int threads, selectivity, reduction;
@@ -24,18 +24,18 @@ TEST_F(SearchTables, FollowOptionsAndMode) {
           Row{true, 4, 10, 50, {35, 58}, 16, 12}}) {
         SCOPED_TRACE(testing::Message() << row.threads << " threads, tree " << row.tree << ", selectivity "
                                         << row.selectivity << ", reduction " << row.reduction);
-        treeSearchActive = row.tree;
+        searchState.treeSearchActive = row.tree;
         settings.threads = row.threads;
         settings.selectivity = row.selectivity;
         settings.reduction = row.reduction;
         buildSearchTables();
         for (int improving = 0; improving < 2; ++improving)
-            EXPECT_EQ(moveCountTable[improving][20], row.count[improving]);
-        EXPECT_EQ(reduceHigh[0][100][60], row.high);
-        EXPECT_EQ(reduceLow[1][100][60], row.low);
-        EXPECT_EQ(reductionOf(reduceHigh, false, 300, 200), reduceHigh[0][127][63]);
-        EXPECT_EQ(historyBase, row.tree ? 45000 : 44000);
-        EXPECT_EQ(futilityStep, row.tree ? 45 : 40);
+            EXPECT_EQ(searchTables.moveCountTable[improving][20], row.count[improving]);
+        EXPECT_EQ(searchTables.reduceHigh[0][100][60], row.high);
+        EXPECT_EQ(searchTables.reduceLow[1][100][60], row.low);
+        EXPECT_EQ(reductionOf(searchTables.reduceHigh, false, 300, 200), searchTables.reduceHigh[0][127][63]);
+        EXPECT_EQ(searchTables.historyBase, row.tree ? 45000 : 44000);
+        EXPECT_EQ(searchTables.futilityStep, row.tree ? 45 : 40);
         EXPECT_EQ(contBonus(10), row.tree ? 2500 : 2000);
     }
 }

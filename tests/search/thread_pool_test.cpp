@@ -9,33 +9,32 @@
 class Pool : public SearchTest {
    protected:
     ~Pool() override {
-        ThreadPool::tableMemoryInUse = 4;
+        threadPool.tableMemoryInUse = 4;
         makePool(1);
     }
 
-    static SearchThread& record(int index) { return ThreadPool::threadRecords[index]; }
+    static SearchThread& record(int index) { return threadPool.threadRecords[index]; }
 
     // Publishes a root with all its moves, as the driver does.
     static void publish(const std::string& fen) {
-        ThreadPool::searchRootPosition = rootOf(fen);
-        listMoves(ThreadPool::searchRootPosition, ThreadPool::searchRootMoves);
+        threadPool.searchRootPosition = rootOf(fen);
+        listMoves(threadPool.searchRootPosition, threadPool.searchRootMoves);
     }
     // Wakes the workers, lets each of them search some nodes unless it is brief, and ends the search.
     static void searchAWhile(int depth, bool brief = false) {
-        ThreadPool::searchDepthNow = depth;
-        ThreadPool::wakeWorkers();
-        for (int i = 1; i < threadCount && !brief; ++i)
+        threadPool.wakeWorkers(depth);
+        for (int i = 1; i < threadPool.threadCount && !brief; ++i)
             while (record(i).nodes < 100u) std::this_thread::yield();
-        ThreadPool::finishSearch();
+        threadPool.finishSearch();
     }
     static void expectIdle() {
-        const std::uint64_t nodesBefore = ThreadPool::totalNodes();
-        for (int i = 0; i < ThreadPool::threadRecordCount; ++i) {
+        const std::uint64_t nodesBefore = threadPool.totalNodes();
+        for (int i = 0; i < threadPool.threadRecordCount; ++i) {
             EXPECT_EQ(record(i).iterationDepth, 0) << i;
             EXPECT_EQ(record(i).stopFlag, 0) << i;
         }
         for (int i = 0; i < 200; ++i) std::this_thread::yield();  // whoever is not idle goes on
-        EXPECT_EQ(ThreadPool::totalNodes(), nodesBefore);
+        EXPECT_EQ(threadPool.totalNodes(), nodesBefore);
     }
 };
 
@@ -55,20 +54,20 @@ TEST_F(Pool, NobodySearchesTheOldRootWhenItIsTornDown) {
     publish("");
     searchAWhile(5);
     for (int i = 1; i < 4; ++i) record(i).nodes = 0;
-    ThreadPool::stopWorkers();
+    threadPool.stopWorkers();
     for (int i = 1; i < 4; ++i) {
         EXPECT_EQ(record(i).nodes, 0u);
         EXPECT_FALSE(record(i).hasWorker);
-        EXPECT_EQ(record(i).evalCache, nullptr);
+        EXPECT_EQ(record(i).evalCache.data(), nullptr);
     }
-    EXPECT_EQ(ThreadPool::poolQuit, 0u);
-    ThreadPool::stopWorkers();  // with nobody left
-    ThreadPool::resize(false);
-    EXPECT_EQ(ThreadPool::threadRecords, nullptr);
-    EXPECT_EQ(ThreadPool::threadRecordCount, 0);
-    ThreadPool::resize(false);
-    ThreadPool::stopWorkers();
-    ThreadPool::barrierWait();  // nobody armed it
+    EXPECT_EQ(threadPool.poolQuit, 0u);
+    threadPool.stopWorkers();  // with nobody left
+    threadPool.resize(false);
+    EXPECT_EQ(threadPool.threadRecords.data(), nullptr);
+    EXPECT_EQ(threadPool.threadRecordCount, 0);
+    threadPool.resize(false);
+    threadPool.stopWorkers();
+    threadPool.barrierWait();  // nobody armed it
     makePool(2);
     searchAWhile(2);
     expectIdle();
@@ -98,13 +97,12 @@ TEST_F(Pool, WorkersKeepTheirHistoryFromSearchToSearch) {
 TEST_F(Pool, AWorkerTakesTheDepthOfThreadZero) {
     makePool(2);
     publish("");
-    ThreadPool::searchDepthNow = 7;
-    ThreadPool::wakeWorkers();
+    threadPool.wakeWorkers(7);
     SearchThread& worker = record(1);
     while (worker.iterationDepth != 7) std::this_thread::yield();
-    ThreadPool::searchDepthNow = 3;
+    threadPool.publishDepth(3);
     while (worker.iterationDepth != 3) std::this_thread::yield();
-    ThreadPool::finishSearch();
+    threadPool.finishSearch();
     expectIdle();
 }
 
@@ -117,8 +115,8 @@ TEST_F(Pool, RunsAJobOnceOnEachThread) {
             std::set<std::thread::id> runners;
             std::mutex runnersMutex;
             const bool stopped = i % 2 == 0;  // as by the end of input
-            if (stopped) ThreadPool::stopAllThreads();
-            ThreadPool::runOnAllThreads([&](int index) {
+            if (stopped) threadPool.stopAllThreads();
+            threadPool.runOnAllThreads([&](int index) {
                 ++runs[std::size_t(index)];
                 const std::lock_guard lock(runnersMutex);
                 runners.insert(std::this_thread::get_id());
@@ -132,9 +130,9 @@ TEST_F(Pool, RunsAJobOnceOnEachThread) {
             expectIdle();
         }
     }
-    ThreadPool::stopWorkers();
+    threadPool.stopWorkers();
     int runs = 0;
-    ThreadPool::runOnAllThreads([&](int) { ++runs; });
+    threadPool.runOnAllThreads([&](int) { ++runs; });
     EXPECT_EQ(runs, 1) << "no worker is there";
 }
 
@@ -148,8 +146,8 @@ TEST_F(Pool, TouchesTheCachesOfAllThreadsAndTheTables) {
         touchTables({&table}, [] { return true; });
         EXPECT_EQ(table.touchedBytes(), table.size());
         for (int i = 0; i < threads; ++i)
-            for (const LargeMemory& memory : record(i).cacheMemory)
-                EXPECT_EQ(memory.touchedBytes(), memory.size()) << i;
+            record(i).forEachCache(
+                [&](const LargeMemory& memory) { EXPECT_EQ(memory.touchedBytes(), memory.size()) << i; });
         table.allocate(50 << 20);
     }
     table.free();
@@ -161,7 +159,7 @@ TEST_F(Pool, ForgetsEvaluationsOnAllThreads) {
         if (ready) touchTables({}, [] { return true; });
         rootOf("");  // the caches are in use
         for (const int index : {0, 1}) record(index).evalCache[prefetchBases.evalMask].key = 1;
-        ThreadPool::clearEvalCaches();
+        threadPool.clearEvalCaches();
         for (const int index : {0, 1}) EXPECT_EQ(record(index).evalCache[prefetchBases.evalMask].key, 0u);
     }
 }
@@ -175,9 +173,9 @@ TEST_F(Pool, CachesChangeHandsInOrder) {
         rootOf("");  // the caches are in use
         searchAWhile(1, true);
         if (i % 2 == 0)
-            ThreadPool::settleCaches();  // by the main thread, the other by each worker
+            threadPool.settleCaches();  // by the main thread, the other by each worker
         else
-            ThreadPool::clearEvalCaches();
+            threadPool.clearEvalCaches();
     }
 }
 
@@ -186,7 +184,7 @@ TEST_F(Pool, StopsComeAtAnyMoment) {
     Relaxed<bool> done = false;
     std::thread other([&] {
         while (!done) {
-            ThreadPool::stopAllThreads();
+            threadPool.stopAllThreads();
             std::this_thread::yield();
         }
     });

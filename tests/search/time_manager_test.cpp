@@ -141,9 +141,9 @@ TEST_F(Polling, NodesAreLimitedAtOnce) {
 // Thread 0 may have no processor for a while. Its own nodes count as well.
 TEST_F(Polling, AnyThreadMayFindTheNodesUsedUp) {
     makePool(2);
-    SearchThread& worker = ThreadPool::threadRecords[1];
+    SearchThread& worker = threadPool.threadRecords[1];
     Position pos = rootOf("");
-    ThreadPool::attachRoot(pos, 1);
+    threadPool.attachRoot(pos, 1);
     thread().nodes = std::uint64_t{200};
     worker.nodes = std::uint64_t{32};
     EXPECT_FALSE(workerCheck(pos)) << "without a limit";

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <initializer_list>
 #include <iterator>
+#include <sstream>
 
 class TransTableTest : public SearchTest {
    protected:
@@ -137,6 +138,23 @@ TEST_F(TransTableTest, SizesAreThoseOfTheFile) {
     EXPECT_FALSE(transTable.resize(95)) << "the same size only clears";
 }
 
+// A petabyte and more, which no system gives: each refusal is told, and the next attempt is half of it.
+TEST_F(TransTableTest, IsHalvedUntilItFits) {
+    constexpr int Megabytes = 1 << 30;
+    ::testing::internal::CaptureStderr();
+    EXPECT_TRUE(transTable.resize(Megabytes));
+    std::istringstream errors(::testing::internal::GetCapturedStderr());
+    std::uint64_t refused = 0;
+    std::string line;
+    for (std::uint64_t bytes = 844424930131968; std::getline(errors, line); bytes /= 2) {
+        EXPECT_EQ(line, "Unable to allocate " + std::to_string(bytes) + " bytes of memory for hash table");
+        refused = bytes;
+    }
+    EXPECT_EQ(transTable.byteSize(), refused / 2);
+    EXPECT_EQ(prefetchBases.transMask + 1, transTable.bucketCount());
+    transTable.resize(16);
+}
+
 TEST_F(TransTableTest, ClearingStartsTheAgesAgain) {
     nextSearch();
     EXPECT_EQ(transTable.occupancy(), 0);
@@ -154,9 +172,9 @@ TEST_F(TransTableTest, ClearingStartsTheAgesAgain) {
 
 // Idle and during a search, and from every state of the table's pages.
 TEST_F(TransTableTest, ClearingLeavesNothing) {
-    ThreadPool::stopWorkers();
-    threadCount = 3;
-    ThreadPool::resize(true);
+    threadPool.stopWorkers();
+    threadPool.threadCount = 3;
+    threadPool.resize(true);
     transTable.resize(128);
     for (const bool searching : {false, true}) {
         for (const int touched : {0, 4, 0, 1000}) {
@@ -178,9 +196,9 @@ TEST_F(TransTableTest, ClearingLeavesNothing) {
         EXPECT_EQ(transTable.pages().touchedBytes(), transTable.byteSize()) << "a ready table stays ready";
         transTable.resize(64);
     }
-    ThreadPool::stopWorkers();
-    threadCount = 1;
-    ThreadPool::resize(true);
+    threadPool.stopWorkers();
+    threadPool.threadCount = 1;
+    threadPool.resize(true);
 }
 
 // ---- The file ----

@@ -30,7 +30,7 @@ TEST_F(Playout, TerminalNodesAreTestedAtEachVisit) {
             EXPECT_EQ(result.value, 1.0 - row.value);
             expectNumbers(last, 3 + std::uint64_t(visit), 0.75 + visit * row.value);
             EXPECT_EQ(last.child(), nullptr);
-            EXPECT_EQ(MctsTable::nodeCount.load(), 1);
+            EXPECT_EQ(mctsTable.nodeCount.load(), 1);
         }
         mctsPlayout(&last, pos, 3);
         EXPECT_NE(last.child(), nullptr) << "with moves it gets children";
@@ -76,8 +76,8 @@ TEST_F(Playout, OneRepetitionDrawsOnlyFarFromTheRoot) {
 // The second and the third visit each replace the sum by their own value times the visits.
 TEST_F(Playout, BudgetSearchesReplaceTheSum) {
     std::vector<Position> line = play(Middlegame, {"c4d5"});
-    mctsFirstBudget = 2000;
-    mctsSecondBudget = 12000;
+    treeSettings.mctsFirstBudget = 2000;
+    treeSettings.mctsSecondBudget = 12000;
     const auto search = [&](int ply, int number, int budget) {
         forgetEverything();
         const int score = leafBudgetSearch(line[1], ply, number, budget);
@@ -97,19 +97,20 @@ TEST_F(Playout, BudgetSearchesReplaceTheSum) {
         expectNumbers(leaf, visits + 1, double(float(visits + 1) * wanted.first));
     };
     plantChild(plantRoot(9), line[0], "c4d5", 1, 0.0);
-    const auto first = search(3, 1, mctsFirstBudget), second = search(3, 1, mctsSecondBudget);
+    const auto first = search(3, 1, treeSettings.mctsFirstBudget),
+               second = search(3, 1, treeSettings.mctsSecondBudget);
     EXPECT_LT(first.second, second.second);
     expectSearch(3, 1, first);
     expectSearch(3, 2, second);
 
     // Flags of moves that can't win any more move the running number on, at the root and nowhere else.
-    for (int i = 0; i < 30; ++i) mctsPruned[i] = true;
-    const auto late = search(0, 31, mctsSecondBudget);
+    for (int i = 0; i < 30; ++i) treeState.mctsPruned[i] = true;
+    const auto late = search(0, 31, treeSettings.mctsSecondBudget);
     EXPECT_LT(late.second, second.second);
     expectSearch(0, 2, late);
     expectSearch(3, 2, second);
     // Past the last flag there are none, and the number is too large for any budget.
-    for (Relaxed<bool>& pruned : mctsPruned) pruned = true;
+    for (Relaxed<bool>& pruned : treeState.mctsPruned) pruned = true;
     expectSearch(0, 2, {0.5f, 0});
 }
 
@@ -134,7 +135,7 @@ TEST_F(Playout, FailedDescentsLeaveNoTrace) {
     // Another thread expands the next node: the playout waits until a stop comes.
     searchHost.processCommand = stopMainThread;
     EXPECT_FALSE(playoutWith(true));
-    EXPECT_NEAR(seen.weightInFlight, 4.0 + double(mctsVirtualVisit), 1e-12);
+    EXPECT_NEAR(seen.weightInFlight, 4.0 + double(treeSettings.mctsVirtualVisit), 1e-12);
     node(2).busy.store(0);
     expectNoTrace();
 
@@ -146,7 +147,7 @@ TEST_F(Playout, FailedDescentsLeaveNoTrace) {
     EXPECT_NE(node(2).child(), nullptr);
 
     // No record is left for the next node's children.
-    MctsTable::capacity = 3;
+    mctsTable.capacity = 3;
     poison(3);
     EXPECT_FALSE(playoutWith(false));
     expectNoTrace();
@@ -182,7 +183,7 @@ TEST_F(Playout, ChildrenMayBeVisitedMeanwhile) {
 // A search that a stop has cut short says nothing: the visit is taken back, and the sum stays as it was.
 TEST_F(Playout, AStoppedSearchLeavesNoTrace) {
     std::vector<Position> line = play(Middlegame, {"c4d5"});
-    mctsFirstBudget = mctsSecondBudget = 100000000;
+    treeSettings.mctsFirstBudget = treeSettings.mctsSecondBudget = 100000000;
     searchHost.inputWaiting = [] { return true; };
     searchHost.processCommand = stopMainThread;
     for (const std::uint64_t visits : {1u, 2u}) {
@@ -198,8 +199,8 @@ TEST_F(Playout, AStoppedSearchLeavesNoTrace) {
 TEST_F(Playout, AWorkersOwnFlagCounts) {
     makePool(2);
     std::vector<Position> line = play(Middlegame, {"c4d5"});
-    ThreadPool::attachRoot(line[0], 1);
-    ThreadPool::threadRecords[1].stopFlag = 1;
+    threadPool.attachRoot(line[0], 1);
+    threadPool.threadRecords[1].stopFlag = 1;
     for (const std::uint64_t visits : {1u, 2u, 3u}) {
         MctsNode& leaf = plantChild(plantRoot(9), line[0], "c4d5", visits, 0.1);
         EXPECT_FALSE(mctsPlayout(&node(0), line[0], 1).credited);

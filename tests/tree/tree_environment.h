@@ -6,6 +6,7 @@
 #include "tree/leaf_search.h"
 #include "tree/playout.h"
 #include "tree/tree_driver.h"
+#include "tree/tree_settings.h"
 #include "tree/tree_values.h"
 
 #include <algorithm>
@@ -23,17 +24,17 @@ class TreeTest : public SearchTest {
    protected:
     TreeTest() : reportsBefore(treeReports) {
         seen = Seen{};
-        if (!MctsTable::nodes) installTreeSearch();
-        capacityBefore = MctsTable::capacity;
-        treeSearchActive = true;
+        if (!mctsTable.nodes.data()) installTreeSearch();
+        capacityBefore = mctsTable.capacity;
+        searchState.treeSearchActive = true;
         buildSearchTables();
     }
     ~TreeTest() override {
-        MctsTable::capacity = capacityBefore;
+        mctsTable.capacity = capacityBefore;
         treeReports = reportsBefore;
     }
 
-    static MctsNode& node(int index) { return MctsTable::nodes[index]; }
+    static MctsNode& node(int index) { return mctsTable.nodes[index]; }
     static const MctsNode& child(int index) { return node(index + 1); }
     static const MctsNode& childBy(const std::string& text) {
         for (int i = 0; i < searchState.rootMoveCount; ++i)
@@ -51,15 +52,14 @@ class TreeTest : public SearchTest {
 
     // The first record as a node without children that was visited so often.
     static MctsNode& plantRoot(std::uint64_t visits) {
-        MctsTable::nodeCount.store(0);
-        mctsSelDepth = 0;
-        for (Relaxed<bool>& pruned : mctsPruned) pruned = false;
+        mctsTable.nodeCount.store(0);
+        treeState = TreeState{};
         return setNumbers(node(0), NoMove, visits, 0.5);
     }
     // One more child of a planted node, whose position is `pos`.
     static MctsNode& plantChild(MctsNode& parent, const Position& pos, const std::string& move,
                                 std::uint64_t visits, double mean) {
-        MctsNode& made = node(MctsTable::nodeCount.fetch_add(1) + 1);
+        MctsNode& made = node(mctsTable.nodeCount.fetch_add(1) + 1);
         setNumbers(made, moveOf(pos, move), visits, mean);
         std::atomic<MctsNode*>* link = &parent.firstChild;
         while (MctsNode* earlier = link->load()) link = &earlier->nextSibling;

@@ -71,11 +71,11 @@ TEST_F(TreeTest, ChildrensVisitsAddUpAtEveryNode) {
                 const PlayoutResult result = mctsPlayout(&node(0), root, 0);
                 node(0).visits.fetch_add(result.credited);
             }
-            for (int i = 0; i < MctsTable::nodeCount; ++i) grown.push_back(node(i).valueSum);
+            for (int i = 0; i < mctsTable.nodeCount; ++i) grown.push_back(node(i).valueSum);
             Shape shape;
             checkShape(node(0), root, 0, shape);
             EXPECT_GT(shape.withoutDraws, row.inner) << "of " << shape.inner << " inner nodes: " << row.fen;
-            EXPECT_GT(mctsSelDepth, 1);
+            EXPECT_GT(treeState.mctsSelDepth, 1);
             // Expansion counts first and writes then: the record behind the root's children stays empty.
             EXPECT_NE(node(searchState.rootMoveCount + 2).move, NoMove);
         }
@@ -89,11 +89,11 @@ TEST_F(TreeTest, AFullStoreEndsTheSearch) {
     treeReports.bestMove = [](Move best, Move) { seen.answer = best; };
     Position root = rootOf("8/5P1k/6pp/8/8/1B6/1B6/6K1 w - -");
     searchState.rootMoveCount = listMoves(root, thread().rootMoves);
-    MctsTable::capacity = 400;
+    mctsTable.capacity = 400;
     poison(400);
     searchControl.moveTime = 1;  // no leader ends it
     mctsDriver(root, false, 0.001);
-    EXPECT_GT(MctsTable::nodeCount.load(), 200);
+    EXPECT_GT(mctsTable.nodeCount.load(), 200);
     EXPECT_TRUE(isPoisoned(400));
     EXPECT_FALSE(isMainStopped());
     double greatest = 0.0;
