@@ -10,10 +10,15 @@
 #include "board/thread_hooks.h"
 #include "board/zobrist.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <emmintrin.h>
 #include <utility>
+
+#ifdef TARVOK_CHECKS
+#include "board/fen.h"  // for the message alone
+
+#include <cstdio>
+#include <cstdlib>
+#endif
 
 // A child while it is being made. Its helpers keep bitboards, keys and sums together; the board is written by
 // those that put a piece down or leave a square.

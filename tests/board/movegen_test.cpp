@@ -54,6 +54,44 @@ static bool isAdvance(const SlowBoard& board, const SlowMove& move) {
     return (rank == 5 || rank == 6) && board.at[move.to + (board.whiteToMove ? 8 : -8)] == '.';
 }
 
+static bool isPawn(const SlowBoard& board, const SlowMove& move) {
+    return std::tolower(board.at[move.from]) == 'p';
+}
+static bool isKing(const SlowBoard& board, const SlowMove& move) {
+    return std::tolower(board.at[move.from]) == 'k';
+}
+static bool isPushPromotion(const SlowBoard& board, const SlowMove& move) {
+    return move.promotion && !slowIsCapture(board, move);
+}
+static bool isPawnCapture(const SlowBoard& board, const SlowMove& move) {
+    return isPawn(board, move) && slowIsCapture(board, move);
+}
+static bool isEnPassantCapture(const SlowBoard&, const SlowMove& move) {
+    return move.kind == SlowKind::EnPassant;
+}
+static bool isCastle(const SlowBoard&, const SlowMove& move) { return move.kind == SlowKind::Castling; }
+
+// Captures on every enemy man's square, one square after the other.
+static int genCapturesOnEach(const Position& pos, Move* list) {
+    int count = 0;
+    forEachSquare(pos.pieces[opponent(pos.sideToMove())][AllPieces],
+                  [&](int square) { count += genCapturesOn(pos, list + count, square); });
+    return count;
+}
+static bool isCaptureOnSquare(const SlowBoard& board, const SlowMove& move) {
+    return slowIsCapture(board, move) && move.kind != SlowKind::EnPassant && !isKing(board, move);
+}
+
+// Moves onto some of the empty squares.
+static constexpr Bitboard BlockedSquares = 0x80aa55aa55aa5501;
+static int genSomeBlocks(const Position& pos, Move* list) {
+    return genBlocks(pos, list, BlockedSquares & ~pos.occupied);
+}
+static bool isBlock(const SlowBoard& board, const SlowMove& move) {
+    return !slowIsCapture(board, move) && !isCastle(board, move) && !isKing(board, move) &&
+           isEvasion(board, move) && (BlockedSquares >> move.to & 1);
+}
+
 using Generator = int (*)(const Position&, Move*);
 
 // The legal moves of a generator's list are those that its rule picks from all.
@@ -74,6 +112,12 @@ TEST(Generators, AgreeWithThePlainRules) {
         {"staged checks", genStagedQuiets, isQuietCheck, 2000},
         {"queen checks", genQueenChecks, isQueenCheck, 200},
         {"advances", genPawnPushesToSeventh, isAdvance, 200},
+        {"promotions", genPromotions, isPushPromotion, 200},
+        {"pawn captures", genPawnCaptures, isPawnCapture, 1000},
+        {"en passant", genEnPassant, isEnPassantCapture, 20},
+        {"castling", genCastling, isCastle, 200},
+        {"captures on a square", genCapturesOnEach, isCaptureOnSquare, 5000},
+        {"blocks", genSomeBlocks, isBlock, 20000},
     };
     const auto judge = [&](const Position& pos) {
         const SlowBoard board = slowBoardOf(pos);
