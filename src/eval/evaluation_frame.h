@@ -6,6 +6,7 @@
 #include "base/settings.h"
 #include "board/thread_hooks.h"
 #include "eval/caches.h"
+#include "eval/contempt.h"
 #include "eval/endgames.h"
 #include "eval/material.h"
 #include "eval/parameters.h"
@@ -73,14 +74,6 @@ inline bool leavesEarly(const Position& pos, int material, float scale, int phas
     const int blended = int(scale * float(pos.psqBlend)) + material;
     estimate = forMover(pos, scaledByClock(pos, levelCut(roundedBy<ResultUnit>(blended), material)));
     return estimate < alpha || estimate > beta;
-}
-
-// In a closed position the side with contempt would rather have fewer pawns.
-inline void closedContempt(const Position& pos, EvalInfo& info) {
-    constexpr int ClosedPawns = 15;
-    if (settings.contempt <= 0) return;
-    if (popcount(pos.pieces[White][Pawn] | pos.pieces[Black][Pawn]) < ClosedPawns) return;
-    info.score[White] -= pair(contemptValue[White], 0);
 }
 
 // Out of line, so that a score from a cache need not save the registers that the stages take.

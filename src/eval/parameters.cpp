@@ -9,8 +9,6 @@
 
 int kingSafetyJitter = 0;
 bool treeSearchActive = false;
-Relaxed<Score> contemptPair[2];
-Relaxed<int> contemptValue[2];
 int evalNoise = 0;
 Relaxed<std::uint64_t> noiseKey = 0;
 int dynamismMg = 160;

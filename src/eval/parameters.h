@@ -22,11 +22,6 @@ extern int kingSafetyJitter;
 // Whether the search in progress is a tree search; the style tables depend on it. Set at search start.
 extern bool treeSearchActive;
 
-// Values set per search, by colour, and moved between iterations by thread 0 alone; other threads may read
-// them late.
-extern Relaxed<Score> contemptPair[2];  // lane units
-extern Relaxed<int> contemptValue[2];   // centipawns
-
 // Keyed noise: its width in centipawns, 0 for none, and its seed.
 extern int evalNoise;
 extern Relaxed<std::uint64_t> noiseKey;

@@ -4,6 +4,7 @@
 #include "board/fen.h"
 #include "board/move_text.h"
 #include "endgame/book.h"
+#include "eval/contempt.h"
 #include "eval/evaluate.h"
 #include "eval/parameters.h"
 #include "search/limits.h"
@@ -87,7 +88,7 @@ void prepareSearch(Position& root, int depthLimit, double target, bool infinite)
     searchState.infinite = infinite;
     applyStrength(root, wantsTree());
     setMode(wantsTree());
-    setContempt(settings.contempt, root.sideToMove());
+    setContempt(settings.contempt, root.sideToMove(), treeSearchActive);
     copyOptions(target, depthLimit);
     searchControl.searching = true;
     if (settings.threads != threadCount) ThreadPool::restartForOption();
@@ -179,7 +180,7 @@ Answer deepen(Position& root) {
         searchIteration(root, depth);
         const int score = thread.iterationScore[depth];
         const Move* pv = thread.iterationPv[depth];
-        setContempt(contemptFromScore(score, settings.contempt), root.sideToMove());
+        setContempt(contemptFromScore(score, settings.contempt), root.sideToMove(), treeSearchActive);
         answer.quit = searchControl.quitRequested;
         if (answer.quit) return answer;
         if (score >= -MateScore && pv[0] != NoMove) {

@@ -1,4 +1,4 @@
-// Builds the tables that the searches read from a few options, and spreads contempt over the two colours.
+// Builds the tables that the searches read from a few options.
 #include "search/search_tables.h"
 
 #include "base/settings.h"
@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 int reduceHigh[2][ReductionDepths][ReductionCounts];
 int reduceLow[2][ReductionDepths][ReductionCounts];
@@ -69,16 +68,3 @@ void buildSearchTables() {
     buildReductions();
     buildRootStatFloors();
 }
-
-// A tree search has no contempt in its scores, but the value stays known.
-void setContempt(int value, Colour rootSide) {
-    const Colour side = settings.whiteContempt ? White : rootSide;
-    const int laneValue = value * 10;  // lane units, ten to a centipawn
-    const Score contempt = treeSearchActive ? Score{} : pair(laneValue, laneValue / 4);
-    contemptPair[side] = contempt;
-    contemptPair[opponent(side)] = -contempt;
-    contemptValue[side] = value;
-    contemptValue[opponent(side)] = -value;
-}
-
-int contemptFromScore(int score, int contempt) { return score * 22 / (std::abs(score) + 100) + contempt; }

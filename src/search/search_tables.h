@@ -1,4 +1,4 @@
-// Tables that the searches read, built from the options, and contempt.
+// Tables that the searches read, built from the options.
 #pragma once
 
 #include "board/types.h"
@@ -41,10 +41,3 @@ inline int contBonus(int depth) { return depth <= LastBonusDepth ? contBonusStep
 
 // Rebuilds all tables from the options and the tree-search mode. Only while the workers are idle.
 void buildSearchTables();
-
-// Sets the contempt of both colours from c' (centipawns, for the side to move at the root or, with White
-// Contempt, for White).
-void setContempt(int value, Colour rootSide);
-// The value c' after an iteration's score, both in centipawns; `contempt` is the option's value for this
-// search.
-int contemptFromScore(int score, int contempt);

@@ -5,6 +5,7 @@
 #include "board/fen.h"
 #include "board/thread_hooks.h"
 #include "eval/caches.h"
+#include "eval/contempt.h"
 #include "eval/evaluate.h"
 #include "eval/king_danger.h"
 #include "eval/king_pawn_bitbase.h"
@@ -34,8 +35,7 @@ class EvalTest : public ::testing::Test {
             return true;
         }();
         settings.threads = 1;
-        contemptPair[White] = contemptPair[Black] = Score{};
-        contemptValue[White] = contemptValue[Black] = 0;
+        setContempt(0, White, false);
         evalNoise = 0;
         kingSafetyJitter = 0;
         treeSearchActive = false;

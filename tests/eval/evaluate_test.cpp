@@ -36,10 +36,7 @@ class WholeEval : public EvalTest {
         settings.kingSafety = style == "ks0" ? 0 : style == "ks200" ? 200 : 72;
         settings.dynamism = style == "dyn0" ? 0 : style == "dyn400" ? 400 : 125;
         settings.contempt = style == "con100" ? 100 : 0;
-        contemptValue[mover] = settings.contempt;
-        contemptValue[opponent(mover)] = -settings.contempt;
-        contemptPair[mover] = pair(10 * settings.contempt, 10 * settings.contempt / 4);
-        contemptPair[opponent(mover)] = -contemptPair[mover];
+        setContempt(settings.contempt, mover, false);
         initEvalParameters();
     }
 };

@@ -1,4 +1,5 @@
-// What the parameter tables hold, and the style that options and threads ask for.
+// What the parameter tables hold, the style that options and threads ask for, and the sides that
+// contempt falls to.
 #include "eval/eval_environment.h"
 
 #include <set>
@@ -48,4 +49,25 @@ TEST_F(Parameters, StyleFollowsOptionsAndThreadsUnlessTheTreeSearches) {
         seen.insert(mgOf(KingDanger[60]));
     }
     EXPECT_GT(seen.size(), 5u);
+}
+
+TEST_F(Parameters, ContemptFallsToTheMoverAtTheRootOrToWhite) {
+    setContempt(-17, Black, false);
+    EXPECT_EQ(contemptValue[Black], -17);
+    EXPECT_EQ(contemptValue[White], 17);
+    EXPECT_EQ(contemptPair[Black], pair(-170, -42));
+    EXPECT_EQ(contemptPair[White], pair(170, 42));
+    settings.whiteContempt = true;
+    setContempt(16, Black, false);
+    EXPECT_EQ(contemptValue[White], 16);
+    EXPECT_EQ(contemptPair[White], pair(160, 40));
+    // A tree search knows it only as a value.
+    setContempt(15, Black, true);
+    EXPECT_EQ(contemptValue[White], 15);
+    EXPECT_EQ(contemptPair[White], Score{});
+    EXPECT_EQ(contemptPair[Black], Score{});
+    // An iteration's score moves it, truncated towards 0.
+    EXPECT_EQ(contemptFromScore(100, 16), 27);
+    EXPECT_EQ(contemptFromScore(-100, 16), 5);
+    EXPECT_EQ(contemptFromScore(-31990, 0), -21);
 }

@@ -11,6 +11,7 @@
 #include "board/movegen.h"
 #include "board/sliders.h"
 #include "endgame/tb_probe.h"
+#include "eval/contempt.h"
 #include "eval/king_pawn_bitbase.h"
 #include "eval/material.h"
 #include "eval/parameters.h"
@@ -60,7 +61,7 @@ class SearchTest : public ::testing::Test {
         tbPieceLimit = 0;
         timeLimits.hardLimit = timeLimits.softLimit = searchState.searchStart + 3600;
         timeLimits.nextReport = timeLimits.hardLimit;
-        setContempt(0, White);
+        setContempt(0, White, false);
         buildSearchTables();
         forgetEverything();
     }

@@ -1,4 +1,4 @@
-// The numbers that options turn into search tables, and the sides that contempt falls to.
+// The numbers that options turn into search tables.
 #include "search/search_tables.h"
 
 #include "search/search_environment.h"
@@ -38,26 +38,4 @@ TEST_F(SearchTables, FollowOptionsAndMode) {
         EXPECT_EQ(futilityStep, row.tree ? 45 : 40);
         EXPECT_EQ(contBonus(10), row.tree ? 2500 : 2000);
     }
-}
-
-TEST_F(SearchTables, ContemptFallsToTheMoverAtTheRootOrToWhite) {
-    setContempt(-17, Black);
-    EXPECT_EQ(contemptValue[Black], -17);
-    EXPECT_EQ(contemptValue[White], 17);
-    EXPECT_EQ(contemptPair[Black], pair(-170, -42));
-    EXPECT_EQ(contemptPair[White], pair(170, 42));
-    settings.whiteContempt = true;
-    setContempt(16, Black);
-    EXPECT_EQ(contemptValue[White], 16);
-    EXPECT_EQ(contemptPair[White], pair(160, 40));
-    // A tree search knows it only as a value.
-    treeSearchActive = true;
-    setContempt(15, Black);
-    EXPECT_EQ(contemptValue[White], 15);
-    EXPECT_EQ(contemptPair[White], Score{});
-    EXPECT_EQ(contemptPair[Black], Score{});
-    // An iteration's score moves it, truncated towards 0.
-    EXPECT_EQ(contemptFromScore(100, 16), 27);
-    EXPECT_EQ(contemptFromScore(-100, 16), 5);
-    EXPECT_EQ(contemptFromScore(-31990, 0), -21);
 }
