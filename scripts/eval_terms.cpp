@@ -20,7 +20,7 @@ std::string withoutOddCharacters(std::string fen) {
 
 void printText(const std::string& fen, const Position& pos, const EvalAccount& account) {
     std::printf("%s\nphase %d of %d, dynamism %d / 128 and %d / 128\n", fen.c_str(), pos.cappedPhase(),
-                MaxPhase, dynamismMg, dynamismEg);
+                MaxPhase, evalStyle.dynamismMg, evalStyle.dynamismEg);
     std::printf("%-44s%9s%7s%10s%7s%10s%7s\n", "lane units", "White mg", "eg", "Black mg", "eg", "diff mg",
                 "eg");
     for (const auto& [name, white, black] : account.rows)
@@ -50,8 +50,8 @@ void printJson(const std::string& fen, const Position& pos, const EvalAccount& a
     std::printf(
         "{\"fen\":\"%s\",\"phase\":%d,\"dynamism\":[%d,%d],\"stages\":[%s],\"sums\":[%s],"
         "\"material\":%d,\"scale\":%.9g,\"steps\":[%s],\"score\":%d}\n",
-        fen.c_str(), pos.cappedPhase(), dynamismMg, dynamismEg, rows.c_str(), sums.c_str(),
-        account.materialValue, double(account.scale), steps.c_str(), account.score);
+        fen.c_str(), pos.cappedPhase(), evalStyle.dynamismMg, evalStyle.dynamismEg, rows.c_str(),
+        sums.c_str(), account.materialValue, double(account.scale), steps.c_str(), account.score);
 }
 
 class TermList : public EvalTest {

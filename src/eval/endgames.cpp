@@ -21,6 +21,7 @@ constexpr Bitboard NearWestCorner = bit(A1) | bit(B1) | bit(A2) | bit(B2);
 
 }  // namespace
 
+// A mate drive, or mop-up: the weak king is driven to the right corner and the other men brought near.
 int mateWithBishopKnight(const Position& pos, float& scale) {
     const Colour strong = pos.pieces[White][Knight] ? White : Black;
     const int strongKing = pos.kingSquare(strong);

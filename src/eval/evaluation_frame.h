@@ -11,6 +11,7 @@
 #include "eval/material.h"
 #include "eval/parameters.h"
 #include "eval/pawns.h"
+#include "eval/style.h"
 #include "eval/terms.h"
 #include "eval/weights_frame.h"
 #include "eval/weights_pawns.h"
@@ -106,7 +107,9 @@ inline Score spanDifference(const PawnEntry& pawns) {
 }
 
 // Style: the pieces' sum is stretched lane by lane. Intended: the pawn score is not.
-inline Score dynamic(Score sum) { return pair(mgOf(sum) * dynamismMg / 128, egOf(sum) * dynamismEg / 128); }
+inline Score dynamic(Score sum) {
+    return pair(mgOf(sum) * evalStyle.dynamismMg / 128, egOf(sum) * evalStyle.dynamismEg / 128);
+}
 
 // All sums together, in tenths of a centipawn from White's view. Keeps the positional score for the line's
 // estimates.
@@ -148,8 +151,9 @@ inline int pulledBySpan(int score, const PawnEntry& pawns, int phase) {
 
 // The same position gets the same noise all through a search.
 inline int withNoise(int score, Key key) {
-    if (evalNoise == 0) return score;
-    return score - evalNoise / 2 + int((noiseKey ^ key) % std::uint64_t(evalNoise));
+    if (evalStyle.evalNoise == 0) return score;
+    return score - evalStyle.evalNoise / 2 +
+           int((evalStyle.noiseKey ^ key) % std::uint64_t(evalStyle.evalNoise));
 }
 
 // From White's view in tenths to the side to move's centipawns.

@@ -1,6 +1,6 @@
 #include "eval/king_danger.h"
 
-#include "eval/parameters.h"
+#include "eval/style.h"
 
 #include <cstdlib>
 
@@ -33,9 +33,9 @@ constexpr int KingSafetyCurve[ListedDangers] = {
 bool isKingSafetyVaried() { return kingSafetyVaried; }
 
 void buildKingSafetyTable(int k) {
-    kingSafetyVaried = kingSafetyJitter != 0;
-    if (kingSafetyJitter != 0) {
-        const int step = std::rand() % kingSafetyJitter;
+    kingSafetyVaried = evalStyle.kingSafetyJitter != 0;
+    if (evalStyle.kingSafetyJitter != 0) {
+        const int step = std::rand() % evalStyle.kingSafetyJitter;
         k += std::rand() & 1 ? -step : step;
     }
     for (int units = 0; units < KingDangerEntries; ++units) {

@@ -37,7 +37,8 @@ extern Score KingDanger[KingDangerEntries];
 // Weight of king safety: the option's default, and the tree search's, whatever the option says.
 inline constexpr int UsualKingSafety = 72;
 
-// Fills the table with a weight of `k` (the option's scale, 0 to 200), varied by `kingSafetyJitter`.
+// Fills the table with a weight of `k` (the option's scale, 0 to 200), varied by the style's
+// `kingSafetyJitter`.
 void buildKingSafetyTable(int k);
 
 // Whether the table is one that was varied.

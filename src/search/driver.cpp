@@ -7,6 +7,7 @@
 #include "eval/contempt.h"
 #include "eval/evaluate.h"
 #include "eval/parameters.h"
+#include "eval/style.h"
 #include "search/limits.h"
 #include "search/root_list.h"
 #include "search/search.h"

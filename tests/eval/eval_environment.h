@@ -11,6 +11,7 @@
 #include "eval/king_pawn_bitbase.h"
 #include "eval/material.h"
 #include "eval/parameters.h"
+#include "eval/style.h"
 #include "support/board_environment.h"
 
 #include <cstring>
@@ -36,8 +37,8 @@ class EvalTest : public ::testing::Test {
         }();
         settings.threads = 1;
         setContempt(0, White, false);
-        evalNoise = 0;
-        kingSafetyJitter = 0;
+        setNoise(0);
+        setKingSafetyJitter(0);
         treeSearchActive = false;
         initEvalParameters();
         prefetchBases.evalMask = prefetchBases.pawnMask = Entries - 1;

@@ -90,11 +90,11 @@ TEST_F(WholeEval, ClockWrongBishopAndNoise) {
     std::set<int> differences;
     for (const Listed& row : listed()) {
         Position quiet = rootOf(row.fen), noisy = quiet;
-        evalNoise = 0;
+        setNoise(0);
         const int before = freshScore(quiet);
         if (before == 0) continue;
-        evalNoise = 37;
-        noiseKey = 0x5bd1e9955bd1e995ULL;
+        setNoise(37);
+        setNoiseKey(0x5bd1e9955bd1e995ULL);
         const int after = freshScore(noisy);
         EXPECT_EQ(freshScore(noisy), after) << row.fen;
         EXPECT_NEAR(after, before, 19 + 2) << row.fen;
@@ -180,8 +180,8 @@ TEST_F(WholeEval, AccountsAddUp) {
         for (const EvalAccount::Row& stage : account.rows)
             (stage.name == "pawns" ? pawns : pieces) += stage.white - stage.black;
         const int phase = pos.cappedPhase();
-        const int mg = mgOf(pawns) + mgOf(pieces) * dynamismMg / 128;
-        const int eg = egOf(pawns) + egOf(pieces) * dynamismEg / 128;
+        const int mg = mgOf(pawns) + mgOf(pieces) * evalStyle.dynamismMg / 128;
+        const int eg = egOf(pawns) + egOf(pieces) * evalStyle.dynamismEg / 128;
         const Score sum = account.sums.back().value;
         ASSERT_EQ(mgOf(sum), mg) << row.fen;
         if (phase >= 18) {

@@ -32,15 +32,15 @@ TEST_F(Parameters, StyleFollowsOptionsAndThreadsUnlessTheTreeSearches) {
         settings.kingSafety = expected.kingSafety;
         treeSearchActive = expected.tree;
         initEvalParameters();
-        EXPECT_EQ(dynamismMg, expected.mg) << expected.threads;
-        EXPECT_EQ(dynamismEg, expected.eg) << expected.threads;
+        EXPECT_EQ(evalStyle.dynamismMg, expected.mg) << expected.threads;
+        EXPECT_EQ(evalStyle.dynamismEg, expected.eg) << expected.threads;
         EXPECT_EQ(KingDanger[60], pair(expected.danger, 0)) << expected.kingSafety;
     }
     buildKingSafetyTable(10);
     int sum = 0;  // of the typed table, of which positions reach the beginning alone
     for (int units = 0; units <= 128; ++units) sum += mgOf(KingDanger[units]);
     EXPECT_EQ(sum, 123803);
-    kingSafetyJitter = 20;
+    setKingSafetyJitter(20);
     std::set<int> seen;
     for (int i = 0; i < 40; ++i) {
         buildKingSafetyTable(72);
