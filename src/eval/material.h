@@ -10,6 +10,3 @@ void initMaterialTable();
 // Material in blended units (MaxPhase times material units), White's view. Sets `scale`, the scale
 // factor of the whole positional sum; 0 means that only material counts.
 int evaluateMaterial(const Position& pos, float& scale);
-
-// Material counts as level while it is smaller than this in magnitude; blended units.
-inline constexpr int LevelMaterial = 19200;

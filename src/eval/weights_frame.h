@@ -5,7 +5,9 @@
 inline constexpr int TempoBase = 26;
 inline constexpr int TempoByPhase = 91;
 
-// Where material is level, so much of the score counts.
+// Material counts as level while it is smaller than this in magnitude, in blended units; so much of the score
+// counts then.
+inline constexpr int LevelMaterial = 19200;
 inline constexpr int LevelPercent = 88;
 
 // Scale factors: of the positional sum without queens and passed pawns, and where hardly a file is open (a
