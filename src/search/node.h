@@ -16,6 +16,7 @@
 #include "search/time_manager.h"
 
 #include <algorithm>
+#include <optional>
 
 inline constexpr int OnePly = 2;                 // half plies
 inline constexpr int FirstFullDepth = 2;         // below it a node belongs to the quiescence search
@@ -199,8 +200,9 @@ struct SearchNode : NodeFrame {
         if (men > tbPieceLimit || ply < FirstPly) return false;
         const bool smart = depth >= SmartDepth && settings.smartSyzygy && men < tbPieceLimit;
         if (!smart && depth < settings.syzygyProbeDepth) return false;
-        if (!probeSearchTablebase(pos, ply, &result)) return false;
-        pos.staticEval = result;
+        const std::optional<int> score = probeSearchTablebase(pos, ply);
+        if (!score) return false;
+        pos.staticEval = result = *score;
         return true;
     }
 
