@@ -12,9 +12,18 @@
 
 #include <algorithm>
 
-int tbPieceLimit = 0;
-int tbRootScore = NoTbScore;
-Relaxed<std::uint64_t> tbHits = 0;
+TbSearch tbSearch;
+
+void TbSearch::begin(int pieceLimit) {
+    tbPieceLimit = pieceLimit;
+    tbRootScore = NoTbScore;
+    tbHits = std::uint64_t{0};
+}
+
+void TbSearch::decideRoot(int score) {
+    tbRootScore = score;
+    tbPieceLimit = 0;
+}
 
 namespace {
 
@@ -102,7 +111,7 @@ int rawValue(const Position& pos, const TbView& view, const TbSlice& slice, int*
         if (!placeMen(pos, view, code, squares + i, end - i)) return -1;
         i = end;
     }
-    tbHits.add(1);
+    tbSearch.countHit();
     return tbRawValue(slice, tbPositionNumber(slice.list, view.entry.shape(), squares));
 }
 

@@ -9,11 +9,27 @@
 
 inline constexpr int NoTbScore = 0x7fffffff;
 
-// Values of one search. Written by thread 0 while the workers are idle; only `tbHits` moves during a search,
-// counted by all threads without a lock; lost counts are accepted.
-extern int tbPieceLimit;  // men up to which inner nodes probe; 0 turns them off
-extern int tbRootScore;   // shown by reports when tables decided the root, else NoTbScore
-extern Relaxed<std::uint64_t> tbHits;
+// What one search has from the tables. Its functions alone write it, on thread 0 while the workers are idle;
+// only the hits move during a search, counted by all threads without a lock; lost counts are accepted.
+class TbSearch {
+   public:
+    // No table has decided the root yet. Inner nodes of up to `pieceLimit` men probe; 0 turns them off.
+    void begin(int pieceLimit);
+    // Tables have cut the root list, so that the search needs no more probes.
+    void decideRoot(int score);
+    void countHit() { tbHits.add(1); }
+
+    int pieceLimit() const { return tbPieceLimit; }
+    // In centipawns from the view of the root's side to move; NoTbScore unless tables decided the root.
+    int rootScore() const { return tbRootScore; }
+    std::uint64_t hits() const { return tbHits; }  // look-ups in tables
+
+   private:
+    int tbPieceLimit = 0;
+    int tbRootScore = NoTbScore;
+    Relaxed<std::uint64_t> tbHits = 0;
+};
+extern TbSearch tbSearch;
 
 // A result from the side to move's view, as tables and probes give it. The fifty-move rule spoils a cursed
 // win and saves a blessed loss.

@@ -197,8 +197,8 @@ struct SearchNode : NodeFrame {
     bool tablebaseCutoff() {
         constexpr int FirstPly = 2, SmartDepth = 3;
         const int men = int(pos.pieceCount);
-        if (men > tbPieceLimit || ply < FirstPly) return false;
-        const bool smart = depth >= SmartDepth && settings.smartSyzygy && men < tbPieceLimit;
+        if (men > tbSearch.pieceLimit() || ply < FirstPly) return false;
+        const bool smart = depth >= SmartDepth && settings.smartSyzygy && men < tbSearch.pieceLimit();
         if (!smart && depth < settings.syzygyProbeDepth) return false;
         const std::optional<int> score = probeSearchTablebase(pos, ply);
         if (!score) return false;

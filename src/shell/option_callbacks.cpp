@@ -48,7 +48,7 @@ void onLoadHash() {
 
 static void printProbeLimit() {
     sendLine("info string Probing tablebases up to %d-man.\n",
-             std::min(settings.syzygyProbeLimit.load(), tbMaxMen));
+             std::min(settings.syzygyProbeLimit.load(), tbLargestTable()));
 }
 
 void onSyzygyPath(const std::string& path) {

@@ -103,10 +103,10 @@ TEST(TbInvented, ResultsBecomeScoresOfTheSearch) {
         }
     const Position rook = positionOf("8/8/8/4k3/8/8/8/R3K3 w - -");
     const Position castling = positionOf("8/8/8/4k3/8/8/8/R3K3 w Q -");
-    const std::uint64_t before = tbHits;
+    const std::uint64_t before = tbSearch.hits();
     EXPECT_TRUE(probeSearchTablebase(rook, 2));
     EXPECT_FALSE(probeSearchTablebase(castling, 2)) << "tables know no castling";
-    EXPECT_EQ(tbHits, before + 1);
+    EXPECT_EQ(tbSearch.hits(), before + 1);
 }
 
 TEST_P(TbProbe, AllocatesNothingOnceTheTableIsReady) {

@@ -54,7 +54,7 @@ class SearchTest : public ::testing::Test {
         searchControl = SearchControl{};
         searchState.searchStart = currentTime();
         treeSearchActive = false;
-        tbPieceLimit = 0;
+        tbSearch.begin(0);
         timeLimits.hardLimit = timeLimits.softLimit = searchState.searchStart + 3600;
         timeLimits.nextReport = timeLimits.hardLimit;
         setContempt(0, White);
