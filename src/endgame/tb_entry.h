@@ -19,7 +19,7 @@ struct TbEntry {
     std::uint8_t menCount;
     std::uint8_t symmetric;  // both sides have the same men
     std::uint8_t hasPawns;
-    std::uint8_t hasDtm;
+    std::uint8_t hasDtm;  // noted as the others are; no probe opens the file
     std::uint8_t hasDtz;
     std::uint8_t kkEncoding;
     std::uint8_t pawnsLeading;

@@ -21,12 +21,6 @@
 #include <unistd.h>
 #include <vector>
 
-int tbWdlCount = 0;
-int tbDtmCount = 0;
-int tbDtzCount = 0;
-int tbMaxMen = 0;
-int tbMaxMenDtm = 0;
-
 namespace {
 
 constexpr const char* Suffixes[TbKinds] = {".rtbw", ".rtbm", ".rtbz"};
@@ -40,42 +34,48 @@ struct HashSlot {
     Key key;
     Relaxed<TbEntry*> entry;  // null once the table has proved unreadable; written under `tbMutex`
 };
-HashSlot tbHash[HashSlots];
 
-TbPieceEntry* tbPiecePool = nullptr;
-TbPawnEntry* tbPawnPool = nullptr;
-std::size_t pieceEntries = 0;
-std::size_t pawnEntries = 0;
+// All that is known of the tables. Written by tbInit, while no search runs; a search changes entries and
+// slots alone, under `tbMutex`.
+struct TbState {
+    HashSlot tbHash[HashSlots];
+    TbPieceEntry* tbPiecePool = nullptr;
+    TbPawnEntry* tbPawnPool = nullptr;
+    std::size_t pieceEntries = 0;
+    std::size_t pawnEntries = 0;
+    int tbWdlCount = 0;  // files found; those of distances to mate are read by nobody and not counted
+    int tbDtzCount = 0;
+    int tbMaxMen = 0;
+    std::vector<std::string> tbPaths;
+    bool hasPath = false;  // a path was set before, so that there may be something to free
+    std::mutex tbMutex;    // held while a table is set up
 
-std::vector<std::string> tbPaths;
-bool hasPath = false;  // a path was set before, so that there may be something to free
-std::mutex tbMutex;    // held while a table is set up
+    void insertEntry(Key key, TbEntry* entry) {
+        std::size_t slot = slotOf(key);
+        while (tbHash[slot].key) slot = (slot + 1) % HashSlots;
+        tbHash[slot].key = key;
+        tbHash[slot].entry = entry;
+    }
+    TbEntry* findEntry(Key key) const {
+        std::size_t slot = slotOf(key);
+        while (tbHash[slot].key && tbHash[slot].key != key) slot = (slot + 1) % HashSlots;
+        return tbHash[slot].key ? tbHash[slot].entry.load() : nullptr;
+    }
+    void forgetEntry(const TbEntry* entry) {
+        for (HashSlot& slot : tbHash)
+            if (slot.entry.load() == entry) slot.entry = nullptr;
+    }
 
-std::size_t slotOf(Key key) { return std::size_t(key >> (64 - HashBits)); }
-
-void insertEntry(Key key, TbEntry* entry) {
-    std::size_t slot = slotOf(key);
-    while (tbHash[slot].key) slot = (slot + 1) % HashSlots;
-    tbHash[slot].key = key;
-    tbHash[slot].entry = entry;
-}
-
-TbEntry* findEntry(Key key) {
-    std::size_t slot = slotOf(key);
-    while (tbHash[slot].key && tbHash[slot].key != key) slot = (slot + 1) % HashSlots;
-    return tbHash[slot].key ? tbHash[slot].entry.load() : nullptr;
-}
-
-void forgetEntry(const TbEntry* entry) {
-    for (HashSlot& slot : tbHash)
-        if (slot.entry.load() == entry) slot.entry = nullptr;
-}
+   private:
+    static std::size_t slotOf(Key key) { return std::size_t(key >> (64 - HashBits)); }
+};
+TbState tbState;
 
 // The first regular file of this name in the directories, opened for reading, or -1. Whatever else has the
 // name, such as a directory, counts as absent, and opening must not block on it. A path that is too long
 // isn't tried.
 int openTable(const char* name, const char* suffix, struct stat* status) {
-    for (const std::string& directory : tbPaths) {
+    for (const std::string& directory : tbState.tbPaths) {
         char path[MaxPathSize];
         const int length = std::snprintf(path, sizeof path, "%s/%s%s", directory.c_str(), name, suffix);
         if (length < 0 || std::size_t(length) >= sizeof path) continue;
@@ -142,31 +142,31 @@ void tbFree(TbEntry& entry) {
 }
 
 void forgetTables() {
-    tbPaths.clear();
-    for (std::size_t i = 0; i < pieceEntries; ++i) tbFree(tbPiecePool[i]);
-    for (std::size_t i = 0; i < pawnEntries; ++i) tbFree(tbPawnPool[i]);
-    pieceEntries = pawnEntries = 0;
-    for (HashSlot& slot : tbHash) {
+    tbState.tbPaths.clear();
+    for (std::size_t i = 0; i < tbState.pieceEntries; ++i) tbFree(tbState.tbPiecePool[i]);
+    for (std::size_t i = 0; i < tbState.pawnEntries; ++i) tbFree(tbState.tbPawnPool[i]);
+    tbState.pieceEntries = tbState.pawnEntries = 0;
+    for (HashSlot& slot : tbState.tbHash) {
         slot.key = 0;
         slot.entry = nullptr;
     }
-    tbWdlCount = tbDtmCount = tbDtzCount = 0;
+    tbState.tbWdlCount = tbState.tbDtzCount = 0;
 }
 
 void splitPath(const char* path) {
     const std::string text = path;
     for (std::size_t start = 0; start < text.size();) {
         const std::size_t end = std::min(text.find(':', start), text.size());
-        if (end > start) tbPaths.push_back(text.substr(start, end - start));
+        if (end > start) tbState.tbPaths.push_back(text.substr(start, end - start));
         start = end + 1;
     }
 }
 
 void allocatePools() {
-    if (tbPiecePool && tbPawnPool) return;
-    tbPiecePool = static_cast<TbPieceEntry*>(std::malloc(TbPiecePoolSize * sizeof(TbPieceEntry)));
-    tbPawnPool = static_cast<TbPawnEntry*>(std::malloc(TbPawnPoolSize * sizeof(TbPawnEntry)));
-    if (tbPiecePool && tbPawnPool) return;
+    if (tbState.tbPiecePool && tbState.tbPawnPool) return;
+    tbState.tbPiecePool = static_cast<TbPieceEntry*>(std::malloc(TbPiecePoolSize * sizeof(TbPieceEntry)));
+    tbState.tbPawnPool = static_cast<TbPawnEntry*>(std::malloc(TbPawnPoolSize * sizeof(TbPawnEntry)));
+    if (tbState.tbPiecePool && tbState.tbPawnPool) return;
     std::fputs("Out of memory.\n", stderr);
     endProcess(1);
 }
@@ -189,9 +189,9 @@ void tbAddTable(const char* name) {
                        blackPawns = men.of[boardCode(Black, Pawn)];
     TbEntry* entry;
     if (whitePawns || blackPawns)
-        entry = new (&tbPawnPool[pawnEntries++]) TbPawnEntry{};
+        entry = new (&tbState.tbPawnPool[tbState.pawnEntries++]) TbPawnEntry{};
     else
-        entry = new (&tbPiecePool[pieceEntries++]) TbPieceEntry{};
+        entry = new (&tbState.tbPiecePool[tbState.pieceEntries++]) TbPieceEntry{};
     const Key mirroredKey = materialKey(men, true);
     entry->key = materialKey(men, false);
     entry->hasPawns = whitePawns || blackPawns;
@@ -201,13 +201,11 @@ void tbAddTable(const char* name) {
         entry->menCount = std::uint8_t(entry->menCount + count);
         singles += count == 1;
     }
-    ++tbWdlCount;
+    ++tbState.tbWdlCount;
     entry->hasDtm = tbFileExists(name, Suffixes[TbDtm]);
     entry->hasDtz = tbFileExists(name, Suffixes[TbDtz]);
-    tbDtmCount += entry->hasDtm;
-    tbDtzCount += entry->hasDtz;
-    tbMaxMen = std::max<int>(tbMaxMen, entry->menCount);
-    if (entry->hasDtm) tbMaxMenDtm = std::max<int>(tbMaxMenDtm, entry->menCount);
+    tbState.tbDtzCount += entry->hasDtz;
+    tbState.tbMaxMen = std::max<int>(tbState.tbMaxMen, entry->menCount);
     if (entry->hasPawns) {
         const bool blackLeads = blackPawns && (!whitePawns || whitePawns > blackPawns);
         entry->pawnsLeading = blackLeads ? blackPawns : whitePawns;
@@ -215,8 +213,8 @@ void tbAddTable(const char* name) {
     } else {
         entry->kkEncoding = singles == 2;
     }
-    insertEntry(entry->key, entry);
-    if (!entry->symmetric) insertEntry(mirroredKey, entry);
+    tbState.insertEntry(entry->key, entry);
+    if (!entry->symmetric) tbState.insertEntry(mirroredKey, entry);
 }
 
 // Men per side besides the kings, in the order in which names are tried.
@@ -261,16 +259,18 @@ TbMenCounts tbCountMen(const char* name) {
 }
 
 void tbInit(const char* path) {
-    if (hasPath) forgetTables();
-    hasPath = *path && std::strcmp(path, "<empty>") != 0;
-    if (!hasPath) return;
+    if (tbState.hasPath) forgetTables();
+    tbState.hasPath = *path && std::strcmp(path, "<empty>") != 0;
+    if (!tbState.hasPath) return;
     splitPath(path);
-    tbMaxMen = tbMaxMenDtm = 0;
+    tbState.tbMaxMen = 0;
     allocatePools();
     tryAllNames();
-    sendLine("info string Found %d WDL and %d DTZ tablebase files (up to %d-man).\n", tbWdlCount, tbDtzCount,
-             tbMaxMen);
+    sendLine("info string Found %d WDL and %d DTZ tablebase files (up to %d-man).\n", tbState.tbWdlCount,
+             tbState.tbDtzCount, tbState.tbMaxMen);
 }
+
+int tbLargestTable() { return tbState.tbMaxMen; }
 
 void tbTableName(const Position& pos, char* name, bool mirrored) {
     constexpr char letters[] = " PNBRQK";
@@ -286,13 +286,13 @@ void tbTableName(const Position& pos, char* name, bool mirrored) {
 }
 
 TbEntry* tbTableFor(const Position& pos, TbKind kind) {
-    TbEntry* const entry = findEntry(pos.matKeyPlain);
+    TbEntry* const entry = tbState.findEntry(pos.matKeyPlain);
     if (!entry || int(pos.pieceCount) != entry->menCount || (kind == TbDtz && !entry->hasDtz)) return nullptr;
     if (entry->ready[kind].load(std::memory_order_acquire)) return entry;
 
-    const std::lock_guard<std::mutex> lock(tbMutex);
+    const std::lock_guard<std::mutex> lock(tbState.tbMutex);
     if (entry->ready[kind].load(std::memory_order_relaxed)) return entry;
-    if (!findEntry(pos.matKeyPlain)) return nullptr;  // another thread found the table unreadable
+    if (!tbState.findEntry(pos.matKeyPlain)) return nullptr;  // another thread found the table unreadable
     char name[TbNameSize];
     tbTableName(pos, name, entry->key != pos.matKeyPlain);
     const SetUpResult result = tbSetupTable(*entry, name, kind);
@@ -302,6 +302,6 @@ TbEntry* tbTableFor(const Position& pos, TbKind kind) {
     }
     // A distance file that has gone costs only that probe. Anything else means that the table is not to be
     // trusted.
-    if (kind == TbWdl || result == SetUpResult::Corrupted) forgetEntry(entry);
+    if (kind == TbWdl || result == SetUpResult::Corrupted) tbState.forgetEntry(entry);
     return nullptr;
 }

@@ -11,11 +11,8 @@ struct TbEntry;
 // "<empty>" registers none. Prints the counts. Only while no search runs.
 void tbInit(const char* path);
 
-extern int tbWdlCount;  // files found
-extern int tbDtmCount;
-extern int tbDtzCount;
-extern int tbMaxMen;     // the most men of any WDL file. Intended: an emptied path leaves it
-extern int tbMaxMenDtm;  // the same for DTM files, which nothing reads
+// The most men of any WDL file, 0 at start-up. Intended: an emptied path leaves it.
+int tbLargestTable();
 
 // File kinds in the order of the per-kind fields of an entry.
 enum TbKind : std::uint8_t { TbWdl = 0, TbDtm = 1, TbDtz = 2 };

@@ -13,14 +13,30 @@
 
 #include <algorithm>
 
-int tbPieceLimit = 0;
-int tbRootScore = NoTbScore;
-Relaxed<std::uint64_t> tbHits = 0;
+TbSearch tbSearch;
+
+void TbSearch::begin(int pieceLimit) {
+    tbPieceLimit = pieceLimit;
+    tbRootScore = NoTbScore;
+    tbHits = std::uint64_t{0};
+}
+
+void TbSearch::decideRoot(int score) {
+    tbRootScore = score;
+    tbPieceLimit = 0;
+}
 
 namespace {
 
-constexpr int NoWdl = -3;  // below every result
+constexpr Wdl NoWdl = Wdl(WdlLoss - 1);  // below every result
 constexpr int NoDistance = 0x7fffffff;
+
+// What a DTZ table says of a position. It stores one side to move alone.
+enum class DtzState { Failed, Found, OtherSideOnly };
+struct DtzLookup {
+    DtzState state;
+    int plies = 0;  // to the zeroing move, from 0; only if found
+};
 
 // The child's check flag is left unset: only castling and evasions ask for it, and positions with castling
 // rights aren't probed.
@@ -28,10 +44,16 @@ bool makeChild(const Position& pos, Position& child, Move move) {
     return makeMove(&pos, &child, cleanMove(move));
 }
 
-bool isCapture(const Position& pos, Move move) {
+// The moves that zero the counter are captures, en passant among them, and pawn moves that capture nothing.
+bool isCaptureOrEnPassant(const Position& pos, Move move) {
     return isEnPassant(move) || (pos.board[toOf(move)] && !isCastling(move));
 }
-bool isPawnMove(const Position& pos, Move move) { return typeOfCode(pos.board[fromOf(move)]) == Pawn; }
+bool isQuietPawnMove(const Position& pos, Move move) {
+    return typeOfCode(pos.board[fromOf(move)]) == Pawn && !isCaptureOrEnPassant(pos, move);
+}
+bool isZeroing(const Position& pos, Move move) {
+    return isCaptureOrEnPassant(pos, move) || isQuietPawnMove(pos, move);
+}
 
 // All captures, promoting ones with each piece, in the order of the full generator. Most positions of so few
 // men have none, which the attack map tells at once.
@@ -40,7 +62,7 @@ int listCaptures(const Position& pos, Move* list) {
     if (!pos.epMask && !(attackedBy(pos, us) & pos.pieces[opponent(us)][AllPieces])) return 0;
     const int count = genAllMoves(pos, list);
     const Move* const end =
-        std::remove_if(list, list + count, [&pos](Move move) { return !isCapture(pos, move); });
+        std::remove_if(list, list + count, [&pos](Move move) { return !isCaptureOrEnPassant(pos, move); });
     return int(end - list);
 }
 
@@ -90,7 +112,7 @@ int rawValue(const Position& pos, const TbView& view, const TbSlice& slice, int*
         if (!placeMen(pos, view, code, squares + i, end - i)) return -1;
         i = end;
     }
-    tbHits.add(1);
+    tbSearch.countHit();
     return tbRawValue(slice, tbPositionNumber(slice.list, view.entry.shape(), squares));
 }
 
@@ -99,39 +121,34 @@ bool hasBackRankPawns(const Position& pos) {
     return (pos.pieces[White][Pawn] | pos.pieces[Black][Pawn]) & (Rank1 | Rank8);
 }
 
-int fail(int* success) {
-    *success = 0;
-    return 0;
-}
-
-// The stored result. `success` is cleared on failure, and otherwise left as it is.
-int tbWdlTable(const Position& pos, int* success) {
-    if (pos.matKeyPlain == 0) return 0;  // bare kings
+// The stored result; nothing if there is none.
+std::optional<Wdl> tbWdlTable(const Position& pos) {
+    if (pos.matKeyPlain == 0) return WdlDraw;  // bare kings
     TbEntry* const entry = tbTableFor(pos, TbWdl);
-    if (!entry || hasBackRankPawns(pos)) return fail(success);
+    if (!entry || hasBackRankPawns(pos)) return std::nullopt;
     const TbView view(pos, *entry);
     int squares[MaxTableMen] = {};
     const int file = leadingFile(pos, view, tbSlicesOf(*entry, 0).wdl[0].list.men[0], squares);
     const int raw = rawValue(pos, view, tbSlicesOf(*entry, file).wdl[view.side], squares);
-    return raw < 0 ? fail(success) : raw - 2;
+    if (raw < 0) return std::nullopt;
+    return Wdl(raw + WdlLoss);
 }
 
 // The value that a raw distance stands for in the map of the position's result, or -1.
-int mappedDistance(const TbEntry& entry, const TbFileSlices& slices, int wdl, int raw) {
-    constexpr int listOfWdl[5] = {1, 3, 0, 2, 0};  // clean win, clean loss, cursed win, blessed loss
+int mappedDistance(const TbEntry& entry, const TbFileSlices& slices, Wdl wdl, int raw) {
+    constexpr int ListOfWdl[5] = {1, 3, 0, 2, 0};  // clean win, clean loss, cursed win, blessed loss
     const std::uint8_t* at = entry.mappedData[TbDtz] + slices.dtzMap;
     const bool wide = slices.dtz.flags & TbWideMap;
     const auto read = [wide](const std::uint8_t* from) { return int(wide ? readWord16(from) : *from); };
     const int width = wide ? 2 : 1;
-    for (int list = listOfWdl[wdl + 2]; list > 0; --list) at += width * (1 + read(at));
+    for (int list = ListOfWdl[indexOfWdl(wdl)]; list > 0; --list) at += width * (1 + read(at));
     return raw < read(at) ? read(at + width * (1 + raw)) : -1;
 }
 
-// Plies to the zeroing move, from 0, of a position whose result is known and no draw. `success` becomes -1 if
-// the table holds only the other side to move, 0 on failure, and is otherwise left as it is.
-int tbDtzTable(const Position& pos, int wdl, int* success) {
+// The stored distance of a position whose result is known and no draw.
+DtzLookup tbDtzTable(const Position& pos, Wdl wdl) {
     TbEntry* const entry = tbTableFor(pos, TbDtz);
-    if (!entry || hasBackRankPawns(pos)) return fail(success);
+    if (!entry || hasBackRankPawns(pos)) return {DtzState::Failed};
     const TbView view(pos, *entry);
     int squares[MaxTableMen] = {};
     const int file = leadingFile(pos, view, tbSlicesOf(*entry, 0).dtz.list.men[0], squares);
@@ -139,34 +156,35 @@ int tbDtzTable(const Position& pos, int wdl, int* success) {
     const int flags = slices.dtz.flags;
     const bool eitherSide = entry->symmetric && !entry->hasPawns;
     if (!eitherSide && ((flags & TbSideToMove) != 0) != (view.side == 1)) {
-        if (entry->symmetric)
-            return fail(success);  // both sides are one here, so the other is not stored either
-        *success = -1;
-        return 0;
+        // In a symmetric table both sides are one, so that the other is not stored either.
+        return {entry->symmetric ? DtzState::Failed : DtzState::OtherSideOnly};
     }
     int distance = rawValue(pos, view, slices.dtz, squares);
     if (distance >= 0 && flags & TbMapped) distance = mappedDistance(*entry, slices, wdl, distance);
-    if (distance < 0) return fail(success);
-    const bool inMoves = wdl == 2 ? !(flags & TbWinPlies) : wdl == -2 ? !(flags & TbLossPlies) : true;
-    return inMoves ? 2 * distance : distance;
+    if (distance < 0) return {DtzState::Failed};
+    const bool inMoves = wdl == WdlWin    ? !(flags & TbWinPlies)
+                         : wdl == WdlLoss ? !(flags & TbLossPlies)
+                                          : true;
+    return {DtzState::Found, inMoves ? 2 * distance : distance};
 }
 
-// The best of the table's value and of all captures, as far down as they go. Only after a capture, so that
-// there is no en passant. 0 with `success` 0 on failure.
-int tbAlphaBetaCaptures(const Position& pos, int alpha, int beta, int* success) {
+// The best of the table's value and of all captures, as far down as they go; nothing on failure. Only after a
+// capture, so that there is no en passant.
+std::optional<Wdl> tbAlphaBetaCaptures(const Position& pos, Wdl alpha, Wdl beta) {
     Move list[MaxListMoves];
     Position child;
     const int count = listCaptures(pos, list);
     for (int i = 0; i < count; ++i) {
         if (!makeChild(pos, child, list[i])) continue;
-        const int value = -tbAlphaBetaCaptures(child, -beta, -alpha, success);
-        if (*success == 0) return 0;
+        const std::optional<Wdl> reply = tbAlphaBetaCaptures(child, -beta, -alpha);
+        if (!reply) return std::nullopt;
+        const Wdl value = -*reply;
         if (value <= alpha) continue;
         if (value >= beta) return value;
         alpha = value;
     }
-    const int value = tbWdlTable(pos, success);
-    return *success == 0 ? 0 : std::max(alpha, value);
+    const std::optional<Wdl> stored = tbWdlTable(pos);
+    return stored ? std::max(alpha, *stored) : stored;
 }
 
 // Whether any move but an en-passant capture is legal.
@@ -178,111 +196,99 @@ bool hasOrdinaryMove(const Position& pos) {
                        [&](Move move) { return !isEnPassant(move) && makeChild(pos, child, move); });
 }
 
-// Whether a pawn move that captures nothing keeps a win. `success` is 0 on failure.
-bool winsByPawnMove(const Position& pos, const Move* list, int count, int wdl, int* success) {
+// Whether a pawn move that captures nothing keeps a win; nothing on failure.
+std::optional<bool> winsByPawnMove(const Position& pos, const Move* list, int count, Wdl wdl) {
     Position child;
     for (int i = 0; i < count; ++i) {
-        if (!isPawnMove(pos, list[i]) || isCapture(pos, list[i])) continue;
-        if (!makeChild(pos, child, list[i])) continue;
-        const int value = tbProbeWdl(child, success);
-        if (*success == 0) return false;
-        if (value == -wdl) return true;
+        if (!isQuietPawnMove(pos, list[i]) || !makeChild(pos, child, list[i])) continue;
+        const WdlProbe reply = tbProbeWdl(child);
+        if (reply.state == ProbeState::Failed) return std::nullopt;
+        if (reply.value == -wdl) return true;
     }
     return false;
 }
 
-// The distance by the moves that zero nothing, for a table that holds the other side to move. Zeroing moves
-// need no look: none wins, or the distance would be known, and for a loser they are the starting value.
-int distanceByMoves(const Position& pos, const Move* list, int count, int wdl, int* success) {
+// The distance by the moves that zero nothing, for a table that holds the other side to move; nothing on
+// failure. Zeroing moves need no look: none wins, or the distance would be known, and for a loser they are
+// the starting value.
+std::optional<int> distanceByMoves(const Position& pos, const Move* list, int count, Wdl wdl) {
     Position child;
-    int best = wdl > 0 ? NoDistance : wdlToDtz[wdl + 2];
+    int best = wdl > WdlDraw ? NoDistance : wdlToDtz[indexOfWdl(wdl)];
     for (int i = 0; i < count; ++i) {
-        if (isPawnMove(pos, list[i]) || isCapture(pos, list[i])) continue;
-        if (!makeChild(pos, child, list[i])) continue;
-        const int value = tbProbeDtz(child, success);
-        if (*success == 0) return 0;
-        if (wdl < 0) {
-            best = std::min(best, -value - 1);
-        } else if (value < 0) {
-            const bool mates = value == -1 && isInCheck(child) && !hasOrdinaryMove(child);
-            best = std::min(best, mates ? 1 : 1 - value);
+        if (isZeroing(pos, list[i]) || !makeChild(pos, child, list[i])) continue;
+        const std::optional<int> reply = tbProbeDtz(child);
+        if (!reply) return std::nullopt;
+        if (wdl < WdlDraw) {
+            best = std::min(best, -*reply - 1);
+        } else if (*reply < 0) {
+            const bool mates = *reply == -1 && isInCheck(child) && !hasOrdinaryMove(child);
+            best = std::min(best, mates ? 1 : 1 - *reply);
         }
     }
-    if (best == NoDistance) return fail(success);  // no move keeps the win: the tables contradict each other
-    *success = 1;
+    if (best == NoDistance) return std::nullopt;  // no move keeps the win: the tables contradict each other
     return best;
 }
 
 }  // namespace
 
-int tbProbeWdl(Position& pos, int* success) {
-    *success = 1;
-    const int stored = tbWdlTable(pos, success);
-    if (*success == 0) return 0;
+WdlProbe tbProbeWdl(const Position& pos) {
+    const std::optional<Wdl> lookup = tbWdlTable(pos);
+    if (!lookup) return {ProbeState::Failed};
+    const Wdl stored = *lookup;
     Move list[MaxListMoves];
     Position child;
-    int best = NoWdl, bestEnPassant = NoWdl;
+    Wdl best = NoWdl, bestEnPassant = NoWdl;
     const int count = listCaptures(pos, list);
     for (int i = 0; i < count; ++i) {
         if (!makeChild(pos, child, list[i])) continue;
-        const int value = -tbAlphaBetaCaptures(child, -2, -best, success);
-        if (*success == 0) return 0;
+        const std::optional<Wdl> reply = tbAlphaBetaCaptures(child, -WdlWin, -best);
+        if (!reply) return {ProbeState::Failed};
+        const Wdl value = -*reply;
         if (value <= best) continue;
-        if (value == 2) {
-            *success = 2;
-            return 2;
-        }
+        if (value == WdlWin) return {ProbeState::FoundByCapture, WdlWin};
         if (!isEnPassant(list[i]))
             best = value;
         else
             bestEnPassant = std::max(bestEnPassant, value);
     }
-    if (bestEnPassant > best && bestEnPassant > stored) {
-        *success = 2;
-        return bestEnPassant;
-    }
+    if (bestEnPassant > best && bestEnPassant > stored) return {ProbeState::FoundByCapture, bestEnPassant};
     best = std::max(best, bestEnPassant);
-    if (best >= stored) {
-        *success = best > 0 ? 2 : 1;
-        return best;
-    }
-    if (stored != 0 || bestEnPassant == NoWdl) return stored;
+    if (best >= stored) return {best > WdlDraw ? ProbeState::FoundByCapture : ProbeState::Found, best};
+    if (stored != WdlDraw || bestEnPassant == NoWdl) return {ProbeState::Found, stored};
     // The table calls this a draw, and may do so because it sees a stalemate where en passant is the only
     // move.
-    if (hasOrdinaryMove(pos)) return stored;
-    *success = 2;
-    return bestEnPassant;
+    if (hasOrdinaryMove(pos)) return {ProbeState::Found, stored};
+    return {ProbeState::FoundByCapture, bestEnPassant};
 }
 
-int tbProbeDtz(Position& pos, int* success) {
-    const int wdl = tbProbeWdl(pos, success);
-    if (*success == 0 || wdl == 0) return 0;
-    const int zeroing = wdlToDtz[wdl + 2];
-    if (*success == 2) return zeroing;
+std::optional<int> tbProbeDtz(const Position& pos) {
+    const WdlProbe result = tbProbeWdl(pos);
+    if (result.state == ProbeState::Failed) return std::nullopt;
+    const Wdl wdl = result.value;
+    if (wdl == WdlDraw) return 0;
+    const int zeroing = wdlToDtz[indexOfWdl(wdl)];
+    if (result.state == ProbeState::FoundByCapture) return zeroing;
     Move list[MaxListMoves];
     const int count = genAllMoves(pos, list);
-    if (wdl > 0) {
-        if (winsByPawnMove(pos, list, count, wdl, success)) {
-            *success = 1;
-            return zeroing;
-        }
-        if (*success == 0) return 0;
-        *success = 1;
+    if (wdl > WdlDraw) {
+        const std::optional<bool> wins = winsByPawnMove(pos, list, count, wdl);
+        if (!wins) return std::nullopt;
+        if (*wins) return zeroing;
     }
-    const int distance = tbDtzTable(pos, wdl, success);
-    if (*success == 0) return 0;
-    if (*success > 0) return wdl > 0 ? zeroing + distance : zeroing - distance;
-    return distanceByMoves(pos, list, count, wdl, success);
+    const DtzLookup stored = tbDtzTable(pos, wdl);
+    if (stored.state == DtzState::Failed) return std::nullopt;
+    if (stored.state == DtzState::OtherSideOnly) return distanceByMoves(pos, list, count, wdl);
+    return wdl > WdlDraw ? zeroing + stored.plies : zeroing - stored.plies;
 }
 
-bool probeSearchTablebase(Position& pos, int ply, int* score) {
-    if (pos.castleLost != NoCastlingRights) return false;  // tables know no castling
-    int success;
-    const int wdl = tbProbeWdl(pos, &success);
-    if (success == 0) return false;
+std::optional<int> probeSearchTablebase(const Position& pos, int ply) {
+    if (pos.castleLost != NoCastlingRights) return std::nullopt;  // tables know no castling
+    const WdlProbe probe = tbProbeWdl(pos);
+    if (probe.state == ProbeState::Failed) return std::nullopt;
     // Results that the fifty-move rule turns into draws count for a trifle while the rule holds, in full
     // otherwise.
-    const int clean = settings.syzygy50MoveRule ? 2 : 1;
-    *score = wdl >= clean ? MateBound - ply : wdl <= -clean ? ply - MateBound : 2 * wdl;
-    return true;
+    const Wdl leastWin = settings.syzygy50MoveRule ? WdlWin : WdlCursedWin;
+    if (probe.value >= leastWin) return MateBound - ply;
+    if (probe.value <= -leastWin) return ply - MateBound;
+    return 2 * probe.value;
 }

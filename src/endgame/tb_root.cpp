@@ -10,14 +10,14 @@
 #include "endgame/tb_probe.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace {
 
-// Scores in centipawns by result + 2. A clean result stands for a mate that no search has seen yet.
+// Scores in centipawns by a result's index. A clean result stands for a mate that no search has seen yet.
 constexpr int CleanWin = MateBound - 1;
 constexpr int ScoreOfResult[5] = {-CleanWin, -2, 0, 2, CleanWin};
 
-constexpr int CursedWin = 1, BlessedLoss = -1;
 constexpr int RankBase = 1000;
 constexpr int NoWin = 65535;
 
@@ -69,18 +69,20 @@ bool collectMoves(const Position& pos, TbRootList& list, Judge judge) {
     return true;
 }
 
-// The distance by a move, seen by the side that makes it. False if a probe fails.
-bool distanceAfter(Position& child, int* value) {
-    int success;
+// The distance by a move, seen by the side that makes it; nothing if a probe fails.
+std::optional<int> distanceAfter(const Position& child) {
+    int value;
     if (child.halfmoveClock != 0) {
-        const int d = tbProbeDtz(child, &success);
-        *value = d > 0 ? -d - 1 : d < 0 ? 1 - d : 0;
+        const std::optional<int> reply = tbProbeDtz(child);
+        if (!reply) return std::nullopt;
+        value = *reply > 0 ? -*reply - 1 : *reply < 0 ? 1 - *reply : 0;
     } else {
-        *value = wdlToDtz[2 - tbProbeWdl(child, &success)];
+        const WdlProbe reply = tbProbeWdl(child);
+        if (reply.state == ProbeState::Failed) return std::nullopt;
+        value = wdlToDtz[indexOfWdl(-reply.value)];
     }
-    if (success == 0) return false;
-    if (*value == 2 && child.inCheck && !hasLegalMove(child)) *value = 1;  // mate
-    return true;
+    const bool mates = value == 2 && child.inCheck && !hasLegalMove(child);
+    return mates ? 1 : value;
 }
 
 // All wins that the clock allows are alike, unless the game has begun to go round in circles.
@@ -95,10 +97,10 @@ int rankOfDistance(int value, int clock, bool repeated) {
 int scoreOfDistance(int dtz, int clock) {
     if (dtz == 0) return 0;
     const bool inTime = (dtz > 0 ? dtz : -dtz) + clock < 101;
-    const int result = dtz > 0 ? (inTime ? 2 : CursedWin) : (inTime ? -2 : BlessedLoss);
-    if (result == CursedWin && dtz <= 100) return (200 - clock - dtz) / 2;
-    if (result == BlessedLoss && dtz >= -100) return -((200 - clock + dtz) / 2);
-    return ScoreOfResult[result + 2];
+    const Wdl result = dtz > 0 ? (inTime ? WdlWin : WdlCursedWin) : (inTime ? WdlLoss : WdlBlessedLoss);
+    if (result == WdlCursedWin && dtz <= 100) return (200 - clock - dtz) / 2;
+    if (result == WdlBlessedLoss && dtz >= -100) return -((200 - clock + dtz) / 2);
+    return ScoreOfResult[indexOfWdl(result)];
 }
 
 void filterByDistance(TbRootList& list, int dtz, int clock, bool repeated) {
@@ -133,42 +135,46 @@ bool positionHasRepeated(const Position& pos) {
     return false;
 }
 
-int tbRootProbeDtz(Position& pos, RootMove* list, int* score) {
+int tbRootProbeDtz(const Position& pos, RootMove* list, int* score) {
     if (pos.castleLost != NoCastlingRights) return 0;  // tables know no castling
     const int clock = pos.halfmoveClock;
     const bool repeated = positionHasRepeated(pos);
-    int success;
-    const int dtz = tbProbeDtz(pos, &success);
-    if (success == 0) return 0;
+    const std::optional<int> dtz = tbProbeDtz(pos);
+    if (!dtz) return 0;
     TbRootList moves;
-    const bool judged = collectMoves(pos, moves, [=](Position& child, TbRootMove& entry) {
-        if (!distanceAfter(child, &entry.tbValue)) return false;
-        entry.tbRank = rankOfDistance(entry.tbValue, clock, repeated);
+    const bool judged = collectMoves(pos, moves, [=](const Position& child, TbRootMove& entry) {
+        const std::optional<int> value = distanceAfter(child);
+        if (!value) return false;
+        entry.tbValue = *value;
+        entry.tbRank = rankOfDistance(*value, clock, repeated);
         return true;
     });
     if (!judged) return 0;
-    *score = scoreOfDistance(dtz, clock);
-    filterByDistance(moves, dtz, clock, repeated);
+    *score = scoreOfDistance(*dtz, clock);
+    filterByDistance(moves, *dtz, clock, repeated);
     moves.sort();
     return moves.copyTo(list);
 }
 
-int tbRootProbeWdl(Position& pos, RootMove* list, int* score) {
+int tbRootProbeWdl(const Position& pos, RootMove* list, int* score) {
     if (pos.castleLost != NoCastlingRights) return 0;
-    int success;
-    const int wdl = tbProbeWdl(pos, &success);
-    if (success == 0) return 0;
+    const WdlProbe root = tbProbeWdl(pos);
+    if (root.state == ProbeState::Failed) return 0;
     TbRootList moves;
-    int best = -2;
-    const bool judged = collectMoves(pos, moves, [&best](Position& child, TbRootMove& entry) {
-        int childSuccess;
-        const int result = -tbProbeWdl(child, &childSuccess);
-        entry.tbValue = settings.syzygy50MoveRule ? result : result > 0 ? 2 : result < 0 ? -2 : 0;
+    int best = WdlLoss;
+    const bool judged = collectMoves(pos, moves, [&best](const Position& child, TbRootMove& entry) {
+        const WdlProbe reply = tbProbeWdl(child);
+        if (reply.state == ProbeState::Failed) return false;
+        const Wdl result = -reply.value;
+        entry.tbValue = settings.syzygy50MoveRule ? result
+                        : result > WdlDraw        ? WdlWin
+                        : result < WdlDraw        ? WdlLoss
+                                                  : WdlDraw;
         best = std::max(best, entry.tbValue);
-        return childSuccess != 0;
+        return true;
     });
     if (!judged) return 0;
-    *score = ScoreOfResult[wdl + 2];
+    *score = ScoreOfResult[indexOfWdl(root.value)];
     moves.keepIf([best](const TbRootMove& m) { return m.tbValue == best; });
     return moves.copyTo(list);
 }

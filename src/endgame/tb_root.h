@@ -6,8 +6,8 @@
 
 // Rewrites `list`, ended by a zero move, and returns how many moves stand; 0 on failure, and the list is then
 // the caller's to build. `score` is in centipawns from the side to move's view.
-int tbRootProbeDtz(Position& pos, RootMove* list, int* score);
-int tbRootProbeWdl(Position& pos, RootMove* list, int* score);
+int tbRootProbeDtz(const Position& pos, RootMove* list, int* score);
+int tbRootProbeWdl(const Position& pos, RootMove* list, int* score);
 
 // Whether a position of the game has come back, as far as a walk finds it that ends at the first zeroing move
 // which it meets.

@@ -17,6 +17,7 @@
 #include "search/time_manager.h"
 
 #include <algorithm>
+#include <optional>
 
 inline constexpr int OnePly = 2;                 // half plies
 inline constexpr int FirstFullDepth = 2;         // below it a node belongs to the quiescence search
@@ -185,11 +186,12 @@ struct SearchNode : NodeFrame {
     bool tablebaseCutoff() {
         constexpr int FirstPly = 2, SmartDepth = 3;
         const int men = int(pos.pieceCount);
-        if (men > tbPieceLimit || ply < FirstPly) return false;
-        const bool smart = depth >= SmartDepth && settings.smartSyzygy && men < tbPieceLimit;
+        if (men > tbSearch.pieceLimit() || ply < FirstPly) return false;
+        const bool smart = depth >= SmartDepth && settings.smartSyzygy && men < tbSearch.pieceLimit();
         if (!smart && depth < settings.syzygyProbeDepth) return false;
-        if (!probeSearchTablebase(pos, ply, &result)) return false;
-        pos.staticEval = result;
+        const std::optional<int> score = probeSearchTablebase(pos, ply);
+        if (!score) return false;
+        pos.staticEval = result = *score;
         return true;
     }
 

@@ -57,8 +57,7 @@ int listFromTables(Position& root, const char* searchMoves, RootMove* list) {
     if (count == 0) return 0;
     count = cutToListed(list, searchMoves);
     if (count == 0) return 0;
-    tbRootScore = decidedScore(score);
-    tbPieceLimit = 0;  // the search needs no more probes
+    tbSearch.decideRoot(decidedScore(score));
     return count;
 }
 
@@ -110,12 +109,11 @@ int listAllMoves(Position& root, const char* searchMoves, RootMove* list) {
 int buildRootList(Position& root, const char* searchMoves, double seconds, RootMove* list) {
     // Seconds; with no more than that, opening tables would cost too much of it.
     constexpr double LeastProbeTime = 0.1;
-    tbRootScore = NoTbScore;
-    tbHits = std::uint64_t{0};
     searchState.recaptureMove = NoMove;
-    tbPieceLimit = settings.useSyzygy ? std::min(settings.syzygyProbeLimit.load(), tbMaxMen) : 0;
-    if (seconds <= LeastProbeTime) tbPieceLimit = 0;
-    const bool inTables = int(root.pieceCount) <= tbPieceLimit && root.castleLost == NoCastlingRights;
+    const bool probes = settings.useSyzygy && seconds > LeastProbeTime;
+    tbSearch.begin(probes ? std::min(settings.syzygyProbeLimit.load(), tbLargestTable()) : 0);
+    const bool inTables =
+        int(root.pieceCount) <= tbSearch.pieceLimit() && root.castleLost == NoCastlingRights;
     if (inTables)
         if (const int count = listFromTables(root, searchMoves, list)) return count;
     return listAllMoves(root, searchMoves, list);

@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr int FullSkill = 20;
-
 // By skill. Intended: neither list is smooth; noise and depth work together.
 constexpr int SkillNoise[FullSkill + 1] = {2500, 1400, 750, 420, 380, 280, 200, 220, 155, 105, 65,
                                            95,   50,   65,  90,  25,  15,  7,   5,   3,   0};

@@ -3,6 +3,8 @@
 
 #include "board/position.h"
 
+inline constexpr int FullSkill = 20;  // the highest value of the option, which weakens nothing
+
 // Starts rand() anew from the clock, and draws the random word that the evaluation's noise depends on.
 void seedRandom();
 

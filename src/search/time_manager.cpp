@@ -17,33 +17,47 @@ double elapsedSeconds() { return std::max(currentTime() - searchState.searchStar
 
 TimeLimits makeTimeLimits(double start, double target, double maximum, int extendPercent, double fixed,
                           int depthLimit) {
-    constexpr double LaterShare = 3.3;  // of the maximum, for what iterations may ask
+    // In targets after the start.
+    constexpr double SoftLimitAt = 3, HardFailAt = 2, SoftFailAt = 1.5;
+    constexpr double FirstEasyStopAt = 0.75;  // before any iteration has told what the move deserves
+    constexpr double EarliestEndAt = 0.075;
+    constexpr double LaterShare = 3.3;          // of the maximum, for what iterations may ask
+    constexpr double WithoutDepthsShare = 0.5;  // of the hard limit, as a time of the clock
     TimeLimits limits;
     limits.hardLimit = std::min(start + maximum, start + extendPercent / 100.0 * target);
-    limits.softLimit = start + 3 * target;
-    limits.hardFail = start + 2 * target;
-    limits.softFail = start + 1.5 * target;
+    limits.softLimit = start + SoftLimitAt * target;
+    limits.hardFail = start + HardFailAt * target;
+    limits.softFail = start + SoftFailAt * target;
     if (fixed != 0) {
         limits.hardLimit = limits.easyStop = limits.earliestEnd = start + target;
     } else if (depthLimit < 1) {
-        limits.easyStop = limits.hardLimit * 0.5;
+        limits.easyStop = limits.hardLimit * WithoutDepthsShare;
     } else {
-        limits.easyStop = start + 0.75 * target;
-        limits.earliestEnd = start + 0.075 * target;
+        limits.easyStop = start + FirstEasyStopAt * target;
+        limits.earliestEnd = start + EarliestEndAt * target;
     }
     limits.maximum = maximum / LaterShare;
     return limits;
 }
 
 double easyShare(const IterationFacts& facts) {
+    // Points, of which a target has so many. A score that falls wants more time, one that rises less.
+    constexpr double PointsOfTarget = 700, CalmPoints = 420, PointsPerCentipawn = 2.5;
+    constexpr double FailLowPoints = 128, UndecidedPoints = 70;
+    constexpr double LeastPoints = 224, MostPoints = 770;
+    constexpr double LeastShare = 0.32;
+    // Centipawns: neither level nor won.
+    constexpr int LeastUndecided = 51, MostUndecided = 89;
+    // The obvious move needs half the time while hardly another has been thought better.
+    constexpr double MostObviousChanges = 0.03, ObviousFactor = 0.5;
     const int magnitude = std::abs(facts.score);
-    double points = 420 - 2.5 * (facts.score - facts.previousScore);
-    if (facts.failedLow) points += 128;
-    if (magnitude >= 51 && magnitude <= 89) points += 70;  // neither level nor won
-    points = std::min(points, 770.0);
-    double share = points >= 224 ? points / 700 : 0.32;
+    double points = CalmPoints - PointsPerCentipawn * (facts.score - facts.previousScore);
+    if (facts.failedLow) points += FailLowPoints;
+    if (magnitude >= LeastUndecided && magnitude <= MostUndecided) points += UndecidedPoints;
+    points = std::min(points, MostPoints);
+    double share = points >= LeastPoints ? points / PointsOfTarget : LeastShare;
     share *= facts.moveChanges + 1;
-    if (facts.obviousRecapture && facts.moveChanges <= 0.03) share *= 0.5;
+    if (facts.obviousRecapture && facts.moveChanges <= MostObviousChanges) share *= ObviousFactor;
     return share;
 }
 
@@ -66,7 +80,8 @@ void testIterationEnd(int depth, int score) {
     if (now > timeLimits.easyStop) searchState.stopAfterIteration = true;
     if (searchState.infinite) return;
     if (std::abs(score) >= ClearWin && now > timeLimits.earliestEnd) searchState.stopAfterIteration = true;
-    const bool onlyMove = depth >= 5 && searchState.rootMoveCount < 2;
+    constexpr int OnlyMoveDepth = 5;  // plies, enough for a score to show
+    const bool onlyMove = depth >= OnlyMoveDepth && searchState.rootMoveCount < 2;
     if (onlyMove && searchState.iterationTarget * 1000 <= LongestTimed) searchState.stopAfterIteration = true;
 }
 
@@ -93,8 +108,9 @@ static void testDeadlines(double now) {
 }
 
 static void reportEveryTwoSeconds(double now) {
+    constexpr double Interval = 2;  // seconds
     if (now <= timeLimits.nextReport || searchControl.benchMode) return;
-    timeLimits.nextReport = now + 2.0;
+    timeLimits.nextReport = now + Interval;
     if (searchState.treeSearchActive)
         searchHost.reportTree();
     else

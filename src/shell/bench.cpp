@@ -13,6 +13,7 @@
 #include "shell/bench_positions.h"
 #include "shell/commands.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -25,7 +26,10 @@ struct BenchPlan {
     int passes = 1;
 };
 
-int numberOf(const char* text) { return int(std::strtol(text, nullptr, 10)); }
+int numberOf(const char* text) {
+    constexpr long Most = 1000000;
+    return int(std::clamp(std::strtol(text, nullptr, 10), -Most, Most));
+}
 
 BenchPlan readPlan(int argumentCount, char** arguments) {
     constexpr int MostThreads = 64;
@@ -60,7 +64,7 @@ std::uint64_t searchAll(int depth) {
     return sum;
 }
 
-void runPass(int lastDepth) {
+void runPass(int lastDepth, BenchResult& result) {
     searchControl.benchMode = true;
     readyMemory();
     initEvalParameters();
@@ -74,7 +78,9 @@ void runPass(int lastDepth) {
     std::printf("\n%2d ", FirstDepth);
     for (int depth = FirstDepth; depth <= lastDepth; ++depth) {
         std::fflush(stdout);
-        const long long nodes = static_cast<long long>(searchAll(depth));
+        result.nodes = searchAll(depth);
+        result.allNodes += result.nodes;
+        const long long nodes = static_cast<long long>(result.nodes);
         const double elapsed = currentTime() - start;  // since the pass began, over all depths
         if (depth == FirstDepth)
             std::printf(" %14lld nds %7.2f sec", nodes, elapsed);
@@ -83,17 +89,20 @@ void runPass(int lastDepth) {
         previous = elapsed;
         if (depth < lastDepth) std::printf("\n%2d ", depth + 1);
     }
+    result.seconds += previous;
     std::printf("\n\n");
 }
 
 }  // namespace
 
-void runBench(int argumentCount, char** arguments) {
+BenchResult runBench(int argumentCount, char** arguments) {
     settings.useMcts = false;
     const BenchPlan plan = readPlan(argumentCount, arguments);
-    for (int pass = 0; pass < plan.passes; ++pass) runPass(plan.lastDepth);
+    BenchResult result;
+    for (int pass = 0; pass < plan.passes; ++pass) runPass(plan.lastDepth, result);
     searchControl.quitRequested = true;
     threadPool.stopWorkers();
     transTable.free();
     threadPool.resize(false);
+    return result;
 }

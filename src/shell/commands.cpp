@@ -25,11 +25,19 @@
 #include <cstdlib>
 #include <cstring>
 
-Position game[MaxGameRecords];
-int gameIndex = 0;
+Game game;
 
-static bool gameStarted = false;
-static std::vector<std::function<void()>> heldBack;
+namespace {
+
+std::vector<std::function<void()>> heldBack;  // by whenIdle, oldest first
+
+}  // namespace
+
+void Game::startFrom(const char* fen) {
+    started = true;
+    index = 0;
+    setFen(&records[0], fen);
+}
 
 void whenIdle(std::function<void()> action) {
     if (searchControl.searching)
@@ -70,7 +78,7 @@ void readyMemory(bool hurried) {
 }
 
 Position& currentPosition() {
-    Position& pos = game[gameIndex];
+    Position& pos = game.records[game.index];
     attachThread(pos, 0);
     return pos;
 }
@@ -135,7 +143,7 @@ static Bitboard passedPawnsOf(const Position& pos) {
 }
 
 static void attacksCommand() {
-    const Position& pos = game[gameIndex];
+    const Position& pos = game.records[game.index];
     printAttacksOf(pos, White);
     printAttacksOf(pos, Black);
     sendLine("%" PRIu64 " %" PRIu64 " \n", passedPawnsOf<White>(pos), passedPawnsOf<Black>(pos));
@@ -206,11 +214,7 @@ static void runCommand(const std::string& line) {
 }
 
 void processCommand() {
-    if (!gameStarted) {
-        setFen(&game[0], "");
-        gameIndex = 0;
-        gameStarted = true;
-    }
+    if (!game.started) game.startFrom("");
     // Lines ahead of a quit still run, but a search first has to unwind.
     if (searchControl.quitRequested && (!isInputWaiting() || nextInputLineBegins("quit"))) {
         if (!searchControl.searching) shutDown();

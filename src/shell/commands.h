@@ -28,8 +28,16 @@ void readyMemory(bool hurried = false);
 // ---- The game ----
 
 inline constexpr int MaxGameRecords = 2048;
-extern Position game[MaxGameRecords];
-extern int gameIndex;  // of the current record
+
+// The positions of the game. Records behind the current one are stale.
+struct Game {
+    Position records[MaxGameRecords];
+    int index = 0;  // of the current record
+    bool started = false;
+
+    void startFrom(const char* fen);
+};
+extern Game game;
 
 // The current record, with its pointers set anew: a pool that was rebuilt has other tables.
 Position& currentPosition();

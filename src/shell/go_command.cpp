@@ -6,9 +6,8 @@
 #include "search/search.h"
 #include "search/search_host.h"
 #include "search/thread_pool.h"
-#include "search/time_manager.h"
+#include "search/time_budget.h"
 #include "shell/commands.h"
-#include "shell/time_budget.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -104,13 +103,7 @@ BudgetInput budgetInputOf(const Position& pos, const SearchLimits& limits) {
 
 void thinkByClock(Position& pos, const SearchLimits& limits) {
     if (pos.gamePly == 0) timeCarry = 0;
-    BudgetInput input = budgetInputOf(pos, limits);
-    TimeBudget budget = computeTimeBudget(input);
-    if (budget.soft > input.time) {
-        // Only a carry can ask for more than the whole clock. It is none of this clock's time then.
-        input.carry = 0;
-        budget = computeTimeBudget(input);
-    }
+    const TimeBudget budget = computeTimeBudget(budgetInputOf(pos, limits));
     searchControl.extendPercent = budget.extendPercent;
     const double start = currentTime();
     think(pos, NoDepthLimit, budget.soft, budget.hard, limits.searchMoves.c_str(), false);

@@ -8,7 +8,9 @@
 int main(int argc, char** argv) {
     const bool benchMode = argc >= 2 && std::strcmp(argv[1], "bench") == 0;
     startUp();
-    if (!benchMode) mainLoop();
-    runBench(argc - 2, argv + 2);
+    if (benchMode)
+        runBench(argc - 2, argv + 2);
+    else
+        mainLoop();
     return 0;
 }

@@ -11,8 +11,7 @@
 #include <algorithm>
 
 static void resizeHash(int megabytes) {
-    constexpr int Least = 1, Most = 65536;
-    const int size = std::clamp(megabytes, Least, Most);
+    const int size = HashBounds.clamp(megabytes);
     settings.hash = size;
     if (transTable.resize(size)) sendLine("info string Hash table size is now %d meg\n", size);
 }
@@ -48,26 +47,26 @@ void onLoadHash() {
 
 static void printProbeLimit() {
     sendLine("info string Probing tablebases up to %d-man.\n",
-             std::min(settings.syzygyProbeLimit.load(), tbMaxMen));
+             std::min(settings.syzygyProbeLimit.load(), tbLargestTable()));
 }
 
 void onSyzygyPath(const std::string& path) {
     whenIdle([path] {
         settings.syzygyPath = path;
         tbInit(path.c_str());
-        settings.syzygyProbeLimit = std::clamp(settings.syzygyProbeLimit.load(), 0, 7);
+        settings.syzygyProbeLimit = SyzygyProbeLimitBounds.clamp(settings.syzygyProbeLimit);
         printProbeLimit();
     });
 }
 
 void onSyzygyProbeLimit(int men) {
-    settings.syzygyProbeLimit = std::clamp(men, 0, 7);
+    settings.syzygyProbeLimit = SyzygyProbeLimitBounds.clamp(men);
     printProbeLimit();
 }
 
 void onMctsHash(int megabytes) {
-    constexpr int Most = 32768;
-    const int size = std::min(megabytes, Most);
+    // Intended: sizes below the least are taken as they are.
+    const int size = std::min(megabytes, MctsHashBounds.most);
     settings.mctsHash = size;
     if (size < 1) return;  // the store stays as it is
     whenIdle([size] {

@@ -2,6 +2,7 @@
 
 #include "base/output.h"
 #include "base/settings.h"
+#include "search/strength.h"
 #include "shell/start_up.h"
 
 #include <algorithm>
@@ -24,7 +25,7 @@ struct NumberCheck {
 };
 struct Spin {
     Relaxed<int>* value;
-    int min, max;
+    SpinBounds bounds;
     SpinCallback callback;
 };
 struct Text {
@@ -43,8 +44,8 @@ struct OptionEntry {
 std::vector<OptionEntry> optionTable;
 
 void addCheck(const char* name, Relaxed<bool>* value) { optionTable.push_back({name, Check{value}}); }
-void addSpin(const char* name, Relaxed<int>* value, int min, int max, SpinCallback callback = nullptr) {
-    optionTable.push_back({name, Spin{value, min, max, callback}});
+void addSpin(const char* name, Relaxed<int>* value, SpinBounds bounds, SpinCallback callback = nullptr) {
+    optionTable.push_back({name, Spin{value, bounds, callback}});
 }
 void addText(const char* name, std::string* value, TextCallback callback) {
     optionTable.push_back({name, Text{value, callback}});
@@ -67,8 +68,8 @@ std::string describe(const OptionEntry& entry) {
             [](const Check& row) { return std::string("check default ") + truthText(*row.value); },
             [](const NumberCheck& row) { return std::string("check default ") + truthText(*row.value != 0); },
             [](const Spin& row) {
-                return "spin default " + std::to_string(*row.value) + " min " + std::to_string(row.min) +
-                       " max " + std::to_string(row.max);
+                return "spin default " + std::to_string(*row.value) + " min " +
+                       std::to_string(row.bounds.least) + " max " + std::to_string(row.bounds.most);
             },
             [](const Text& row) {
                 return "string default " + (row.value->empty() ? std::string("<empty>") : *row.value);
@@ -105,7 +106,7 @@ bool applyValue(const OptionEntry& entry, const std::string& text) {
                               if (row.callback)
                                   row.callback(value);
                               else
-                                  *row.value = std::clamp(value, row.min, row.max);
+                                  *row.value = row.bounds.clamp(value);
                               return row.callback == nullptr;
                           },
                           [&](const Text& row) {
@@ -151,15 +152,15 @@ NameAndValue parseAssignment(const Tokens& tokens, const std::string& line) {
 
 void buildOptionTable() {
     optionTable.clear();
-    addSpin("Threads", &settings.threads, 1, 128);
+    addSpin("Threads", &settings.threads, {1, 128});
     addCheck("Ponder", &settings.ponder);
-    addSpin("Hash", &settings.hash, 1, 65536, onHash);
+    addSpin("Hash", &settings.hash, HashBounds, onHash);
     addButton("Clear Hash", onClearHash);
-    addSpin("Table Memory", &settings.tableMemory, 1, 1024);
-    addSpin("MultiPV", &settings.multiPv, 1, 218);
+    addSpin("Table Memory", &settings.tableMemory, {1, 1024});
+    addSpin("MultiPV", &settings.multiPv, {1, 218});
     optionTable.push_back({"OwnBook", NumberCheck{&settings.ownBook}});
     addText("Book File", &settings.bookFile, onBookFile);
-    addSpin("Book Moves", &settings.bookMoves, 0, 1000);
+    addSpin("Book Moves", &settings.bookMoves, {0, 1000});
     addCheck("Best Book Line", &settings.bestBookLine);
     addText("Log File", &settings.logFile, onLogFile);
     addText("Hash File Name", &settings.hashFileName, onHashFileName);
@@ -169,27 +170,27 @@ void buildOptionTable() {
     addCheck("UCI_AnalyseMode", &settings.analyseMode);
     addCheck("Use LMR", &settings.useLmr);
     addCheck("Null Move Pruning", &settings.nullMovePruning);
-    addSpin("Minimal Reporting", &settings.minimalReporting, 0, 200);
-    addSpin("Overhead ms", &settings.overheadMs, 0, 10000);
-    addSpin("Time Usage", &settings.timeUsage, -9, 10);
+    addSpin("Minimal Reporting", &settings.minimalReporting, {0, 200});
+    addSpin("Overhead ms", &settings.overheadMs, {0, 10000});
+    addSpin("Time Usage", &settings.timeUsage, {-9, 10});
     addCheck("Use Syzygy", &settings.useSyzygy);
     addText("SyzygyPath", &settings.syzygyPath, onSyzygyPath);
-    addSpin("Syzygy Probe Depth", &settings.syzygyProbeDepth, 0, 99);
-    addSpin("Syzygy Probe Limit", &settings.syzygyProbeLimit, 0, 7, onSyzygyProbeLimit);
+    addSpin("Syzygy Probe Depth", &settings.syzygyProbeDepth, {0, 99});
+    addSpin("Syzygy Probe Limit", &settings.syzygyProbeLimit, SyzygyProbeLimitBounds, onSyzygyProbeLimit);
     addCheck("Syzygy 50 Move Rule", &settings.syzygy50MoveRule);
     addCheck("Smart Syzygy", &settings.smartSyzygy);
-    addSpin("King Safety", &settings.kingSafety, 0, 200);
-    addSpin("Selectivity", &settings.selectivity, 10, 250);
-    addSpin("Reduction", &settings.reduction, -500, 51);
-    addSpin("Dynamism", &settings.dynamism, 0, 400);
-    addSpin("Contempt", &settings.contempt, -250, 250);
+    addSpin("King Safety", &settings.kingSafety, {0, 200});
+    addSpin("Selectivity", &settings.selectivity, {10, 250});
+    addSpin("Reduction", &settings.reduction, {-500, 51});
+    addSpin("Dynamism", &settings.dynamism, {0, 400});
+    addSpin("Contempt", &settings.contempt, {-250, 250});
     addCheck("White Contempt", &settings.whiteContempt);
-    addSpin("MCTS Hash", &settings.mctsHash, 128, 32768, onMctsHash);
+    addSpin("MCTS Hash", &settings.mctsHash, MctsHashBounds, onMctsHash);
     addCheck("Use MCTS", &settings.useMcts);
-    addSpin("MCTS Explore", &settings.mctsExplore, 1, 500);
-    addSpin("Progress Threshold", &settings.progressThreshold, 10, 99);
-    addSpin("Variety", &settings.variety, 0, 20);
-    addSpin("Skill", &settings.skill, 0, 20);
+    addSpin("MCTS Explore", &settings.mctsExplore, {1, 500});
+    addSpin("Progress Threshold", &settings.progressThreshold, {10, 99});
+    addSpin("Variety", &settings.variety, {0, 20});
+    addSpin("Skill", &settings.skill, {0, FullSkill});
 }
 
 void printOptions() {

@@ -3,7 +3,17 @@
 
 #include "shell/commands.h"
 
+#include <algorithm>
 #include <string>
+
+// What a spin takes. Those named here bound the value in a callback too.
+struct SpinBounds {
+    int least, most;
+    int clamp(int value) const { return std::clamp(value, least, most); }
+};
+inline constexpr SpinBounds HashBounds{1, 65536};          // megabytes
+inline constexpr SpinBounds SyzygyProbeLimitBounds{0, 7};  // men
+inline constexpr SpinBounds MctsHashBounds{128, 32768};    // megabytes
 
 // Makes the rows. Their variables hold the defaults already.
 void buildOptionTable();

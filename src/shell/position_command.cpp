@@ -76,16 +76,17 @@ void dropForeignRights(Position& pos) {
 
 // Intended: every token moves the game on. One that makes no move leaves a stale record as the current one.
 void playToken(const std::string& token) {
-    if (gameIndex + 1 >= MaxGameRecords) return;
+    if (game.index + 1 >= MaxGameRecords) return;
+    Position& next = game.records[game.index + 1];
     const Position& pos = currentPosition();
     Position child;  // a refused move must not touch the next record
     if (isPlayable(pos) && makeToken(pos, child, token)) {
         child.inCheck = isInCheck(child);
-        game[gameIndex + 1] = child;
+        next = child;
     } else {
-        dropForeignRights(game[gameIndex + 1]);
+        dropForeignRights(next);
     }
-    ++gameIndex;
+    ++game.index;
 }
 
 }  // namespace
@@ -107,8 +108,7 @@ void positionCommand(const Tokens& tokens) {
         std::fputs("Error here!\n", stderr);
         endProcess(1);
     }
-    gameIndex = 0;
-    setFen(&game[0], fen.c_str());
+    game.startFrom(fen.c_str());
     const auto moves = std::find(tokens.begin() + std::ptrdiff_t(next), tokens.end(), "moves");
     if (moves == tokens.end()) return;
     for (auto token = moves + 1; token != tokens.end(); ++token) playToken(*token);

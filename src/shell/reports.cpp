@@ -45,10 +45,10 @@ std::string beginningOf(const std::string& line) {
 
 std::string scoreToText(int score, int bound, int* shown) {
     constexpr int TableRange = 31700;  // from here on a table's score is a sure win
-    const bool tableDecides = tbRootScore != NoTbScore;
+    const bool tableDecides = tbSearch.rootScore() != NoTbScore;
     int value = score;
     if (tableDecides) {
-        if (std::abs(score) < MateBound) value = tbRootScore;
+        if (std::abs(score) < MateBound) value = tbSearch.rootScore();
         bound = ReportExact;
     }
     if (shown) *shown = value;
@@ -76,8 +76,8 @@ void reportDepth(int depth, int score, const Move* pv, int bound) {
     std::string hashfull;
     if (depth >= HashfullDepth) hashfull = " hashfull " + std::to_string(transTable.occupancy());
     sendLine("info depth %d time %llu nodes %llu score %s nps %llu%s tbhits %llu pv %s\n", depth,
-             now.milliseconds, now.nodes, scoreText.c_str(), now.nps, hashfull.c_str(), Count(tbHits),
-             line.c_str());
+             now.milliseconds, now.nodes, scoreText.c_str(), now.nps, hashfull.c_str(),
+             Count(tbSearch.hits()), line.c_str());
     logPrintf("info: %3d %8.2f %8d %s  %s\n", depth, now.seconds, shown, Tags[bound],
               beginningOf(line).c_str());
 }
@@ -86,7 +86,7 @@ void reportMultiPvLine(int index, int depth, int score, const Move* pv) {
     const Progress now = progressNow();
     sendLine("info multipv %d depth %d time %llu nodes %llu score %s nps %llu tbhits %llu pv %s\n", index,
              depth, now.milliseconds, now.nodes, scoreToText(score, ReportExact).c_str(), now.nps,
-             Count(tbHits), pvToText(pv).c_str());
+             Count(tbSearch.hits()), pvToText(pv).c_str());
 }
 
 void reportDepthEnd(int depth) {

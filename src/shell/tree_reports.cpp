@@ -67,7 +67,7 @@ void reportTreeMultiPv(int depth, int timeMs, int nodes) {
         sendLine(
             "info multipv %i depth %i seldepth %i time %i nodes %i nps %i score cp %i tbhits %lu pv %s%s\n",
             index, depth, treeState.mctsSelDepth.load(), timeMs, nodes, nps,
-            shownScore(valueToScore((*best)->mean())), static_cast<unsigned long>(tbHits.load()),
+            shownScore(valueToScore((*best)->mean())), static_cast<unsigned long>(tbSearch.hits()),
             moveText((*best)->move).c_str(), treeLine(**best).c_str());
         children.erase(best);
     }
@@ -126,7 +126,7 @@ void reportTreeEnd(const MctsNode& best, double seconds) {
     sendLine("info depth %i seldepth %i time %i nodes %i nps %i score cp %i tbhits %lu hashfull %i pv %s%s\n",
              int(std::log(double(nodes)) / LogOfDepthBase), treeState.mctsSelDepth.load(), milliseconds,
              nodes, nodesPerSecond(nodes, milliseconds), shownScore(valueToScore(best.mean())),
-             static_cast<unsigned long>(tbHits.load()), transTable.occupancy(), moveText(best.move).c_str(),
+             static_cast<unsigned long>(tbSearch.hits()), transTable.occupancy(), moveText(best.move).c_str(),
              treeLine(best).c_str());
 }
 

@@ -228,6 +228,17 @@ TEST(BenchSlow, SearchesTheNodesOfTheSignature) {
     }
 }
 
+// Of any other number than 1 to 64, one thread is left, whose nodes are always the same.
+TEST(Bench, PassesOverNumbersOfThreadsThatItDoesNotTake) {
+    const auto nodes = [](const std::string& threads) {
+        UciProcess engine({"bench", threads, "5"});
+        const std::string row = engine.expect(" 5 \\.{50} +\\d+ nds .*");
+        return row.substr(0, row.find(" nds"));
+    };
+    const std::string single = nodes("1");
+    for (const char* threads : {"0", "-1", "65", "4294967298"}) EXPECT_EQ(nodes(threads), single) << threads;
+}
+
 TEST(Bench, PrintsADepthALineForEachPass) {
     struct Row {
         Lines arguments;

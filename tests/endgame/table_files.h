@@ -174,13 +174,11 @@ inline Position randomPosition(const std::string& table, std::mt19937& random) {
 }
 
 // A probe's value, or nothing where it fails.
-inline std::optional<int> probed(int (*probe)(Position&, int*), Position pos) {
-    int success;
-    const int value = probe(pos, &success);
-    return success ? std::optional(value) : std::nullopt;
+inline std::optional<int> wdlOf(const Position& pos) {
+    const WdlProbe probe = tbProbeWdl(pos);
+    return probe.state == ProbeState::Failed ? std::nullopt : std::optional<int>(probe.value);
 }
-inline std::optional<int> wdlOf(const Position& pos) { return probed(tbProbeWdl, pos); }
-inline std::optional<int> dtzOf(const Position& pos) { return probed(tbProbeDtz, pos); }
+inline std::optional<int> dtzOf(const Position& pos) { return tbProbeDtz(pos); }
 
 struct ListedResult {
     std::string fen;

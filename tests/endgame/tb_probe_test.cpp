@@ -96,20 +96,17 @@ TEST(TbInvented, ResultsBecomeScoresOfTheSearch) {
                           {"8/8/8/1N2k3/p7/8/K4N2/8 w - -", 2, 31793},
                           {"8/8/3n4/8/8/6K1/k7/1r2B3 w - -", -2, -31793},
                           {"8/8/2b1k3/8/8/5K2/2N5/8 w - -", 0, 0}};
-    int score = -1;
     for (const Case& c : cases)
         for (const bool rule : {true, false}) {
             settings.syzygy50MoveRule = rule;
-            Position pos = positionOf(c.fen);
-            EXPECT_TRUE(probeSearchTablebase(pos, 7, &score)) << c.fen;
-            EXPECT_EQ(score, rule ? c.withRule : c.withoutRule) << c.fen;
+            EXPECT_EQ(probeSearchTablebase(positionOf(c.fen), 7), rule ? c.withRule : c.withoutRule) << c.fen;
         }
-    Position rook = positionOf("8/8/8/4k3/8/8/8/R3K3 w - -");
-    Position castling = positionOf("8/8/8/4k3/8/8/8/R3K3 w Q -");
-    const std::uint64_t before = tbHits;
-    EXPECT_TRUE(probeSearchTablebase(rook, 2, &score));
-    EXPECT_FALSE(probeSearchTablebase(castling, 2, &score)) << "tables know no castling";
-    EXPECT_EQ(tbHits, before + 1);
+    const Position rook = positionOf("8/8/8/4k3/8/8/8/R3K3 w - -");
+    const Position castling = positionOf("8/8/8/4k3/8/8/8/R3K3 w Q -");
+    const std::uint64_t before = tbSearch.hits();
+    EXPECT_TRUE(probeSearchTablebase(rook, 2));
+    EXPECT_FALSE(probeSearchTablebase(castling, 2)) << "tables know no castling";
+    EXPECT_EQ(tbSearch.hits(), before + 1);
 }
 
 TEST_P(TbProbe, AllocatesNothingOnceTheTableIsReady) {

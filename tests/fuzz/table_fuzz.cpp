@@ -49,11 +49,11 @@ class PoisonedTail {
     std::size_t size = 0;
 };
 
-void probe(Position pos) {
+void probe(const Position& pos) {
     require(std::abs(wdlOf(pos).value_or(0)) <= 2, "a result is in range");
     dtzOf(pos);
+    probeSearchTablebase(pos, 1);
     int score;
-    probeSearchTablebase(pos, 1, &score);
     RootMove list[MaxListMoves + 1];
     for (const auto rootProbe : {tbRootProbeDtz, tbRootProbeWdl}) {
         const int count = rootProbe(pos, list, &score);

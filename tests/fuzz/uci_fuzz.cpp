@@ -141,7 +141,7 @@ bool isLineWaiting() {
 // The position is the one that the search began with: others wait until the end.
 void checkAnswer(Move best, Move ponder) {
     ++session.answers;
-    const Position& pos = game[gameIndex];
+    const Position& pos = game.records[game.index];
     Position child, grandchild;
     if (best == NoMove)
         require(ponder == NoMove, "no move has no answer");
@@ -187,7 +187,7 @@ void run(const std::string& line) {
 // Whatever an input did must not be seen by the next.
 void startOver() {
     session = Session{};
-    std::fill(std::begin(game), std::end(game), Position{});
+    std::fill(std::begin(game.records), std::end(game.records), Position{});
     setSmallOptions();
     searchControl.quitRequested = false;
     searchControl.searching = false;

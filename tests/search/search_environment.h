@@ -55,7 +55,7 @@ class SearchTest : public ::testing::Test {
         searchState = SearchState{};
         searchControl = SearchControl{};
         searchState.searchStart = currentTime();
-        tbPieceLimit = 0;
+        tbSearch.begin(0);
         timeLimits.hardLimit = timeLimits.softLimit = searchState.searchStart + 3600;
         timeLimits.nextReport = timeLimits.hardLimit;
         setContempt(0, White, false);

@@ -19,8 +19,8 @@ TEST(ScoreText, IsWhatTheProtocolWants) {
           // Tables that decided the root speak for the search, without a bound, unless it has seen a mate.
           Row{150, 1, "mate 1000", 31799}, Row{150, 0, "mate -1000", -31799}, Row{150, 2, "cp 0", 0},
           Row{150, 0, "cp 2", 2}, Row{31999, 1, "mate 1", 2}}) {
-        tbRootScore = row.rootScore;
+        tbSearch.decideRoot(row.rootScore);
         EXPECT_EQ(scoreToText(row.score, row.bound), row.text) << row.score << ' ' << row.rootScore;
     }
-    tbRootScore = NoTbScore;
+    tbSearch.begin(0);
 }

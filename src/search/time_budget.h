@@ -1,4 +1,4 @@
-// From the clocks of a `go` to the time for the move: pure arithmetic, without a clock.
+// The time of a move, allotted from the clocks of a `go`: pure arithmetic, without a clock.
 #pragma once
 
 struct BudgetInput {
@@ -20,4 +20,5 @@ struct TimeBudget {
     int extendPercent;  // how far the search may go beyond the target, in per cent of it
 };
 
+// What tree searches carry over counts only while the clock has it.
 TimeBudget computeTimeBudget(const BudgetInput& input);

@@ -1,5 +1,5 @@
 // The time for a move, against numbers worked out by hand.
-#include "shell/time_budget.h"
+#include "search/time_budget.h"
 
 #include "search/limits.h"
 
@@ -38,6 +38,11 @@ TEST(TimeBudgetTest, PonderingAndTreeSearchGetMore) {
     EXPECT_NEAR(softOf({.time = 100, .movesToGo = 9, .ponderCredit = true}),
                 1.33 * softOf({.time = 100, .movesToGo = 9}), 0.002);
     EXPECT_NEAR(softOf({.time = 100, .treeSearch = true, .carry = 2}), 1.5 * plain + 2, 0.01);
+    const auto nineMoves = [&](double carry) {
+        return softOf({.time = 1, .movesToGo = 9, .treeSearch = true, .carry = carry});
+    };
+    EXPECT_GT(nineMoves(0.2), nineMoves(0) + 0.1);
+    EXPECT_EQ(nineMoves(60), nineMoves(0)) << "another clock's time";
 }
 
 TEST(TimeBudgetTest, EmptyClocksLeaveTheFloor) {
