@@ -4,7 +4,7 @@
 
 #include "board/piece_square.h"
 #include "eval/evaluate.h"
-#include "eval/evaluation_frame.h"
+#include "eval/tapered_evaluation.h"
 
 #include <string>
 #include <vector>

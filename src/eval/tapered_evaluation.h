@@ -1,6 +1,6 @@
-// The frame of the evaluation: caches, the early exits, the stages, and the arithmetic that turns sums into a
-// score. It takes an observer of each step. The engine's sees nothing and leaves no trace in the code; one
-// that prints the steps can be had without a second copy of their list.
+// The evaluation as a whole: the cache, lazy evaluation, the stages, and the tapered arithmetic that turns
+// sums into a score. It takes an observer of each step. The engine's sees nothing and leaves no trace in the
+// code; one that prints the steps can be had without a second copy of their list.
 #pragma once
 
 #include "base/settings.h"
@@ -13,8 +13,8 @@
 #include "eval/pawns.h"
 #include "eval/style.h"
 #include "eval/terms.h"
-#include "eval/weights_frame.h"
 #include "eval/weights_pawns.h"
+#include "eval/weights_whole.h"
 
 #include <algorithm>
 #include <cstdint>
