@@ -29,9 +29,8 @@ void readPositions() {
         if (line.empty() || line[0] == '#') continue;
         Position pos;
         setFen(&pos, line.c_str());
-        int success;
-        tbProbeWdl(pos, &success);  // warms the table
-        if (success) positions.push_back(pos);
+        // Warms the table.
+        if (tbProbeWdl(pos).state != ProbeState::Failed) positions.push_back(pos);
     }
 }
 
@@ -48,10 +47,7 @@ void probeWdl(benchmark::State& state) {
                 break;
             }
         }
-        for (Position& pos : own) {
-            int success;
-            benchmark::DoNotOptimize(tbProbeWdl(pos, &success));
-        }
+        for (const Position& pos : own) benchmark::DoNotOptimize(tbProbeWdl(pos));
         probes += std::int64_t(own.size());
     }
     state.SetItemsProcessed(probes);

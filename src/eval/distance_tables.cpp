@@ -10,7 +10,10 @@ DistanceTable PawnEndOwnKing, PawnEndEnemyKing;
 namespace {
 
 // Intended: the half is added before truncation for negative values too.
-int rankTerm(int factor, double weight) { return int(factor * weight + 0.5); }
+int rankTerm(int factor, double weight) {
+    const double raised = factor * weight + 0.5;
+    return int(raised);
+}
 
 }  // namespace
 

@@ -55,7 +55,7 @@ TimeBudget forGame(const BudgetInput& in) {
     if (!in.treeSearch)
         t += std::min(StepsPerDoubling * std::log(double(in.threads)) / std::log(2.0), MostThreadSteps);
     const double rest = in.time - in.increment;
-    const double moves = in.gamePly / 2 + 1;
+    const int moves = in.gamePly / 2 + 1;  // whole ones, the present one included
     const double divisor = in.gamePly <= LastFallingPly
                                ? (FirstDivisor - 2 * t) - (LastDivisor - 2 * t) * moves / FallingMoves
                                : LastDivisor - t;

@@ -16,7 +16,7 @@ struct TreeSettings {
 };
 inline TreeSettings treeSettings;
 
-struct TreeState {
+struct TreeState {  // NOLINT(bugprone-reserved-identifier): of the loop that the compiler copies the flags by
     // The deepest ply that a playout has reached.
     Relaxed<int> mctsSelDepth = 0;
     // Root children that cannot catch up with the leader any more, by index; one more entry than there are
