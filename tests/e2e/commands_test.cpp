@@ -26,11 +26,13 @@ TEST(Commands, UciListsTheDocumentedOptions) {
     UciProcess engine;
     engine.ask("uci", "uciok");
     std::set<std::string> options;
+    std::string names;
     for (const std::string& line : engine.matching("option name .*")) {
         std::smatch part;
         ASSERT_TRUE(std::regex_match(
             line, part,
             std::regex("option name (.*) type (button|\\w+ default (.*?)( min (.*) max (.*))?)")));
+        names += part[1].str() + '|';
         const std::string value = part[2] == "button"    ? "button"
                                   : part[3] == "<empty>" ? "none"
                                                          : part[3].str();
@@ -38,6 +40,14 @@ TEST(Commands, UciListsTheDocumentedOptions) {
                        (part[4].matched ? part[5].str() + " to " + part[6].str() : ""));
     }
     EXPECT_GT(options.size(), 30u);
+    EXPECT_EQ(names,
+              "Threads|Ponder|Hash|Clear Hash|Table Memory|MultiPV|OwnBook|Book File|Book Moves|"
+              "Best Book Line|Log File|Hash File Name|Save Hash to File|Load Hash from File|"
+              "UCI_Chess960|UCI_AnalyseMode|Use LMR|Null Move Pruning|Minimal Reporting|Overhead ms|"
+              "Time Usage|Use Syzygy|SyzygyPath|Syzygy Probe Depth|Syzygy Probe Limit|"
+              "Syzygy 50 Move Rule|Smart Syzygy|King Safety|Selectivity|Reduction|Dynamism|Contempt|"
+              "White Contempt|MCTS Hash|Use MCTS|MCTS Explore|Progress Threshold|Variety|Skill|")
+        << "interfaces show the options in this order";
     const std::set<std::string> documented = optionRows("uci.md"), manual = optionRows("tarvok.6");
     EXPECT_EQ(documented, options);
     EXPECT_GT(manual.size(), 10u);

@@ -59,6 +59,20 @@ class Book : public testing::Test {
     Position start = positionOf("");
     const Key startKey = bookKey(start);
 };
+TEST_F(Book, ATinyBookIsSilent) {
+    testing::internal::CaptureStderr();
+    for (const std::size_t size : {0u, 15u}) {
+        openBytes(std::string(size, '\0'));
+        EXPECT_EQ(bookProbe(start), NoMove);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(Book, ManyRepeatedRecordsStayInBounds) {
+    open(std::vector<BookRecord>(1000, BookRecord{startKey, "e2e4", 65535}));
+    EXPECT_EQ(drawn(start, 20), (Counts{{"e2e4", 20}}));
+}
+
 TEST_F(Book, DrawsByWeightOrAmongTheHeaviest) {
     open(
         {{startKey, "a2a3", 0}, {startKey, "e2e4", 300}, {startKey, "d2d4", 100}, {startKey + 1, "h2h4", 9}});

@@ -42,6 +42,13 @@ TEST_F(Parameters, StyleFollowsOptionsAndThreadsUnlessTheTreeSearches) {
     EXPECT_GT(seen.size(), 5u);
 }
 
+// Double precision would give one centipawn less here and there.
+TEST_F(Parameters, PricesAreFormedInSinglePrecision) {
+    EXPECT_EQ(PhasePieceValue[0][Queen], 1425);
+    EXPECT_EQ(PhasePieceValue[96][Knight], 552);
+    EXPECT_EQ(PhasePieceValue[96][Bishop], 621);
+}
+
 TEST_F(Parameters, ContemptFallsToTheMoverAtTheRootOrToWhite) {
     setContempt(-17, Black, false);
     EXPECT_EQ(contemptValue[Black], -17);

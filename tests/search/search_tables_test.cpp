@@ -38,4 +38,6 @@ TEST_F(SearchTablesTest, FollowOptionsAndMode) {
         EXPECT_EQ(searchTables.futilityStep, row.tree ? 45 : 40);
         EXPECT_EQ(contBonus(10), row.tree ? 2500 : 2000);
     }
+    EXPECT_GT(historyBonus(30), 0);
+    EXPECT_EQ(historyBonus(31) + contBonus(31), 0) << "nothing is learnt from so deep a search";
 }

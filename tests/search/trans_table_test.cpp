@@ -59,6 +59,13 @@ TEST_F(TransTableTest, DeeperResultsOfTheSameKindStand) {
     EXPECT_EQ(at(2).move(), 0x111u);
 }
 
+TEST_F(TransTableTest, DropsScoresBeyondItsRange) {
+    for (const int sign : {1, -1}) {
+        store(1, 4, sign * 32501);
+        EXPECT_FALSE(holds(1));
+    }
+}
+
 TEST_F(TransTableTest, AnalysisKeepsDeeperExactEntriesOverSearches) {
     searchState.analysisSearch = true;
     store(1, 10, 10, ExactBound, 0x111);
