@@ -23,8 +23,8 @@ class LargeMemory {
 
     // Huge pages for what is touched from now on, where the system offers them. Once before `touchNext`.
     void askForHugePages();
-    // Touches the next stretch of a huge page and leaves its content as it is. False if none is left.
-    // Several threads may share the work.
+    // Touches the next huge page and leaves its content as it is. False if none is left. Several threads may
+    // share the work.
     bool touchNext();
     // Before a search: what nobody has touched comes on small pages, whose first touches are short, also
     // where the system would make all pages huge.

@@ -59,9 +59,8 @@ class ThreadPool {
     // Read by all; written by the functions above alone. Tests build pools of other sizes.
     LargeTable<SearchThread> threadRecords;  // one allocation; none while no pool exists
     int threadRecordCount = 0;
-    int threadCount = 1;  // in use; follows the `Threads` option
-    int tableMemoryInUse =
-        128;  // megabytes that all threads' caches share; follows the `Table Memory` option
+    int threadCount = 1;         // in use; follows the `Threads` option
+    int tableMemoryInUse = 128;  // megabytes of all threads' caches; follows the `Table Memory` option
 
     Relaxed<int> searchDepthNow = 0;  // the depth of thread 0 in plies, for workers; 0: nothing to do
     Position searchRootPosition;

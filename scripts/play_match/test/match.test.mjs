@@ -71,7 +71,8 @@ test('a clean match is written as games that can be replayed', () => {
 test('a test ends the match at its verdict, and the exit status tells it', () => {
   // All games end alike, so that pairs are even: that speaks for the lower of two positive differences, and for the
   // upper of two negative ones.
-  const long = ['--games', '400', '--nodes', '1', '--report', '2'];
+  // One game at a time, so that no pair is half played when the verdict comes.
+  const long = ['--games', '400', '--nodes', '1', '--report', '2', '--concurrency', '1'];
   const lower = match('good', 1, ...long, '--sprt', '200,400');
   assert.equal(lower.status, 3, lower.output);
   assert.match(lower.output, /verdict: H0 accepted/);
