@@ -28,6 +28,7 @@ TEST(EasyShare, WeighsScoreAndChanges) {
     for (const Row& row : {Row{"calm", {20, 20, false, 0, false}, 0.6},
                            Row{"failed low", {20, 20, true, 0, false}, 548 / 700.0},
                            Row{"neither level nor won", {-51, -51, false, 0, false}, 0.7},
+                           Row{"the last such score", {89, 89, false, 0, false}, 0.7},
                            Row{"nearly won", {90, 90, false, 0, false}, 0.6},
                            Row{"a collapse asks for all there is", {20, 400, false, 0, false}, 1.1},
                            Row{"420 - 197.5 falls below the floor", {20, -59, false, 0, false}, 0.32},
