@@ -5,7 +5,7 @@ import { number, readWords, UsageError } from './words.mjs';
 const DefaultGames = 100;
 const DefaultTestGames = 50_000; // a test should end by its verdict
 
-// How games are played, for each tool that plays them; conditions() reads it.
+// How games are played, for each tool that plays them.
 export const ConditionsUsage = `  --concurrency N        games at a time, default 2
   --tc BASE+INCREMENT    the clock in seconds, default 1+0.01
   --movetime MS | --nodes N | --depth N
@@ -62,7 +62,8 @@ function clock(text) {
   return { base: ms(base), increment: ms(increment) };
 }
 
-// The rows and flags of readWords that ConditionsUsage tells, and the settings they write to, with the defaults.
+// What the tools that play games share: rows and flags for readWords, and the settings that these write to. The
+// settings of ConditionsUsage have their defaults.
 export function conditions() {
   const settings = {
     concurrency: 2, control: clock('1+0.01'), timeControl: '1+0.01', marginMs: 0, chess960: false, adjudication: {},
@@ -73,6 +74,11 @@ export function conditions() {
     '--margin': (text) => (settings.marginMs = number(text, '--margin', { integer: false })),
     '--resign': (text) => (settings.adjudication.resign = numbers(text, '--resign', ['moves', 'score'])),
     '--draw': (text) => (settings.adjudication.draw = numbers(text, '--draw', ['moves', 'score', 'from'])),
+    '--openings': (text) => (settings.openings = text),
+    '--seed': (text) => (settings.seed = number(text, '--seed')),
+    '--report': (text) => (settings.report = number(text, '--report', { min: 1 })),
+    '--picture': (text) => (settings.picture = text),
+    '--log': (text) => (settings.log = text),
   };
   for (const limit of ['movetime', 'nodes', 'depth']) {
     rows[`--${limit}`] = (text) => {
@@ -80,7 +86,11 @@ export function conditions() {
       settings.timeControl = `${limit} ${text}`;
     };
   }
-  return { settings, rows, flags: { '--chess960': () => (settings.chess960 = true) } };
+  const flags = {
+    '--chess960': () => (settings.chess960 = true),
+    '--restart': () => (settings.restart = true),
+  };
+  return { settings, rows, flags };
 }
 
 // "PROGRAM ARGUMENT..." and "NAME=VALUE" as the settings hold them.
@@ -113,14 +123,8 @@ export function parseCommandLine(words) {
     '--option': (text) => (engines.at(-1)?.options ?? common).push(optionOf(text)),
     '--games': (text) => (settings.games = number(text, '--games', { min: 1 })),
     '--sprt': (text) => (settings.sprt = sequentialTest(text)),
-    '--report': (text) => (settings.report = number(text, '--report', { min: 1 })),
-    '--picture': (text) => (settings.picture = text),
-    '--openings': (text) => (settings.openings = text),
-    '--seed': (text) => (settings.seed = number(text, '--seed')),
     '--pgn': (text) => (settings.pgn = text),
-    '--log': (text) => (settings.log = text),
   });
-  flags['--restart'] = () => (settings.restart = true);
   readWords(words, rows, flags);
   if (engines.length !== 2) throw new UsageError('a match needs two engines');
   for (const engine of engines) engine.options.unshift(...common);
