@@ -51,14 +51,13 @@ class Tuning {
     const { concurrency, state, report, picture, log, ...run } = settings; // a run may go on with others of these
     Object.assign(run, { rate: this.spsa.rate, openings: digest(this.openings), engineOptions: digest(greeting) });
     this.run = run;
-    const saved = readState(state, run);
-    this.progress = new Progress(this.spsa, saved);
+    this.progress = new Progress(this.spsa, readState(state, run));
     this.before = this.progress.finished; // pairs of earlier runs
     this.faultsInARow = 0;
     this.#save();
     this.title = `${settings.engine.name}, ${settings.timeControl}`;
     console.log(`${this.title}, ${concurrency} at a time, ${this.openings.length} openings:` +
-      ` ${this.spsa.pairs} pairs${saved ? `, ${this.before} of them played before` : ''}`);
+      ` ${this.spsa.pairs} pairs${this.before ? `, ${this.before} of them played before` : ''}`);
     if (this.spsa.pairs > this.openings.length) console.log('there are fewer openings than pairs: they come again');
   }
 
