@@ -5,6 +5,16 @@ import { number, readWords, UsageError } from './words.mjs';
 const DefaultGames = 100;
 const DefaultTestGames = 50_000; // a test should end by its verdict
 
+// How games are played, for each tool that plays them.
+export const ConditionsUsage = `  --concurrency N        games at a time, default 2
+  --tc BASE+INCREMENT    the clock in seconds, default 1+0.01
+  --movetime MS | --nodes N | --depth N
+                         a limit for each move instead of a clock
+  --margin MS            how far a clock may be overdrawn without loss, default 0
+  --chess960             Chess960: UCI_Chess960 is set and castling is written as king takes rook
+  --resign MOVES,CP      a game is won when both engines agree on CP for MOVES moves; off by default
+  --draw MOVES,CP,FROM   drawn when both agree on at most CP for MOVES moves, from move FROM on; off by default`;
+
 export const Usage = `usage: scripts/play_match.sh --engine COMMAND [--name NAME] [--option NAME=VALUE]... \\
                               --engine COMMAND [--name NAME] [--option NAME=VALUE]... [setting]...
   --engine COMMAND       program and arguments, separated by blanks; --name and --option belong to the engine
@@ -15,16 +25,9 @@ export const Usage = `usage: scripts/play_match.sh --engine COMMAND [--name NAME
   --sprt ELO0,ELO1[,ALPHA,BETA]
                          stop as soon as the results speak for ELO0 (H0) or ELO1 (H1): a sequential probability
                          ratio test on pairs of games; ALPHA and BETA, the two chances of error, default 0.05
-  --concurrency N        games at a time, default 2
-  --tc BASE+INCREMENT    the clock in seconds, default 1+0.01
-  --movetime MS | --nodes N | --depth N
-                         a limit for each move instead of a clock
-  --margin MS            how far a clock may be overdrawn without loss, default 0
+${ConditionsUsage}
   --openings FILE        FEN or EPD lines; the default is a set of balanced positions of the variant
   --seed N               play the openings in an order drawn with this seed, not in the file's
-  --chess960             Chess960: UCI_Chess960 is set and castling is written as king takes rook
-  --resign MOVES,CP      a game is won when both engines agree on CP for MOVES moves; off by default
-  --draw MOVES,CP,FROM   drawn when both agree on at most CP for MOVES moves, from move FROM on; off by default
   --report N             show the running score after every N games, default 10
   --picture FILE.svg     draw Elo with its error band by game, and the test; drawn anew with each running score
   --restart              fresh processes for each game
@@ -59,41 +62,22 @@ function clock(text) {
   return { base: ms(base), increment: ms(increment) };
 }
 
-export function parseCommandLine(words) {
-  const common = [];
-  const engines = [];
+// What the tools that play games share: rows and flags for readWords, and the settings that these write to. The
+// settings of ConditionsUsage have their defaults.
+export function conditions() {
   const settings = {
-    games: undefined, sprt: undefined, report: 10, picture: undefined, concurrency: 2, control: clock('1+0.01'),
-    timeControl: '1+0.01', marginMs: 0, openings: undefined, seed: undefined, chess960: false, adjudication: {},
-    restart: false, pgn: 'match.pgn', log: 'match.log',
+    concurrency: 2, control: clock('1+0.01'), timeControl: '1+0.01', marginMs: 0, chess960: false, adjudication: {},
   };
   const rows = {
-    '--engine': (text) => {
-      const [command, ...args] = text.split(/\s+/).filter(Boolean);
-      if (!command) throw new UsageError('--engine takes a command');
-      engines.push({ name: command.split('/').pop(), command, args, options: [] });
-    },
-    '--name': (text) => {
-      if (!engines.length) throw new UsageError('--name stands behind its engine');
-      engines.at(-1).name = text;
-    },
-    '--option': (text) => {
-      const at = text.indexOf('=');
-      if (at < 1) throw new UsageError('--option takes NAME=VALUE');
-      (engines.at(-1)?.options ?? common).push([text.slice(0, at), text.slice(at + 1)]);
-    },
-    '--games': (text) => (settings.games = number(text, '--games', { min: 1 })),
-    '--sprt': (text) => (settings.sprt = sequentialTest(text)),
-    '--report': (text) => (settings.report = number(text, '--report', { min: 1 })),
-    '--picture': (text) => (settings.picture = text),
     '--concurrency': (text) => (settings.concurrency = number(text, '--concurrency', { min: 1 })),
     '--tc': (text) => Object.assign(settings, { control: clock(text), timeControl: text }),
     '--margin': (text) => (settings.marginMs = number(text, '--margin', { integer: false })),
-    '--openings': (text) => (settings.openings = text),
-    '--seed': (text) => (settings.seed = number(text, '--seed')),
     '--resign': (text) => (settings.adjudication.resign = numbers(text, '--resign', ['moves', 'score'])),
     '--draw': (text) => (settings.adjudication.draw = numbers(text, '--draw', ['moves', 'score', 'from'])),
-    '--pgn': (text) => (settings.pgn = text),
+    '--openings': (text) => (settings.openings = text),
+    '--seed': (text) => (settings.seed = number(text, '--seed')),
+    '--report': (text) => (settings.report = number(text, '--report', { min: 1 })),
+    '--picture': (text) => (settings.picture = text),
     '--log': (text) => (settings.log = text),
   };
   for (const limit of ['movetime', 'nodes', 'depth']) {
@@ -106,6 +90,41 @@ export function parseCommandLine(words) {
     '--chess960': () => (settings.chess960 = true),
     '--restart': () => (settings.restart = true),
   };
+  return { settings, rows, flags };
+}
+
+// "PROGRAM ARGUMENT..." and "NAME=VALUE" as the settings hold them.
+export function engineOf(text) {
+  const [command, ...args] = text.split(/\s+/).filter(Boolean);
+  if (!command) throw new UsageError('--engine takes a command');
+  return { name: command.split('/').pop(), command, args, options: [] };
+}
+
+export function optionOf(text, what = '--option takes NAME=VALUE') {
+  const at = text.indexOf('=');
+  if (at < 1) throw new UsageError(what);
+  return [text.slice(0, at), text.slice(at + 1)];
+}
+
+export function parseCommandLine(words) {
+  const common = [];
+  const engines = [];
+  const { settings, rows, flags } = conditions();
+  Object.assign(settings, {
+    games: undefined, sprt: undefined, report: 10, picture: undefined, openings: undefined, seed: undefined,
+    restart: false, pgn: 'match.pgn', log: 'match.log',
+  });
+  Object.assign(rows, {
+    '--engine': (text) => engines.push(engineOf(text)),
+    '--name': (text) => {
+      if (!engines.length) throw new UsageError('--name stands behind its engine');
+      engines.at(-1).name = text;
+    },
+    '--option': (text) => (engines.at(-1)?.options ?? common).push(optionOf(text)),
+    '--games': (text) => (settings.games = number(text, '--games', { min: 1 })),
+    '--sprt': (text) => (settings.sprt = sequentialTest(text)),
+    '--pgn': (text) => (settings.pgn = text),
+  });
   readWords(words, rows, flags);
   if (engines.length !== 2) throw new UsageError('a match needs two engines');
   for (const engine of engines) engine.options.unshift(...common);

@@ -2,6 +2,9 @@
 import { EngineFailure } from './uci_engine.mjs';
 import { Referee } from './referee.mjs';
 
+// White's points by result.
+export const Points = { '1-0': 1, '1/2-1/2': 0.5, '0-1': 0 };
+
 // An engine that is this far beyond its limit is taken to hang.
 const HangMs = 5000;
 // With no clock (nodes, depth) nothing else ends a search that goes on forever.

@@ -1,6 +1,6 @@
 // Prints a set of varied, balanced openings as EPD: random legal moves from the start position (in Chess960 from
 // random start positions), kept when a strong engine finds neither side better than the bound.
-//   node make_openings.mjs ENGINE COUNT SEED [--chess960] > openings/NAME.epd
+//   node make_openings.mjs ENGINE COUNT SEED [--chess960] [--depth N] > openings/NAME.epd
 import { Chess } from 'chessops/chess';
 import { makeFen, parseFen } from 'chessops/fen';
 import { randomFrom } from './random.mjs';
@@ -8,16 +8,19 @@ import { UciEngine } from './uci_engine.mjs';
 
 const Plies = [6, 8, 10]; // even, so that White is to move
 const BoundCp = 60;
-// A quick look throws out most; what is kept has been looked at properly.
+// A quick look throws out most; what is kept has been looked at properly, to the final depth.
 const QuickDepth = 8;
-const FinalDepth = 16;
+const DefaultFinalDepth = 16;
 
-const [command, count, seed] = process.argv.slice(2);
-const chess960 = process.argv.includes('--chess960');
-if (!command || !(Number(count) > 0) || !/^\d+$/.test(seed)) {
-  console.error('usage: node make_openings.mjs ENGINE COUNT SEED [--chess960] > openings/NAME.epd');
+const words = process.argv.slice(2);
+const [command, count, seed] = words;
+const chess960 = words.includes('--chess960');
+const finalDepth = words.includes('--depth') ? Number(words[words.indexOf('--depth') + 1]) : DefaultFinalDepth;
+if (!command || !(Number(count) > 0) || !/^\d+$/.test(seed) || !(finalDepth > 0)) {
+  console.error('usage: node make_openings.mjs ENGINE COUNT SEED [--chess960] [--depth N] > openings/NAME.epd');
   process.exit(2);
 }
+const reportEvery = Number(count) < 1000 ? 10 : 100;
 const random = randomFrom(Number(seed));
 
 // Any of the 960: bishops on both colours, the king between the rooks.
@@ -65,9 +68,9 @@ while (found.size < Number(count)) {
   if (!fen || !(await balanced(fen, QuickDepth))) continue;
   await engine.newGame();
   const epd = fen.split(' ').slice(0, 4).join(' ');
-  if (found.has(epd) || !(await balanced(fen, FinalDepth))) continue;
+  if (found.has(epd) || !(await balanced(fen, finalDepth))) continue;
   found.add(epd);
   console.log(epd);
-  if (found.size % 10 === 0) console.error(`${found.size} of ${count} openings`);
+  if (found.size % reportEvery === 0) console.error(`${found.size} of ${count} openings`);
 }
 await engine.quit();

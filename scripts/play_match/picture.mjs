@@ -1,16 +1,19 @@
-// Draws the running score as an SVG picture: Elo with its error band, and below it the LLR if there is a test.
+// Draws the running score as an SVG picture: Elo with its error band, and below it the LLR if there is a test. Other
+// pictures by the number of games are made of the same parts.
 
 const Width = 800;
-const Left = 70; // of the plots, which leave this room for the axis labels
+export const Left = 70; // of the plots, which leave this room for the axis labels
 const Right = 780;
 const EloPlot = { top: 80, bottom: 340 };
 const LlrPlot = { top: 390, bottom: 510 };
 const AxisRoom = 50; // below the lowest plot
-const MaxPoints = 700; // about one a pixel
-const Colour = { line: '#1f5fa8', text: '#333', grid: '#ddd', zero: '#888', accept: '#2a7f3f', reject: '#b03a2e' };
+export const MaxPoints = 700; // about one a pixel
+export const Colour = {
+  line: '#1f5fa8', text: '#333', grid: '#ddd', zero: '#888', accept: '#2a7f3f', reject: '#b03a2e',
+};
 
 const escaped = (text) => text.replace(/[&<>"]/g, (sign) => `&#${sign.charCodeAt(0)};`);
-const label = (x, y, text, anchor, colour = Colour.text) =>
+export const label = (x, y, text, anchor, colour = Colour.text) =>
   `<text x="${x}" y="${y}" text-anchor="${anchor}" fill="${colour}">${escaped(text)}</text>`;
 const rule = (x1, y1, x2, y2, style) => `<line x1="${x1}" y1="${y1}" x2="${x2}" y2="${y2}" ${style}/>`;
 
@@ -25,7 +28,7 @@ function ticks(low, high, wanted) {
 }
 
 // Maps games and values to the picture. Values beyond the range are drawn at its edge.
-class Plot {
+export class Plot {
   constructor({ top, bottom }, games, low, high) {
     Object.assign(this, { top, bottom, games, low, high });
   }
@@ -76,6 +79,17 @@ function eloRange(points) {
   return [low - margin, high + margin];
 }
 
+// The picture of what stands above and in the plots; `lowest` is the plot that the axis of games belongs to.
+export function picture(parts, lowest) {
+  const height = lowest.bottom + AxisRoom;
+  const axis = ticks(0, lowest.games, 8).filter(Number.isInteger)
+    .map((count) => label(lowest.x(count), lowest.bottom + 20, String(count), 'middle'));
+  axis.push(label((Left + Right) / 2, lowest.bottom + 40, 'games', 'middle'));
+  return `<svg xmlns="http://www.w3.org/2000/svg" width="${Width}" height="${height}"` +
+    ` viewBox="0 0 ${Width} ${height}" font-family="sans-serif" font-size="13">\n` +
+    [`<rect width="${Width}" height="${height}" fill="white"/>`, ...parts, ...axis].join('\n') + '\n</svg>\n';
+}
+
 // score: a Score, running or final. Returns the text of the picture.
 export function drawScore(score) {
   const { history, sprt } = score;
@@ -83,10 +97,8 @@ export function drawScore(score) {
   const points = history.filter((_, i) => (history.length - 1 - i) % every === 0);
   const measured = points.filter((point) => point.elo !== undefined);
   const games = history.at(-1)?.games ?? 1;
-  const height = (sprt ? LlrPlot : EloPlot).bottom + AxisRoom;
 
-  const parts = [`<rect width="${Width}" height="${height}" fill="white"/>`];
-  parts.push(label(Left, 22, score.title, 'start'), label(Left, 42, score.result(), 'start'));
+  const parts = [label(Left, 22, score.title, 'start'), label(Left, 42, score.result(), 'start')];
   const elo = new Plot(EloPlot, games, ...eloRange(measured));
   parts.push(...elo.frame('Elo with 95 % bounds', 6), elo.band(measured), elo.line(measured, 'elo'));
   let lowest = elo;
@@ -97,10 +109,5 @@ export function drawScore(score) {
     parts.push(lowest.dashed(sprt.upper, 'H1 accepted', Colour.accept));
     parts.push(lowest.dashed(sprt.lower, 'H0 accepted', Colour.reject), lowest.line(points, 'llr'));
   }
-  for (const count of ticks(0, games, 8).filter(Number.isInteger)) {
-    parts.push(label(lowest.x(count), lowest.bottom + 20, String(count), 'middle'));
-  }
-  parts.push(label((Left + Right) / 2, lowest.bottom + 40, 'games', 'middle'));
-  return `<svg xmlns="http://www.w3.org/2000/svg" width="${Width}" height="${height}"` +
-    ` viewBox="0 0 ${Width} ${height}" font-family="sans-serif" font-size="13">\n${parts.join('\n')}\n</svg>\n`;
+  return picture(parts, lowest);
 }

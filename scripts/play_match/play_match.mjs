@@ -1,39 +1,25 @@
 // Plays a match between two UCI engines, several games at a time, and says how it ended.
-import { appendFileSync, readFileSync, renameSync, writeFileSync } from 'node:fs';
-import { constants } from 'node:os';
+import { appendFileSync, writeFileSync } from 'node:fs';
 import { parseCommandLine, Usage } from './command_line.mjs';
-import { playGame } from './game.mjs';
+import { Engines } from './engines.mjs';
+import { playGame, Points } from './game.mjs';
+import { readOpenings } from './openings.mjs';
 import { gameToPgn } from './pgn.mjs';
 import { drawScore } from './picture.mjs';
-import { randomFrom, shuffle } from './random.mjs';
-import { Referee } from './referee.mjs';
+import { replaceFile } from './replace_file.mjs';
 import { Score } from './score.mjs';
-import { UciEngine } from './uci_engine.mjs';
-import { runTool } from './words.mjs';
+import { concludeAtSignals, runTool } from './words.mjs';
 
 const Status = { played: 0, H1: 0, fault: 1, H0: 3, undecided: 4 };
-const Points = { '1-0': 1, '1/2-1/2': 0.5, '0-1': 0 };
-
-function readOpenings({ openings, chess960, seed }) {
-  const file = openings ?? new URL(`./openings/${chess960 ? 'chess960' : 'standard'}.epd`, import.meta.url);
-  // The operations of an EPD line stand behind its four fields; the two counters of a FEN are numbers.
-  const fens = readFileSync(file, 'utf8').split('\n').map((line) => line.split('#')[0].trim()).filter(Boolean)
-    .map((line) => /^\S+ \S+ \S+ \S+( \d+ \d+)?/.exec(line)?.[0] ?? line);
-  if (!fens.length) throw new Error(`no opening in ${file}`);
-  for (const fen of fens) {
-    if (new Referee(fen, chess960).outcome()) throw new Error(`no game can start at ${fen}`);
-  }
-  return seed === undefined ? fens : shuffle(fens, randomFrom(seed));
-}
 
 class Match {
   constructor(settings) {
     this.settings = settings;
-    this.openings = readOpenings(settings);
+    const set = settings.chess960 ? 'chess960' : 'standard';
+    this.openings = readOpenings(settings.openings ?? new URL(`./openings/${set}.epd`, import.meta.url), settings);
     this.score = new Score(settings.engines.map((engine) => engine.name), settings.games, settings.sprt);
     this.next = 0; // number of the next game; games 2k and 2k + 1 make a pair
-    this.running = new Set();
-    this.stopped = false;
+    this.engines = new Engines(settings);
     writeFileSync(settings.pgn, '');
     writeFileSync(settings.log, '');
     this.#draw();
@@ -59,39 +45,30 @@ class Match {
   }
 
   stop() {
-    this.stopped = true;
-    for (const engine of this.running) engine.kill();
+    this.engines.stop();
   }
 
   // One seat plays game after game with two processes of its own.
   async #seat() {
-    const engines = [undefined, undefined];
-    while (!this.stopped && this.next < this.settings.games) {
+    const seat = [undefined, undefined];
+    while (!this.engines.stopped && this.next < this.settings.games) {
       const number = this.next++;
-      await this.#game(number, engines);
-      if (this.settings.restart) await this.#leave(engines);
+      await this.#game(number, seat);
+      if (this.settings.restart) await this.engines.leave(seat);
     }
-    await this.#leave(engines);
+    await this.engines.leave(seat);
   }
 
-  async #leave(engines) {
-    for (const i of [0, 1]) {
-      await engines[i]?.quit();
-      this.running.delete(engines[i]);
-      engines[i] = undefined;
-    }
-  }
-
-  async #game(number, engines) {
+  async #game(number, seat) {
     const pair = Math.floor(number / 2);
     const whiteIndex = number % 2;
     for (const i of [0, 1]) {
-      if (!engines[i]?.alive) engines[i] = await this.#start(i, number);
-      if (this.stopped) return;
+      if (!seat[i]?.alive) seat[i] = await this.engines.start(this.settings.engines[i], `for game ${number + 1}`);
+      if (this.engines.stopped) return;
     }
-    const players = { white: engines[whiteIndex], black: engines[1 - whiteIndex] };
+    const players = { white: seat[whiteIndex], black: seat[1 - whiteIndex] };
     const game = await playGame(players, this.openings[pair % this.openings.length], this.settings);
-    if (this.stopped) return;
+    if (this.engines.stopped) return;
 
     const fault = game.fault && {
       engine: game.fault.side === 'white' ? whiteIndex : 1 - whiteIndex,
@@ -112,31 +89,8 @@ class Match {
     }
   }
 
-  // Moved into place in one step, so that a viewer never finds half a picture.
   #draw() {
-    const { picture } = this.settings;
-    if (!picture) return;
-    writeFileSync(`${picture}.new`, drawScore(this.score));
-    renameSync(`${picture}.new`, picture);
-  }
-
-  // An engine that cannot even be started ends the match: nothing would be measured.
-  async #start(i, number) {
-    const setup = this.settings.engines[i];
-    const log = (text) => {
-      const stamp = new Date().toISOString();
-      appendFileSync(this.settings.log, `${stamp} ${setup.name}, started for game ${number + 1}: ${text}\n`);
-    };
-    const engine = new UciEngine(setup, { chess960: this.settings.chess960, log });
-    this.running.add(engine);
-    log('start');
-    try {
-      await engine.start();
-    } catch (failure) {
-      if (this.stopped) return engine; // it was killed on its way
-      throw new Error(`${setup.name} does not start: ${failure.message}`);
-    }
-    return engine;
+    if (this.settings.picture) replaceFile(this.settings.picture, drawScore(this.score));
   }
 }
 
@@ -146,15 +100,7 @@ async function main() {
     return 0;
   }
   const match = new Match(parseCommandLine(process.argv.slice(2)));
-  process.on('exit', () => match.stop());
-  for (const signal of ['SIGINT', 'SIGTERM']) {
-    process.on(signal, () => {
-      match.stop();
-      console.log(`stopped by ${signal}`);
-      match.conclude();
-      process.exit(128 + constants.signals[signal]);
-    });
-  }
+  concludeAtSignals(match);
   try {
     await match.play();
   } finally {

@@ -7,7 +7,8 @@ function signed(value, digits) {
   return value > 0 ? `+${text}` : text;
 }
 
-function duration(ms) {
+// H:MM:SS
+export function duration(ms) {
   const seconds = Math.round(ms / 1000);
   const two = (value) => String(value).padStart(2, '0');
   return `${Math.floor(seconds / 3600)}:${two(Math.floor(seconds / 60) % 60)}:${two(seconds % 60)}`;

@@ -33,10 +33,17 @@ export class UciEngine {
     this.child.stdin.on('error', () => {}); // a dead engine is noticed by its end
     this.child.on('error', (error) => this.#end(`cannot be run: ${error.message}`));
     this.child.on('close', (status, signal) => this.#end(signal ? `ended by ${signal}` : `exit status ${status}`));
-    await this.#ask('uci', (line) => line === 'uciok');
+    const greeting = []; // what it says of itself
+    await this.#ask('uci', (line) => line === 'uciok' || !greeting.push(line));
+    this.greeting = greeting;
     if (this.chess960) this.send('setoption name UCI_Chess960 value true');
-    for (const [name, value] of this.setup.options) this.send(`setoption name ${name} value ${value}`);
+    this.setOptions(this.setup.options);
     await this.isReady();
+  }
+
+  // options: [[name, value]]. Between searches.
+  setOptions(options) {
+    for (const [name, value] of options) this.send(`setoption name ${name} value ${value}`);
   }
 
   async newGame() {

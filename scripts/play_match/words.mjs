@@ -1,4 +1,5 @@
 // Command lines and ends, for all tools.
+import { constants } from 'node:os';
 
 export class UsageError extends Error {}
 
@@ -37,5 +38,18 @@ export async function runTool(work, usage) {
     const who = error.kind ? 'the engine failed: ' : ''; // an EngineFailure
     console.error(wrong ? `${error.message}\n\n${usage}` : `${who}${error.message}`);
     process.exit(wrong ? 2 : 1);
+  }
+}
+
+// Ctrl-C and SIGTERM stop the work and let it say its last words; however the process ends, the work is stopped.
+export function concludeAtSignals(work) {
+  process.on('exit', () => work.stop());
+  for (const signal of ['SIGINT', 'SIGTERM']) {
+    process.on(signal, () => {
+      work.stop();
+      console.log(`stopped by ${signal}`);
+      work.conclude();
+      process.exit(128 + constants.signals[signal]);
+    });
   }
 }

@@ -1,5 +1,8 @@
-// A UCI engine for the tests of the match player. It plays the first legal move, until at its MOVE-th search it
-// does what HABIT says.  node fake_engine.mjs HABIT MOVE
+// A UCI engine for the tests of the tools that play games. It plays the first legal move, until at its MOVE-th search
+// it does what HABIT says.  node fake_engine.mjs HABIT MOVE
+// Its option "Sharp Eye" is best at 70. The farther it is from there, the fewer mates in one are seen: those in
+// positions with a lower move number are overlooked.
+// With FAKE_STALL=N in the environment it gives no answer to its N-th search.
 import { createInterface } from 'node:readline';
 import { Chess, castlingSide } from 'chessops/chess';
 import { parseFen } from 'chessops/fen';
@@ -8,16 +11,25 @@ import { makeUci, parseUci } from 'chessops/util';
 const [habit = 'good', at = '1'] = process.argv.slice(2);
 let position;
 let searches = 0;
+let sharpEye = 0;
+
+function mates(move) {
+  const after = position.clone();
+  after.play(move);
+  return after.isCheckmate();
+}
 
 function bestMove() {
+  const moves = [];
   for (const [from, dests] of position.allDests()) {
     for (const to of dests) {
       const promotes = position.board.getRole(from) === 'pawn' && (to < 8 || to >= 56);
       const move = promotes ? { from, to, promotion: 'queen' } : { from, to };
-      if (!castlingSide(position, move)) return makeUci(move);
+      if (!castlingSide(position, move)) moves.push(move);
     }
   }
-  return '(none)';
+  const seen = position.fullmoves > Math.abs(sharpEye - 70) && moves.find(mates);
+  return moves.length ? makeUci(seen || moves[0]) : '(none)';
 }
 
 const misbehave = {
@@ -32,7 +44,11 @@ const misbehave = {
 
 createInterface({ input: process.stdin }).on('line', (line) => {
   const words = line.split(' ');
-  if (words[0] === 'uci') console.log('uciok');
+  if (words[0] === 'uci') {
+    console.log('id name Fake\noption name Sharp Eye type spin default 0 min 0 max 100');
+    console.log('option name Mood type combo default calm var calm var wild\nuciok');
+  }
+  if (line.startsWith('setoption name Sharp Eye value ')) sharpEye = Number(words.at(-1));
   if (words[0] === 'isready') console.log('readyok');
   if (words[0] === 'quit') process.exit(0);
   if (words[0] === 'position') {
@@ -40,6 +56,8 @@ createInterface({ input: process.stdin }).on('line', (line) => {
     for (const move of words.slice(9)) position.play(parseUci(move));
   }
   if (words[0] === 'go') {
-    (++searches === Number(at) ? misbehave[habit] : misbehave.good)();
+    ++searches;
+    if (searches === Number(process.env.FAKE_STALL)) return;
+    (searches === Number(at) ? misbehave[habit] : misbehave.good)();
   }
 });
