@@ -1,5 +1,7 @@
-// A UCI engine for the tests of the match player. It plays the first legal move, until at its MOVE-th search it
-// does what HABIT says.  node fake_engine.mjs HABIT MOVE
+// A UCI engine for the tests of the tools that play and compare. It plays the first legal move, until at its MOVE-th
+// search it does what HABIT says.  node fake_engine.mjs HABIT MOVE
+// With the habit "count" it always searches for the time that it is given, tells of MOVE nodes, and then goes on for
+// as long again without a word.
 import { createInterface } from 'node:readline';
 import { Chess, castlingSide } from 'chessops/chess';
 import { parseFen } from 'chessops/fen';
@@ -27,6 +29,12 @@ const misbehave = {
     console.error('about to crash');
     process.exit(3);
   },
+  count: (ms) => {
+    const end = performance.now() + ms;
+    while (performance.now() < end); // it works, and does not only wait
+    console.log(`info depth 1 nodes ${at} time ${ms}`);
+    setTimeout(() => console.log(`bestmove ${bestMove()}`), ms);
+  },
   late: () => setTimeout(() => console.log(`bestmove ${bestMove()}`), 400),
 };
 
@@ -40,6 +48,7 @@ createInterface({ input: process.stdin }).on('line', (line) => {
     for (const move of words.slice(9)) position.play(parseUci(move));
   }
   if (words[0] === 'go') {
-    (++searches === Number(at) ? misbehave[habit] : misbehave.good)();
+    const odd = habit === 'count' || ++searches === Number(at);
+    (odd ? misbehave[habit] : misbehave.good)(Number(words[2]));
   }
 });
