@@ -1,4 +1,5 @@
 // The command line of play_match.
+import { engineRows, EngineUsage, finishEngines } from './engine_words.mjs';
 import { Sprt } from './statistics.mjs';
 import { number, readWords, UsageError } from './words.mjs';
 
@@ -17,9 +18,7 @@ export const ConditionsUsage = `  --concurrency N        games at a time, defaul
 
 export const Usage = `usage: scripts/play_match.sh --engine COMMAND [--name NAME] [--option NAME=VALUE]... \\
                               --engine COMMAND [--name NAME] [--option NAME=VALUE]... [setting]...
-  --engine COMMAND       program and arguments, separated by blanks; --name and --option belong to the engine
-                         before them
-  --option NAME=VALUE    a UCI option; in front of the first engine it is given to both
+${EngineUsage}
   --games N              default ${DefaultGames}, with --sprt ${DefaultTestGames}; each opening is played twice, with
                          colours exchanged
   --sprt ELO0,ELO1[,ALPHA,BETA]
@@ -93,19 +92,6 @@ export function conditions() {
   return { settings, rows, flags };
 }
 
-// "PROGRAM ARGUMENT..." and "NAME=VALUE" as the settings hold them.
-export function engineOf(text) {
-  const [command, ...args] = text.split(/\s+/).filter(Boolean);
-  if (!command) throw new UsageError('--engine takes a command');
-  return { name: command.split('/').pop(), command, args, options: [] };
-}
-
-export function optionOf(text, what = '--option takes NAME=VALUE') {
-  const at = text.indexOf('=');
-  if (at < 1) throw new UsageError(what);
-  return [text.slice(0, at), text.slice(at + 1)];
-}
-
 export function parseCommandLine(words) {
   const common = [];
   const engines = [];
@@ -115,23 +101,14 @@ export function parseCommandLine(words) {
     restart: false, pgn: 'match.pgn', log: 'match.log',
   });
   Object.assign(rows, {
-    '--engine': (text) => engines.push(engineOf(text)),
-    '--name': (text) => {
-      if (!engines.length) throw new UsageError('--name stands behind its engine');
-      engines.at(-1).name = text;
-    },
-    '--option': (text) => (engines.at(-1)?.options ?? common).push(optionOf(text)),
+    ...engineRows(engines, common),
     '--games': (text) => (settings.games = number(text, '--games', { min: 1 })),
     '--sprt': (text) => (settings.sprt = sequentialTest(text)),
     '--pgn': (text) => (settings.pgn = text),
   });
   readWords(words, rows, flags);
   if (engines.length !== 2) throw new UsageError('a match needs two engines');
-  for (const engine of engines) engine.options.unshift(...common);
-  if (engines[0].name === engines[1].name) {
-    engines[0].name += ' (1)';
-    engines[1].name += ' (2)';
-  }
+  finishEngines(engines, common);
   settings.games ??= settings.sprt ? DefaultTestGames : DefaultGames;
   return { ...settings, engines };
 }

@@ -1,5 +1,6 @@
 // The command line of tune_options.
-import { conditions, ConditionsUsage, engineOf, optionOf } from '../play_match/command_line.mjs';
+import { conditions, ConditionsUsage } from '../play_match/command_line.mjs';
+import { engineOf, optionOf } from '../play_match/engine_words.mjs';
 import { number, readWords, UsageError } from '../play_match/words.mjs';
 
 export const Usage = `usage: scripts/tune_options.sh --engine COMMAND --tune NAME=START,MIN,MAX,STEP... [setting]...

@@ -1,8 +1,10 @@
-// A UCI engine for the tests of the tools that play games. It plays the first legal move, until at its MOVE-th search
-// it does what HABIT says.  node fake_engine.mjs HABIT MOVE
+// A UCI engine for the tests of the tools that play and compare. It plays the first legal move, until at its MOVE-th
+// search it does what HABIT says.  node fake_engine.mjs HABIT MOVE
 // Its option "Sharp Eye" is best at 70. The farther it is from there, the fewer mates in one are seen: those in
 // positions with a lower move number are overlooked.
 // With FAKE_STALL=N in the environment it gives no answer to its N-th search.
+// With the habit "count" it always searches for the time that it is given, tells of MOVE nodes, and then goes on for
+// as long again without a word.
 import { createInterface } from 'node:readline';
 import { Chess, castlingSide } from 'chessops/chess';
 import { parseFen } from 'chessops/fen';
@@ -39,6 +41,12 @@ const misbehave = {
     console.error('about to crash');
     process.exit(3);
   },
+  count: (ms) => {
+    const end = performance.now() + ms;
+    while (performance.now() < end); // it works, and does not only wait
+    console.log(`info depth 1 nodes ${at} time ${ms}`);
+    setTimeout(() => console.log(`bestmove ${bestMove()}`), ms);
+  },
   late: () => setTimeout(() => console.log(`bestmove ${bestMove()}`), 400),
 };
 
@@ -58,6 +66,7 @@ createInterface({ input: process.stdin }).on('line', (line) => {
   if (words[0] === 'go') {
     ++searches;
     if (searches === Number(process.env.FAKE_STALL)) return;
-    (searches === Number(at) ? misbehave[habit] : misbehave.good)();
+    const odd = habit === 'count' || searches === Number(at);
+    (odd ? misbehave[habit] : misbehave.good)(Number(words[2]));
   }
 });
