@@ -1,18 +1,13 @@
 #include "board/picker_stages.h"
 
 #include "board/history_tables.h"
-#include "board/insertion_sort.h"
+#include "board/move_sort.h"
 #include "board/movegen.h"
 
 namespace {
 
 constexpr int DeferQuietsDepth = 11;  // half plies; losing quiet moves are put off above it
 constexpr int StagedChecksDepth = 7;  // half plies
-
-// Descending by the signed key alone; ties keep the order of generation.
-void sortList(Move* moves, int count) {
-    insertionSort(moves, count, [](Move a, Move b) { return sortKeyOf(a) > sortKeyOf(b); });
-}
 
 void beginList(MovePicker& picker, int count, bool deferBad) {
     picker.list = picker.moves;
@@ -44,7 +39,7 @@ void fillEvasions(MovePicker& picker) {
     const int count = genEvasions(*picker.position, picker.moves);
     for (int i = 0; i < count; ++i)
         picker.moves[i] = withKey(picker.moves[i], evasionKey(picker, picker.moves[i]));
-    sortList(picker.moves, count);
+    sortMoves(picker.moves, count);
     beginList(picker, count, false);
 }
 
@@ -53,7 +48,7 @@ void fillChecks(MovePicker& picker) {
     const int count = picker.depth < StagedChecksDepth ? genQuietChecks(pos, picker.moves)
                                                        : genStagedQuiets(pos, picker.moves);
     keyQuiets(picker, count);
-    sortList(picker.moves, count);
+    sortMoves(picker.moves, count);
     beginList(picker, count, true);
 }
 
@@ -64,15 +59,15 @@ void fillList(MovePicker& picker) {
     switch (picker.stage) {
         case StageCaptures:
             beginList(picker, genCaptures(pos, picker.moves), true);
-            sortList(picker.moves, picker.count);
+            sortMoves(picker.moves, picker.count);
             break;
         case StageQuiescenceCaptures:
             beginList(picker, genCaptures(pos, picker.moves), picker.deferBad);
-            sortList(picker.moves, picker.count);
+            sortMoves(picker.moves, picker.count);
             break;
         case StageQuiets:
             beginList(picker, genQuiets(pos, picker.moves), picker.depth > DeferQuietsDepth);
-            sortList(picker.moves, picker.count);
+            sortMoves(picker.moves, picker.count);
             break;
         case StageEvasions: fillEvasions(picker); break;
         case StageQuietChecks:

@@ -3,6 +3,7 @@
 
 #include "board/fen.h"
 #include "board/make_move.h"
+#include "board/move_sort.h"
 #include "support/board_environment.h"
 
 #include <algorithm>
@@ -55,6 +56,23 @@ TEST(Picker, HandsEveryMoveOutOnce) {
     for (const char* fen : {"r6K/1P6/8/8/8/8/6k1/8 w - -", "7k/8/8/2PpP3/4K3/3P4/8/8 w - d6",
                             "8/8/3p4/4k3/2pPp3/8/8/7K b - d3"})
         judge(positionOf(fen));
+}
+
+TEST(Picker, SortsListsOfEveryLength) {
+    std::mt19937 random(9);
+    for (int count = 0; count <= MaxListMoves; ++count) {
+        // From nearly all keys equal to nearly none, with both ends of their range.
+        for (const int spread : {1, 3, 100, 0x10000}) {
+            std::vector<Move> moves;
+            for (int i = 0; i < count; ++i)
+                moves.push_back(withKey(Move(i), int(random() % unsigned(spread)) - spread / 2));
+            std::vector<Move> expected = moves;
+            std::stable_sort(expected.begin(), expected.end(),
+                             [](Move a, Move b) { return sortKeyOf(a) > sortKeyOf(b); });
+            sortMoves(moves.data(), count);
+            ASSERT_EQ(moves, expected) << count << " moves";
+        }
+    }
 }
 
 TEST(Picker, HandsLosingMovesOutWhenTheDeferredListIsFull) {
