@@ -56,8 +56,12 @@ void sortByCounting(Move* moves, int count) {
 }  // namespace
 
 void sortMoves(Move* moves, int count) {
-    if (count > ShortList)
-        sortByCounting(moves, count);
-    else
-        insertionSort(moves, count, [](Move a, Move b) { return sortKeyOf(a) > sortKeyOf(b); });
+    const auto goesBefore = [](Move a, Move b) { return sortKeyOf(a) > sortKeyOf(b); };
+    if (count <= ShortList) {
+        insertionSort(moves, count, goesBefore);
+        return;
+    }
+    // As long as nothing has been learnt, all keys of a list of quiet moves are equal.
+    const bool mayBeSorted = sortKeyOf(moves[0]) == sortKeyOf(moves[1]);
+    if (!mayBeSorted || !std::is_sorted(moves, moves + count, goesBefore)) sortByCounting(moves, count);
 }

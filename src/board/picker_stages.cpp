@@ -1,5 +1,6 @@
 #include "board/picker_stages.h"
 
+#include "board/attacks.h"
 #include "board/history_tables.h"
 #include "board/move_sort.h"
 #include "board/movegen.h"
@@ -14,6 +15,16 @@ void beginList(MovePicker& picker, int count, bool deferBad) {
     picker.count = count;
     picker.cursor = 0;
     picker.deferBad = deferBad;
+    picker.contested = ~Bitboard{0};
+}
+
+// Nothing takes a piece that moves between squares which the enemy doesn't attack; from one that he does, a
+// line may open behind it.
+void fillQuiets(MovePicker& picker) {
+    const Position& pos = *picker.position;
+    beginList(picker, genQuiets(pos, picker.moves), picker.depth > DeferQuietsDepth);
+    sortMoves(picker.moves, picker.count);
+    if (picker.deferBad) picker.contested = attackedBy(pos, opponent(pos.sideToMove()));
 }
 
 void keyQuiets(MovePicker& picker, int count) {
@@ -65,10 +76,7 @@ void fillList(MovePicker& picker) {
             beginList(picker, genCaptures(pos, picker.moves), picker.deferBad);
             sortMoves(picker.moves, picker.count);
             break;
-        case StageQuiets:
-            beginList(picker, genQuiets(pos, picker.moves), picker.depth > DeferQuietsDepth);
-            sortMoves(picker.moves, picker.count);
-            break;
+        case StageQuiets: fillQuiets(picker); break;
         case StageEvasions: fillEvasions(picker); break;
         case StageQuietChecks:
         case StageQuiescenceChecks: fillChecks(picker); break;

@@ -1,9 +1,11 @@
 // What the staged picker hands out.
 #include "board/move_picker.h"
 
+#include "board/exchange.h"
 #include "board/fen.h"
 #include "board/make_move.h"
 #include "board/move_sort.h"
+#include "board/move_text.h"
 #include "support/board_environment.h"
 
 #include <algorithm>
@@ -83,6 +85,24 @@ TEST(Picker, HandsLosingMovesOutWhenTheDeferredListIsFull) {
     EXPECT_EQ(nextMove(&picker), makeWord(D3, D5));
     EXPECT_EQ(picker.stage, StageCaptures);
     EXPECT_EQ(picker.badCount, MaxListMoves);
+}
+
+TEST(Picker, PutsOffJustTheMovesThatLoseMaterial) {
+    constexpr int FarFromLeaves = 20;  // half plies, where losing quiet moves are put off too
+    int quiet = 0, deferred = 0;
+    walkRandomGames(4, 120, [&](const Position& pos) {
+        if (pos.inCheck) return;
+        MovePicker picker;
+        picker.start(pos, KindFull, FarFromLeaves, NoMove);
+        while (const Move move = nextMove(&picker)) {
+            const bool late = picker.stage == StageDeferred;
+            ASSERT_EQ(late, seeLosing(pos, move)) << writeFen(pos) << moveText(move);
+            quiet += picker.stage == StageQuiets;
+            deferred += late;
+        }
+    });
+    EXPECT_GT(quiet, 1000);
+    EXPECT_GT(deferred, 100);
 }
 
 TEST(Picker, EndsAListOnDemand) {
