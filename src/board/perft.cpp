@@ -41,6 +41,12 @@ class IdlePrefetches {
     IdlePrefetches(const IdlePrefetches&) = delete;
     IdlePrefetches& operator=(const IdlePrefetches&) = delete;
 
+    // For the caches, which a record and its children point to.
+    void redirect(Position& root) {
+        root.evalCache = reinterpret_cast<EvalCacheEntry*>(line);
+        root.pawnHash = reinterpret_cast<PawnEntry*>(line);
+    }
+
    private:
     const PrefetchBases before = prefetchBases;
     alignas(64) char line[64] = {};
@@ -50,9 +56,10 @@ class IdlePrefetches {
 
 void perftTimed(const Position& pos, int depth, bool idle) {
     std::optional<IdlePrefetches> prefetches;
-    if (idle) prefetches.emplace();
+    Position root = pos;
+    if (idle) prefetches.emplace().redirect(root);
     const long long start = currentMicroseconds();
-    const std::uint64_t leaves = isPlayable(pos) ? perft(pos, depth) : 0;
+    const std::uint64_t leaves = isPlayable(root) ? perft(root, depth) : 0;
     const double elapsed = double(currentMicroseconds() - start);
     sendLine("%llu, MNPS=%f\n", static_cast<unsigned long long>(leaves), double(leaves) / elapsed);
 }

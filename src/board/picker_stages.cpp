@@ -1,7 +1,8 @@
 #include "board/picker_stages.h"
 
+#include "board/attacks.h"
 #include "board/history_tables.h"
-#include "board/insertion_sort.h"
+#include "board/move_sort.h"
 #include "board/movegen.h"
 
 namespace {
@@ -9,16 +10,21 @@ namespace {
 constexpr int DeferQuietsDepth = 11;  // half plies; losing quiet moves are put off above it
 constexpr int StagedChecksDepth = 7;  // half plies
 
-// Descending by the signed key alone; ties keep the order of generation.
-void sortList(Move* moves, int count) {
-    insertionSort(moves, count, [](Move a, Move b) { return sortKeyOf(a) > sortKeyOf(b); });
-}
-
 void beginList(MovePicker& picker, int count, bool deferBad) {
     picker.list = picker.moves;
     picker.count = count;
     picker.cursor = 0;
     picker.deferBad = deferBad;
+    picker.contested = ~Bitboard{0};
+}
+
+// Nothing takes a piece that moves between squares which the enemy doesn't attack; from one that he does, a
+// line may open behind it.
+void fillQuiets(MovePicker& picker) {
+    const Position& pos = *picker.position;
+    beginList(picker, genQuiets(pos, picker.moves), picker.depth > DeferQuietsDepth);
+    sortMoves(picker.moves, picker.count);
+    if (picker.deferBad) picker.contested = attackedBy(pos, opponent(pos.sideToMove()));
 }
 
 void keyQuiets(MovePicker& picker, int count) {
@@ -44,7 +50,7 @@ void fillEvasions(MovePicker& picker) {
     const int count = genEvasions(*picker.position, picker.moves);
     for (int i = 0; i < count; ++i)
         picker.moves[i] = withKey(picker.moves[i], evasionKey(picker, picker.moves[i]));
-    sortList(picker.moves, count);
+    sortMoves(picker.moves, count);
     beginList(picker, count, false);
 }
 
@@ -53,7 +59,7 @@ void fillChecks(MovePicker& picker) {
     const int count = picker.depth < StagedChecksDepth ? genQuietChecks(pos, picker.moves)
                                                        : genStagedQuiets(pos, picker.moves);
     keyQuiets(picker, count);
-    sortList(picker.moves, count);
+    sortMoves(picker.moves, count);
     beginList(picker, count, true);
 }
 
@@ -64,16 +70,13 @@ void fillList(MovePicker& picker) {
     switch (picker.stage) {
         case StageCaptures:
             beginList(picker, genCaptures(pos, picker.moves), true);
-            sortList(picker.moves, picker.count);
+            sortMoves(picker.moves, picker.count);
             break;
         case StageQuiescenceCaptures:
             beginList(picker, genCaptures(pos, picker.moves), picker.deferBad);
-            sortList(picker.moves, picker.count);
+            sortMoves(picker.moves, picker.count);
             break;
-        case StageQuiets:
-            beginList(picker, genQuiets(pos, picker.moves), picker.depth > DeferQuietsDepth);
-            sortList(picker.moves, picker.count);
-            break;
+        case StageQuiets: fillQuiets(picker); break;
         case StageEvasions: fillEvasions(picker); break;
         case StageQuietChecks:
         case StageQuiescenceChecks: fillChecks(picker); break;

@@ -7,6 +7,11 @@
 // Stage numbers by kind, each row ended by StageEnd.
 extern const std::uint8_t pickerRows[14][9];
 
+inline bool isLosing(const MovePicker& picker, Move move) {
+    if (!(picker.contested & (bit(fromOf(move)) | bit(toOf(move))))) return false;
+    return seeLosing(*picker.position, move);
+}
+
 // The next clean move of the list that the caller doesn't want skipped, or 0 when the list is spent. Losing
 // moves are put off on the way while the picker says so and has room; en passant is handed out unasked.
 template <class Skip>
@@ -14,7 +19,7 @@ inline Move nextOfList(MovePicker& picker, Skip skip) {
     while (picker.cursor < picker.count) {
         const Move move = cleanMove(picker.list[picker.cursor++]);
         if (skip(move)) continue;
-        if (isEnPassant(move) || !picker.deferBad || !seeLosing(*picker.position, move)) return move;
+        if (isEnPassant(move) || !picker.deferBad || !isLosing(picker, move)) return move;
         if (picker.badCount == MaxListMoves) return move;  // only on boards with dozens of queens
         picker.badMoves[picker.badCount++] = move;
     }

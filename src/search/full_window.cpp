@@ -126,7 +126,7 @@ inline bool pruneMove(const FullWindowNode& node, const Trial& trial) {
     if (node.best <= DeepestMate || node.depth >= PruneDepth || pos.inCheck) return false;
     if (isCapture(pos, move) || (move & QuietFlagMask)) return false;
     if (quietStat(pos, move) >= AverageStat) return false;
-    return (comesLate(node, move) || seeLosing(pos, move)) && !givesCheckQuick(pos, move);
+    return (comesLate(node, move) || seeLosing(pos, move)) && !node.checks.givesCheck(pos, move);
 }
 
 // The threads share out moves only if there are three of them or more, and never in a tree search.

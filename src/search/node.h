@@ -5,6 +5,7 @@
 
 #include "base/settings.h"
 #include "board/attacks.h"
+#include "board/check_squares.h"
 #include "board/draws.h"
 #include "board/move_picker.h"
 #include "endgame/tb_probe.h"
@@ -167,6 +168,7 @@ struct SearchNode : NodeFrame {
     QuietMove bestQuiet{};  // the quiet move that raised alpha last
     Position child;         // written by makeMove alone
     MovePicker picker;
+    CheckSquares checks;  // once the moves have started
     TriedMoves tried;
 
     SearchNode(Position& position, int upper, int halfPlies, int rootDistance, Move* line)
@@ -205,6 +207,7 @@ struct SearchNode : NodeFrame {
     void startMoves(PickerKind kind) {
         counter = counterMoveOf(thread, pos);
         clearGrandchildKillers(thread, ply);
+        checks.find(pos);
         if (pos.inCheck)
             picker.start(pos, KindEvasions, depth, table.move, killers.evasion, killers.first, counter);
         else
@@ -221,7 +224,8 @@ struct SearchNode : NodeFrame {
             tried.addQuiet(quietMoveOf(pos, trial.move));
         else if (trial.kind == MoveTactical)
             tried.addTactical(trial.move);
-        if (markCheck(child)) trial.kind |= MoveCheck;
+        child.inCheck = checks.givesCheck(pos, trial.move);
+        if (child.inCheck) trial.kind |= MoveCheck;
         ++played;
     }
 

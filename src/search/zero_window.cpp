@@ -187,7 +187,7 @@ inline bool pruneMove(ZeroWindowNode& node, const Trial& trial) {
     const Position& pos = node.pos;
     const bool forced = stage == StageQuietChecks || trial.isTactical ||
                         (node.phase < AdvancedPawnPhase && isAdvancedPawnMove(pos, trial.move)) ||
-                        givesCheckQuick(pos, trial.move);
+                        node.checks.givesCheck(pos, trial.move);
     if (!forced) return pruneQuietMove(node, trial.move);
     return node.depth < ForcedPruningDepth && seeBelowMargin(pos, trial.move, ForcedMarginSlope * node.depth);
 }

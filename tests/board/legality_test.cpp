@@ -1,6 +1,7 @@
 // Tests on single moves against the generators and make.
 #include "board/legality.h"
 
+#include "board/check_squares.h"
 #include "board/fen.h"
 #include "board/move_text.h"
 #include "support/board_environment.h"
@@ -41,8 +42,11 @@ TEST(CheckTests, AgreeWithMakingTheMove) {
     int checks = 0, mates = 0;
     const auto judge = [&](const Position& pos) {
         Position child;
+        CheckSquares squares;
+        squares.find(pos);
         for (const Move move : pseudoLegalMoves(pos)) {
             if (!makeChild(pos, child, move)) continue;
+            ASSERT_EQ(squares.givesCheck(pos, move), child.inCheck != 0) << writeFen(pos) << moveText(move);
             ASSERT_EQ(givesCheckQuick(pos, move), child.inCheck != 0) << writeFen(pos) << moveText(move);
             if (!child.inCheck) continue;
             const bool escapes = !legalMoves(child).empty();

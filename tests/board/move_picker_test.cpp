@@ -1,8 +1,11 @@
 // What the staged picker hands out.
 #include "board/move_picker.h"
 
+#include "board/exchange.h"
 #include "board/fen.h"
 #include "board/make_move.h"
+#include "board/move_sort.h"
+#include "board/move_text.h"
 #include "support/board_environment.h"
 
 #include <algorithm>
@@ -57,6 +60,23 @@ TEST(Picker, HandsEveryMoveOutOnce) {
         judge(positionOf(fen));
 }
 
+TEST(Picker, SortsListsOfEveryLength) {
+    std::mt19937 random(9);
+    for (int count = 0; count <= MaxListMoves; ++count) {
+        // From nearly all keys equal to nearly none, with both ends of their range.
+        for (const int spread : {1, 3, 100, 0x10000}) {
+            std::vector<Move> moves;
+            for (int i = 0; i < count; ++i)
+                moves.push_back(withKey(Move(i), int(random() % unsigned(spread)) - spread / 2));
+            std::vector<Move> expected = moves;
+            std::stable_sort(expected.begin(), expected.end(),
+                             [](Move a, Move b) { return sortKeyOf(a) > sortKeyOf(b); });
+            sortMoves(moves.data(), count);
+            ASSERT_EQ(moves, expected) << count << " moves";
+        }
+    }
+}
+
 TEST(Picker, HandsLosingMovesOutWhenTheDeferredListIsFull) {
     const Position pos = positionOf("4k3/3p4/2p5/3p4/8/3Q4/8/4K3 w - -");
     MovePicker picker;
@@ -65,6 +85,24 @@ TEST(Picker, HandsLosingMovesOutWhenTheDeferredListIsFull) {
     EXPECT_EQ(nextMove(&picker), makeWord(D3, D5));
     EXPECT_EQ(picker.stage, StageCaptures);
     EXPECT_EQ(picker.badCount, MaxListMoves);
+}
+
+TEST(Picker, PutsOffJustTheMovesThatLoseMaterial) {
+    constexpr int FarFromLeaves = 20;  // half plies, where losing quiet moves are put off too
+    int quiet = 0, deferred = 0;
+    walkRandomGames(4, 120, [&](const Position& pos) {
+        if (pos.inCheck) return;
+        MovePicker picker;
+        picker.start(pos, KindFull, FarFromLeaves, NoMove);
+        while (const Move move = nextMove(&picker)) {
+            const bool late = picker.stage == StageDeferred;
+            ASSERT_EQ(late, seeLosing(pos, move)) << writeFen(pos) << moveText(move);
+            quiet += picker.stage == StageQuiets;
+            deferred += late;
+        }
+    });
+    EXPECT_GT(quiet, 1000);
+    EXPECT_GT(deferred, 100);
 }
 
 TEST(Picker, EndsAListOnDemand) {
