@@ -34,7 +34,7 @@ void printText(const std::string& fen, const Position& pos, const EvalAccount& a
 }
 
 void printJson(const std::string& fen, const Position& pos, const EvalAccount& account) {
-    const auto pairText = [](Score value) {
+    const auto pairText = [](Lanes value) {
         return '[' + std::to_string(mgOf(value)) + ',' + std::to_string(egOf(value)) + ']';
     };
     std::string rows, sums, steps;

@@ -3,6 +3,7 @@
 
 #include "board/position.h"
 #include "board/thread_hooks.h"
+#include "eval/lanes.h"
 
 // Direct-mapped on the low bits of the position key.
 struct EvalCacheEntry {
@@ -24,7 +25,7 @@ inline constexpr std::size_t MatCacheEntries = 4096;
 struct PawnEntry {
     std::uint8_t passed[2][8];  // squares of each colour's passed pawns, ascending, 0 after the last
     Key key;
-    Score score;  // White minus Black, in lane units
+    Lanes score;  // White minus Black, in lane units
     // By colour, what the own king's shelter takes off the enemy's attack units.
     std::int16_t shelterUnits[2];
     std::uint8_t span[2];       // by colour, last file with a pawn minus the first, plus 1; 0 without pawns

@@ -24,5 +24,5 @@ void closedContempt(const Position& pos, EvalInfo& info) {
     constexpr int ClosedPawns = 15;
     if (settings.contempt <= 0) return;
     if (popcount(pos.pieces[White][Pawn] | pos.pieces[Black][Pawn]) < ClosedPawns) return;
-    info.score[White] -= pair(contemptValue[White], 0);
+    info.score[White] -= Lanes(contemptValue[White], 0);
 }

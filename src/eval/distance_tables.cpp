@@ -24,12 +24,12 @@ void buildDistanceTables() {
             const int base = KingDistanceBase[distance];
             const int own = base + rankTerm(PasserKings.own, weight);
             const int enemy = -base + rankTerm(PasserKings.enemy, weight);
-            PasserOwnKing[row][distance] = pair(0, own);
-            PasserEnemyKing[row][distance] = pair(0, enemy);
-            CandidateOwnKing[row][distance] = pair(0, candidateShare(own));
-            CandidateEnemyKing[row][distance] = pair(0, candidateShare(enemy));
-            PawnEndOwnKing[row][distance] = pair(0, rankTerm(PawnEndKings.own, weight));
-            PawnEndEnemyKing[row][distance] = pair(0, rankTerm(PawnEndKings.enemy, weight));
+            PasserOwnKing[row][distance] = Lanes(0, own);
+            PasserEnemyKing[row][distance] = Lanes(0, enemy);
+            CandidateOwnKing[row][distance] = Lanes(0, candidateShare(own));
+            CandidateEnemyKing[row][distance] = Lanes(0, candidateShare(enemy));
+            PawnEndOwnKing[row][distance] = Lanes(0, rankTerm(PawnEndKings.own, weight));
+            PawnEndEnemyKing[row][distance] = Lanes(0, rankTerm(PawnEndKings.enemy, weight));
         }
     }
 }

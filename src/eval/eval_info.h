@@ -4,6 +4,7 @@
 #include "board/bitboard.h"
 #include "board/geometry.h"
 #include "eval/caches.h"
+#include "eval/lanes.h"
 
 // The constructor leaves the maps unwritten; each is written by the stage that its comment names. Indices are
 // colours; c is the colour that a map belongs to.
@@ -11,7 +12,7 @@ struct EvalInfo {
     const PawnEntry* pawns;  // facts of the pawn structure
     int phase;               // 0 to 96
     int king[2];             // squares
-    Score score[2];          // lane units, each side's own sum
+    Lanes score[2];          // lane units, each side's own sum
     int units[2];            // c's attack on the enemy king
 
     // Preparations.

@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-Score KingDanger[KingDangerEntries];
+Lanes KingDanger[KingDangerEntries];
 
 namespace {
 
@@ -40,6 +40,6 @@ void buildKingSafetyTable(int k) {
     }
     for (int units = 0; units < KingDangerEntries; ++units) {
         const int listed = units < ListedDangers ? units : ListedDangers - 1;
-        KingDanger[units] = pair(k * KingSafetyCurve[listed] / 10, 0);
+        KingDanger[units] = Lanes(k * KingSafetyCurve[listed] / 10, 0);
     }
 }

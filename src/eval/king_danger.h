@@ -2,7 +2,7 @@
 // and the table that turns their sum into a score.
 #pragma once
 
-#include "board/score.h"
+#include "eval/lanes.h"
 
 // ---- King attack weights: what adds to a side's units against the enemy king ----
 
@@ -32,7 +32,7 @@ inline constexpr int DefenderUnits = -1;  // for each kind of piece that defends
 
 // Middlegame value of attack units against a king. Written only while no search runs.
 inline constexpr int KingDangerEntries = 256;
-extern Score KingDanger[KingDangerEntries];
+extern Lanes KingDanger[KingDangerEntries];
 
 // Weight of king safety: the option's default, and the tree search's, whatever the option says.
 inline constexpr int UsualKingSafety = 72;

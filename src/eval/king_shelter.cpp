@@ -53,13 +53,13 @@ int shelterValue(const Position& pos, int kingSquare, bool ahead) {
 }  // namespace
 
 template <Colour us>
-void kingShelter(const Position& pos, PawnEntry& entry, Score& score) {
+void kingShelter(const Position& pos, PawnEntry& entry, Lanes& score) {
     constexpr std::uint8_t LostShort = us == White ? 1 : 4;
     const int king = pos.kingSquare(us);
     int value = shelterValue<us>(pos, king, true);
     // Intended: only short castling counts as a way to a better shelter.
     if (!(pos.castleLost & LostShort)) value = std::max(value, shelterValue<us>(pos, CastledKing<us>, false));
-    score += pair(value, 0);
+    score += Lanes(value, 0);
 
     // Storming pawns are counted on the files of the real king, whichever shelter was better.
     const Bitboard stormRanks = relativeRankMask(us, 2) | relativeRankMask(us, 3);
@@ -67,5 +67,5 @@ void kingShelter(const Position& pos, PawnEntry& entry, Score& score) {
     entry.shelterUnits[us] = std::int16_t(value / ShelterPerUnit - popcount(storming));
 }
 
-template void kingShelter<White>(const Position& pos, PawnEntry& entry, Score& score);
-template void kingShelter<Black>(const Position& pos, PawnEntry& entry, Score& score);
+template void kingShelter<White>(const Position& pos, PawnEntry& entry, Lanes& score);
+template void kingShelter<Black>(const Position& pos, PawnEntry& entry, Lanes& score);

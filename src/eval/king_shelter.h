@@ -2,8 +2,9 @@
 #pragma once
 
 #include "board/position.h"
+#include "eval/lanes.h"
 
 // Adds the shelter of the king of `us` to its score and notes in the entry what it takes off the enemy's
 // attack units.
 template <Colour us>
-void kingShelter(const Position& pos, PawnEntry& entry, Score& score);
+void kingShelter(const Position& pos, PawnEntry& entry, Lanes& score);

@@ -2,8 +2,8 @@
 // runs.
 #pragma once
 
-#include "board/score.h"
 #include "board/types.h"
+#include "eval/lanes.h"
 
 // Rebuilds every parameter table, and the style from the options. Called after `initMaterialTable`, before
 // each bench pass, and after an option that was stored.
@@ -18,7 +18,7 @@ extern int PhasePieceValue[MaxPhase + 1][7];
 // value alone. Passer and candidate tables are read at the relative rank minus 1, those of pawn endings at
 // the rank itself.
 inline constexpr int DistanceRows = 9;
-using DistanceTable = Score[DistanceRows][9];
+using DistanceTable = Lanes[DistanceRows][9];
 extern DistanceTable PasserOwnKing, PasserEnemyKing;
 extern DistanceTable CandidateOwnKing, CandidateEnemyKing;
 extern DistanceTable PawnEndOwnKing, PawnEndEnemyKing;

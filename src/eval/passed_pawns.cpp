@@ -67,7 +67,7 @@ class PassedPawnStage {
         const Bitboard danger =
             heavyBehind(pawn, rear) ? path : path & (info.allAttacks[them] | pos.pieces[them][AllPieces]);
         const Bitboard support = path & info.allAttacks[us];
-        Score sum;
+        Lanes sum;
         if (!danger)
             sum += support == path ? PasserFreeSupported[index] : PasserFree[index];
         else if (!(danger & ~support))

@@ -80,7 +80,7 @@ void noteFacts(const Position& pos, const PawnMaps& maps, PawnEntry& entry) {
 }
 
 // Both kings should stand near the middle of all pawns.
-void kingDistanceFromPawns(const Position& pos, const PawnMaps& maps, Score acc[2]) {
+void kingDistanceFromPawns(const Position& pos, const PawnMaps& maps, Lanes acc[2]) {
     const Bitboard pawns = maps.pawns[White] | maps.pawns[Black];
     if (!pawns) return;
     int fileSum = 0;
@@ -91,14 +91,14 @@ void kingDistanceFromPawns(const Position& pos, const PawnMaps& maps, Score acc[
 }
 
 template <Colour us>
-Score tension(const PawnMaps& maps) {
+Lanes tension(const PawnMaps& maps) {
     const Bitboard farHalf = relativeRankMask(us, 4) | relativeRankMask(us, 5);
     return at(PawnTension, popcount(maps.pawns[us] & farHalf & maps.attacks[opponent(us)]));
 }
 
 // Doubled pawns, on one file; the frontmost of them suffers most when nothing defends it.
 template <Colour us>
-Score doubledPawns(const PawnMaps& maps, Bitboard doubledFront) {
+Lanes doubledPawns(const PawnMaps& maps, Bitboard doubledFront) {
     const Bitboard own = maps.pawns[us];
     const int extra = popcount(own) - std::popcount(filesOf(own));
     return at(DoubledPawns, extra) + at(DoubledUnsupported, popcount(doubledFront & ~maps.attacks[us]));
@@ -106,10 +106,10 @@ Score doubledPawns(const PawnMaps& maps, Bitboard doubledFront) {
 
 // Isolated pawns have no own pawn on the files beside them.
 template <Colour us>
-Score isolatedPawns(const PawnMaps& maps, Bitboard doubledFront) {
+Lanes isolatedPawns(const PawnMaps& maps, Bitboard doubledFront) {
     const Bitboard closed = maps.fileFill[opponent(us)];
     const Bitboard isolated = maps.pawns[us] & maps.isolatedFiles[us];
-    Score sum = at(IsolatedEdgeClosed, popcount(isolated & EdgeFiles & closed)) +
+    Lanes sum = at(IsolatedEdgeClosed, popcount(isolated & EdgeFiles & closed)) +
                 at(IsolatedEdgeOpen, popcount(isolated & EdgeFiles & ~closed)) +
                 at(IsolatedClosed, popcount(isolated & ~EdgeFiles & closed)) +
                 at(IsolatedOpen, popcount(isolated & ~EdgeFiles & ~closed));
@@ -123,10 +123,10 @@ Score isolatedPawns(const PawnMaps& maps, Bitboard doubledFront) {
 
 // A pair of neighbours on the edge of an enemy-free file in the own half, which one enemy pawn can hold.
 template <Colour us>
-Score edgePhalanxes(const PawnMaps& maps) {
+Lanes edgePhalanxes(const PawnMaps& maps) {
     const Bitboard pawns =
         maps.pawns[us] & maps.neighbours[us] & OwnHalf<us> & ~maps.fileFill[opponent(us)] & EdgeFiles;
-    Score sum;
+    Lanes sum;
     forEachSquare(pawns, [&](int square) {
         const int inward = fileOf(square) == 0 ? 1 : -1;
         const int keySquare = square + 2 * pawnStep(us) + inward;
@@ -138,7 +138,7 @@ Score edgePhalanxes(const PawnMaps& maps) {
 
 // Backward pawns: no own pawn can ever defend them, and whose neighbours have gone ahead.
 template <Colour us>
-Score backwardPawns(const PawnMaps& maps, Bitboard doubledFront) {
+Lanes backwardPawns(const PawnMaps& maps, Bitboard doubledFront) {
     constexpr Colour them = opponent(us);
     const Bitboard own = maps.pawns[us];
     // The front pawn of a doubled pair gets no help from a neighbour.
@@ -156,7 +156,7 @@ Score backwardPawns(const PawnMaps& maps, Bitboard doubledFront) {
 // Passed pawns, as far as pawns and kings alone decide their worth; their squares are noted in the entry.
 template <Colour us>
 void passedPawns(const Position& pos, const PawnMaps& maps, Bitboard passers, PawnEntry& entry,
-                 Score acc[2]) {
+                 Lanes acc[2]) {
     constexpr Colour them = opponent(us);
     const int ownKing = pos.kingSquare(us);
     const int enemyKing = pos.kingSquare(them);
@@ -181,10 +181,10 @@ void passedPawns(const Position& pos, const PawnMaps& maps, Bitboard passers, Pa
 // Candidate passed pawns: with a free file they may become passed because their sentries are no more than the
 // files to help on.
 template <Colour us>
-Score candidates(const Position& pos, const PawnMaps& maps, Bitboard pawns) {
+Lanes candidates(const Position& pos, const PawnMaps& maps, Bitboard pawns) {
     constexpr Colour them = opponent(us);
     const Bitboard enemies = maps.pawns[them];
-    Score sum;
+    Lanes sum;
     forEachSquare(pawns, [&](int square) {
         const SquareTable& ahead = us == White ? adjacentAbove : adjacentBelow;
         const Bitboard besidePawn = besides(bit(square));
@@ -202,7 +202,7 @@ Score candidates(const Position& pos, const PawnMaps& maps, Bitboard pawns) {
 }
 
 template <Colour us>
-void evaluateSide(const Position& pos, const PawnMaps& maps, PawnEntry& entry, Score acc[2]) {
+void evaluateSide(const Position& pos, const PawnMaps& maps, PawnEntry& entry, Lanes acc[2]) {
     constexpr Colour them = opponent(us);
     const Bitboard own = maps.pawns[us];
     const Bitboard front = own & ~fillAhead<them>(pawnPushes<them>(own));
@@ -224,10 +224,10 @@ void evaluateSide(const Position& pos, const PawnMaps& maps, PawnEntry& entry, S
 
 // The king's own troubles with pawns: shut in behind them, an enemy pawn at its back, or none anywhere near.
 template <Colour us>
-Score kingAmongPawns(const Position& pos, const PawnMaps& maps) {
+Lanes kingAmongPawns(const Position& pos, const PawnMaps& maps) {
     const int king = pos.kingSquare(us);
     const int file = fileOf(king);
-    Score sum;
+    Lanes sum;
     const Bitboard front = pawnPushes<us>(bit(king) | besides(bit(king)));
     if (relativeRank(us, king) == 0 && !(front & ~maps.pawns[us])) sum += ShutInKing;
     if (pawnPushes<opponent(us)>(bit(king)) & maps.pawns[opponent(us)]) sum += EnemyPawnBehindKing;
@@ -239,7 +239,7 @@ Score kingAmongPawns(const Position& pos, const PawnMaps& maps) {
 
 }  // namespace
 
-void judgePawns(const Position& pos, PawnEntry& entry, Score (&acc)[2]) {
+void judgePawns(const Position& pos, PawnEntry& entry, Lanes (&acc)[2]) {
     PawnMaps maps;
     maps.pawns[White] = pos.pieces[White][Pawn];
     maps.pawns[Black] = pos.pieces[Black][Pawn];
@@ -250,7 +250,7 @@ void judgePawns(const Position& pos, PawnEntry& entry, Score (&acc)[2]) {
     entry.key = pos.pawnKey;
     noteFacts(pos, maps, entry);
 
-    acc[White] = acc[Black] = Score{};
+    acc[White] = acc[Black] = Lanes{};
     acc[White] += tension<White>(maps);
     acc[Black] += tension<Black>(maps);
     kingDistanceFromPawns(pos, maps, acc);
@@ -263,10 +263,10 @@ void judgePawns(const Position& pos, PawnEntry& entry, Score (&acc)[2]) {
     entry.score = acc[White] - acc[Black];
 }
 
-Score evaluatePawns(const Position& pos, PawnEntry*& entry) {
+Lanes evaluatePawns(const Position& pos, PawnEntry*& entry) {
     entry = &pos.pawnHash[pos.pawnKey & prefetchBases.pawnMask];
     if (entry->key != pos.pawnKey) {
-        Score sums[2];
+        Lanes sums[2];
         judgePawns(pos, *entry, sums);
     }
     return entry->score;

@@ -100,9 +100,9 @@ void addZoneUnits(EvalInfo& info, Bitboard attacks, int units) {
 
 // Pressure through the one man that stands between a slider and a more valuable target.
 template <Colour us>
-Score linePressure(const Position& pos, int square, Bitboard targets, const Score (&own)[7],
-                   const Score (&enemy)[7]) {
-    Score sum;
+Lanes linePressure(const Position& pos, int square, Bitboard targets, const Lanes (&own)[7],
+                   const Lanes (&enemy)[7]) {
+    Lanes sum;
     forEachSquare(targets, [&](int target) {
         const Bitboard gap = lineBetween(square, target) & pos.occupied;
         if (!gap || severalBits(gap)) return;
@@ -132,7 +132,7 @@ void evaluateKnights(const Position& pos, EvalInfo& info) {
 // Own pawns on a bishop's square colour are in its way, the more if the side has the bishop pair and no enemy
 // bishop can attack them there.
 template <Colour us>
-Score bishopAndPawns(const Position& pos, int square) {
+Lanes bishopAndPawns(const Position& pos, int square) {
     constexpr Colour them = opponent(us);
     const Bitboard colour = bit(square) & DarkSquares ? DarkSquares : LightSquares;
     const int same = popcount(pos.pieces[us][Pawn] & colour);
@@ -159,7 +159,7 @@ void evaluateBishops(const Position& pos, EvalInfo& info) {
         const Bitboard attacks = bishopAttacksOf(square, pos.occupied & ~own[Queen]);
         const Bitboard reach = pinnedReach<us>(info, square, attacks & ~info.avoid[us]);
         const Bitboard targets = bishopRays[std::size_t(square)] & (enemy[Rook] | enemy[Queen]);
-        Score sum = BishopKingDistance[squareDistance(square, info.king[us])];
+        Lanes sum = BishopKingDistance[squareDistance(square, info.king[us])];
         sum += linePressure<us>(pos, square, targets, BishopLineOwn, BishopLineEnemy);
         sum += BishopPawnMobility[popcount(bishopAttacksOf(square, pawns))];
         sum += BishopMobility[popcount(reach)] + bishopAndPawns<us>(pos, square);
@@ -173,7 +173,7 @@ void evaluateBishops(const Position& pos, EvalInfo& info) {
 // A rook on an open or semi-open file, one without own pawns; an enemy pawn there matters more if another one
 // defends it.
 template <Colour us>
-Score rookFile(const Position& pos, const EvalInfo& info, int square) {
+Lanes rookFile(const Position& pos, const EvalInfo& info, int square) {
     constexpr Colour them = opponent(us);
     const Bitboard file = fileMask[std::size_t(fileOf(square))];
     if (pos.pieces[us][Pawn] & file) return {};
@@ -192,7 +192,7 @@ void evaluateRooks(const Position& pos, EvalInfo& info) {
         const Bitboard reach =
             pinnedReach<us>(info, square, attacks & ~(info.avoid[us] | info.knightFear[us]));
         const Bitboard targets = rookRays[std::size_t(square)] & pos.pieces[them][Queen];
-        Score sum = at(OpenFileUnits, info.pawns->openFiles);
+        Lanes sum = at(OpenFileUnits, info.pawns->openFiles);
         sum += linePressure<us>(pos, square, targets, RookLineOwn, RookLineEnemy);
         if (relativeRank(us, square) == 6 && relativeRank(us, enemyKing) == 7) sum += RookOnSeventh;
         sum += rookFile<us>(pos, info, square) + RookMobility[popcount(reach)];
@@ -219,7 +219,7 @@ void evaluateQueens(const Position& pos, EvalInfo& info) {
         const Bitboard attacks = queenAttacksOf(square, pos.occupied);
         const Bitboard reach = pinnedReach<us>(info, square, attacks & ~barred);
         const int mobility = QueenMobilityValues[popcount(reach)];
-        info.score[us] += at(OpenFileUnits, info.pawns->openFiles) + pair(mobility, mobility);
+        info.score[us] += at(OpenFileUnits, info.pawns->openFiles) + Lanes(mobility, mobility);
         info.queenAttacks[us] |= attacks;
         addZoneUnits<us>(info, attacks, SliderZoneUnits);
     });

@@ -12,7 +12,7 @@ constexpr Bitboard filesFromTo(int first, int last) {
 
 // Outposts: pieces where no enemy pawn can ever attack them, best on squares that own pawns hold.
 template <Colour us>
-Score outposts(const Position& pos, const EvalInfo& info) {
+Lanes outposts(const Position& pos, const EvalInfo& info) {
     constexpr Colour them = opponent(us);
     constexpr Bitboard field =
         filesFromTo(2, 5) & (relativeRankMask(us, 3) | relativeRankMask(us, 4) | relativeRankMask(us, 5));
@@ -20,7 +20,7 @@ Score outposts(const Position& pos, const EvalInfo& info) {
     const Bitboard* enemy = pos.pieces[them];
     const Bitboard safe = info.neverAttacked[them];
     const Bitboard posts = (own[Knight] | own[Bishop]) & field & safe & info.pawnAttacks[us];
-    Score sum = at(Outposts, popcount(posts));
+    Lanes sum = at(Outposts, popcount(posts));
     if (!enemy[Knight]) {
         // Nothing can ever be exchanged for a piece that no bishop reaches either.
         Bitboard reached = 0;
@@ -34,11 +34,11 @@ Score outposts(const Position& pos, const EvalInfo& info) {
 
 // Pawns that can't move, or only where the enemy alone attacks; pieces that pawns shield.
 template <Colour us>
-Score pawnsAndPieces(const Position& pos, const EvalInfo& info) {
+Lanes pawnsAndPieces(const Position& pos, const EvalInfo& info) {
     constexpr Colour them = opponent(us);
     const Bitboard* own = pos.pieces[us];
     const Bitboard stops = pawnPushes<us>(own[Pawn]);
-    Score sum = at(BlockedPawns, popcount(stops & pos.occupied));
+    Lanes sum = at(BlockedPawns, popcount(stops & pos.occupied));
     sum += at(ControlledStops, popcount(stops & info.allAttacks[them] & ~info.allAttacks[us]));
     sum += at(PawnDefendedPieces, popcount(own[AllPieces] & ~own[Pawn] & info.pawnAttacks[us]));
     const Bitboard behind = pawnPushes<them>(own[Pawn]);
@@ -48,7 +48,7 @@ Score pawnsAndPieces(const Position& pos, const EvalInfo& info) {
 
 // Enemy pawns that are stuck on their first squares, in the centre and away from their king's wing.
 template <Colour us>
-Score enemyHomeBlocked(const Position& pos) {
+Lanes enemyHomeBlocked(const Position& pos) {
     constexpr Colour them = opponent(us);
     constexpr Bitboard farFromWest = filesFromTo(3, 6), farFromEast = filesFromTo(1, 4);
     const Bitboard files = pos.pieces[them][King] & WestFiles ? farFromWest : farFromEast;
@@ -58,11 +58,11 @@ Score enemyHomeBlocked(const Position& pos) {
 
 // A trapped bishop: in the corner behind an own man on the long diagonal.
 template <Colour us>
-Score cornerBishops(const Position& pos) {
+Lanes cornerBishops(const Position& pos) {
     constexpr int flip = us == White ? 0 : 56;
     const Bitboard bishops = pos.pieces[us][Bishop];
     const Bitboard own = pos.pieces[us][AllPieces];
-    Score sum;
+    Lanes sum;
     if ((bishops & bit(H1 ^ flip)) && (own & bit(G2 ^ flip))) sum += TrappedBishop;
     if ((bishops & bit(A1 ^ flip)) && (own & bit(B2 ^ flip))) sum += TrappedBishop;
     return sum;

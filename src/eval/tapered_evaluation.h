@@ -23,11 +23,11 @@
 // All that an observer must have. Names are for people.
 struct NoObserver {
     // After a stage: both sides' sums so far, in lane units.
-    static void stage(const char*, const Score (&)[2]) {}
+    static void stage(const char*, const Lanes (&)[2]) {}
     // The pawn score of a position, White minus Black in lane units.
-    static void pawns(const Position&, Score) {}
+    static void pawns(const Position&, Lanes) {}
     // A pair of lane units from White's view.
-    static void sum(const char*, Score) {}
+    static void sum(const char*, Lanes) {}
     // What is left after a step: blended units from White's view unless the name says another unit.
     static void value(const char*, int) {}
     // Material in blended units from White's view, and the scale of all else.
@@ -45,7 +45,7 @@ inline constexpr int ResultUnit = 10 * MaxPhase;  // blended units of one centip
 inline constexpr int TenthUnit = MaxPhase;        // and of a tenth of one
 
 // Tapered evaluation: between the two lanes by phase.
-inline int blend(Score s, int phase) { return egOf(s) * (MaxPhase - phase) + mgOf(s) * phase; }
+inline int blend(Lanes s, int phase) { return egOf(s) * (MaxPhase - phase) + mgOf(s) * phase; }
 
 // For the side to move, in tenths of a centipawn.
 constexpr int tempo(int phase) { return TempoBase + (TempoByPhase * phase + MaxPhase / 2) / MaxPhase; }
@@ -102,27 +102,28 @@ template <class Observer>
 }
 
 // Late in the game a wide front of pawns is worth something in itself.
-inline Score spanDifference(const PawnEntry& pawns) {
-    return pair(0, SpanEg[pawns.span[White]] - SpanEg[pawns.span[Black]]);
+inline Lanes spanDifference(const PawnEntry& pawns) {
+    return Lanes(0, SpanEg[pawns.span[White]] - SpanEg[pawns.span[Black]]);
 }
 
 // Style: the pieces' sum is stretched lane by lane. Intended: the pawn score is not.
-inline Score dynamic(Score sum) {
-    return pair(mgOf(sum) * evalStyle.dynamismMg / 128, egOf(sum) * evalStyle.dynamismEg / 128);
+inline Lanes dynamic(Lanes sum) {
+    return Lanes(mgOf(sum) * evalStyle.dynamismMg / 128, egOf(sum) * evalStyle.dynamismEg / 128);
 }
 
 // All sums together, in tenths of a centipawn from White's view. Keeps the positional score for the line's
 // estimates.
 template <class Observer>
-int assemble(Position& pos, const EvalInfo& info, Score pawnScore, int material, float scale,
+int assemble(Position& pos, const EvalInfo& info, Lanes pawnScore, int material, float scale,
              Observer& observer) {
     constexpr int LatePhase = 18;
     const PawnEntry& pawns = *info.pawns;
     observer.sum("stages", info.score[White] - info.score[Black]);
-    const Score pieces = dynamic(info.score[White] - info.score[Black] + pos.psqPair);
+    const Lanes pieces = dynamic(info.score[White] - info.score[Black] + Lanes(pos.psqPair));
     observer.sum("with piece squares and dynamism", pieces);
-    observer.sum("contempt", contemptPair[White]);
-    Score sum = pawnScore + contemptPair[White] + pieces;
+    const Lanes contempt(contemptPair[White]);
+    observer.sum("contempt", contempt);
+    Lanes sum = pawnScore + contempt + pieces;
     if (info.phase < LatePhase) sum += spanDifference(pawns);
     observer.sum("with pawns, contempt and late pawn fronts", sum);
     int score = blend(sum, info.phase);
@@ -186,12 +187,12 @@ int evaluateBefore(Observer&& observer, Position& pos, int alpha, int beta) {
     const int phase = pos.cappedPhase();
     int score;
     if (scale == 0) {
-        score = roundedBy<ResultUnit>(forMover(pos, blend(contemptPair[White], phase) + material));
+        score = roundedBy<ResultUnit>(forMover(pos, blend(Lanes(contemptPair[White]), phase) + material));
     } else {
         int estimate;
         if (leavesEarly(pos, material, scale, phase, alpha, beta, estimate)) return estimate;
         PawnEntry* pawns;
-        const Score pawnScore = evaluatePawns(pos, pawns);
+        const Lanes pawnScore = evaluatePawns(pos, pawns);
         observer.pawns(pos, pawnScore);
         EvalInfo info;
         info.pawns = pawns;

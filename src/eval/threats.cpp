@@ -5,27 +5,27 @@
 namespace {
 
 // The sum over a set of enemy men of what each type is worth.
-Score byType(const Position& pos, Bitboard men, const Score (&values)[7]) {
-    Score sum;
+Lanes byType(const Position& pos, Bitboard men, const Lanes (&values)[7]) {
+    Lanes sum;
     forEachSquare(men, [&](int square) { sum += values[typeOfCode(pos.board[square])]; });
     return sum;
 }
 
 // Pieces attacked by pawns, of which those count whose attacker can't simply be taken.
 template <Colour us>
-Score pawnThreats(const Position& pos, const EvalInfo& info) {
+Lanes pawnThreats(const Position& pos, const EvalInfo& info) {
     constexpr Colour them = opponent(us);
     const Bitboard hit = pos.pieces[them][AllPieces] & ~pos.pieces[them][Pawn] & info.pawnAttacks[us];
     if (!hit) return {};
     const Bitboard safePawns = pos.pieces[us][Pawn] & (info.allAttacks[us] | ~info.allAttacks[them]);
     const Bitboard safeHit = hit & pawnAttacks<us>(safePawns);
-    const Score unsafe = hit != safeHit ? UnsafePawnThreat : Score{};
+    const Lanes unsafe = hit != safeHit ? UnsafePawnThreat : Lanes{};
     return unsafe + byType(pos, safeHit, PawnThreat);
 }
 
 // Men attacked by pieces: those without a pawn's defence, and pieces even with one.
 template <Colour us>
-Score pieceThreats(const Position& pos, const EvalInfo& info) {
+Lanes pieceThreats(const Position& pos, const EvalInfo& info) {
     constexpr Colour them = opponent(us);
     const Bitboard* enemy = pos.pieces[them];
     const Bitboard unprotected = enemy[AllPieces] & ~info.pawnAttacks[them];
@@ -33,7 +33,7 @@ Score pieceThreats(const Position& pos, const EvalInfo& info) {
     const Bitboard weak = unprotected & info.allAttacks[us];
     const Bitboard shielded = enemy[AllPieces] & ~enemy[Pawn] & info.pawnAttacks[them];
     if (!(weak | shielded)) return {};
-    Score sum = byType(pos, (weak | shielded) & info.minorAttacks[us], MinorThreat);
+    Lanes sum = byType(pos, (weak | shielded) & info.minorAttacks[us], MinorThreat);
     sum += byType(pos, (weak | enemy[Queen]) & info.rookAttacks[us], RookThreat);
     sum += at(HangingPieces, popcount(weak & ~info.allAttacks[them]));
     if (const Bitboard kingHit = unprotected & info.kingAttacks[us])
@@ -43,7 +43,7 @@ Score pieceThreats(const Position& pos, const EvalInfo& info) {
 
 // Men that a pawn would attack after a safe push.
 template <Colour us>
-Score pushThreats(const Position& pos, const EvalInfo& info) {
+Lanes pushThreats(const Position& pos, const EvalInfo& info) {
     constexpr Colour them = opponent(us);
     const Bitboard free = ~pos.occupied;
     const Bitboard movers = pos.pieces[us][Pawn] & ~relativeRankMask(us, 6);

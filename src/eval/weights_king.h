@@ -20,17 +20,17 @@ inline constexpr int ShelterMidFile[8] = {1, 1, 2, 3, 4, 5, 6, 6};
 
 // ---- Kings among pawns ----
 
-inline constexpr Score ShutInKing = pair(-63, -173);
-inline constexpr Score EnemyPawnBehindKing = pair(0, 27);
-inline constexpr Score KingAwayFromPawns = pair(-50, -200);
+inline constexpr Lanes ShutInKing = Lanes(-63, -173);
+inline constexpr Lanes EnemyPawnBehindKing = Lanes(0, 27);
+inline constexpr Lanes KingAwayFromPawns = Lanes(-50, -200);
 
 // ---- What pieces make of it ----
 
-inline constexpr Score SafeCheck = pair(0, 84);                 // for each kind of piece that has one
+inline constexpr Lanes SafeCheck = Lanes(0, 84);                // for each kind of piece that has one
 inline constexpr CountTable CentreControl = timesCount(20, 0);  // space: attacked squares of the centre
 // Own pawns that no own man but the king defends.
 inline constexpr CountTable UndefendedPawns = timesCount(-15, -30);
 
 // On the wing where both kings stand: a bishop that looks at it, a queen or knight there, several of them.
-inline constexpr Score WingShare = pair(35, 0);
+inline constexpr Lanes WingShare = Lanes(35, 0);
 inline constexpr CountTable WingPawns = timesCount(8, 0);

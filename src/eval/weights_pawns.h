@@ -37,8 +37,8 @@ inline constexpr CountTable StopAttackedHome = timesCount(-11, -12);
 inline constexpr CountTable PawnTension = timesCount(89, 78);
 
 // A pair of neighbours on the edge of their own half that one enemy pawn can hold: held, and free yet.
-inline constexpr Score EdgePhalanxHeld = pair(-1, -25);
-inline constexpr Score EdgePhalanxFree = pair(-2, -50);
+inline constexpr Lanes EdgePhalanxHeld = Lanes(-1, -25);
+inline constexpr Lanes EdgePhalanxFree = Lanes(-2, -50);
 
 // By files between a king and the mean file of all pawns.
 inline constexpr CountTable KingFilesFromPawns = timesCount(0, -15);
@@ -51,63 +51,63 @@ inline constexpr int SpanPull[9] = {12, 10, 8, 6, 4, 2, 0, -2, -4};
 // ---- Passed pawns ----
 
 // Tables by i, the pawn's relative rank minus 1, of factors of max(1, i * (i - 1)).
-constexpr std::array<Score, 6> byPasserRank(int mg, int eg) {
-    std::array<Score, 6> table{};
+constexpr std::array<Lanes, 6> byPasserRank(int mg, int eg) {
+    std::array<Lanes, 6> table{};
     for (int i = 0; i < 6; ++i) {
         const int growth = i * (i - 1) > 1 ? i * (i - 1) : 1;
-        table[std::size_t(i)] = pair(mg * growth, eg * growth);
+        table[std::size_t(i)] = Lanes(mg * growth, eg * growth);
     }
     return table;
 }
 // The same with an endgame lane that grows by i * i + 1.
-constexpr std::array<Score, 6> byPasserSquare(int mg, int eg) {
-    std::array<Score, 6> table = byPasserRank(mg, 0);
-    for (int i = 0; i < 6; ++i) table[std::size_t(i)] = pair(mgOf(table[std::size_t(i)]), eg * (i * i + 1));
+constexpr std::array<Lanes, 6> byPasserSquare(int mg, int eg) {
+    std::array<Lanes, 6> table = byPasserRank(mg, 0);
+    for (int i = 0; i < 6; ++i) table[std::size_t(i)] = Lanes(mgOf(table[std::size_t(i)]), eg * (i * i + 1));
     return table;
 }
 // In itself, and with two queens and nothing else; then by what stands or looks at the way ahead.
-inline constexpr std::array<Score, 6> PasserBase = byPasserSquare(42, 34);
-inline constexpr std::array<Score, 6> PasserQueens = byPasserSquare(44, 44);
-inline constexpr std::array<Score, 6> PasserFree = byPasserRank(25, 60);
-inline constexpr std::array<Score, 6> PasserFreeSupported = byPasserRank(28, 67);
-inline constexpr std::array<Score, 6> PasserDefended = byPasserRank(25, 36);
-inline constexpr std::array<Score, 6> PasserClearPath = byPasserRank(1, 3);
-inline constexpr std::array<Score, 6> PasserStopSupported = byPasserRank(2, 8);
+inline constexpr std::array<Lanes, 6> PasserBase = byPasserSquare(42, 34);
+inline constexpr std::array<Lanes, 6> PasserQueens = byPasserSquare(44, 44);
+inline constexpr std::array<Lanes, 6> PasserFree = byPasserRank(25, 60);
+inline constexpr std::array<Lanes, 6> PasserFreeSupported = byPasserRank(28, 67);
+inline constexpr std::array<Lanes, 6> PasserDefended = byPasserRank(25, 36);
+inline constexpr std::array<Lanes, 6> PasserClearPath = byPasserRank(1, 3);
+inline constexpr std::array<Lanes, 6> PasserStopSupported = byPasserRank(2, 8);
 
 // A candidate passed pawn is worth 65 per cent of a passed one.
 constexpr int candidateShare(int passer) { return passer * 65 / 100; }
 
 // By relative rank 0 to 7.
-constexpr std::array<Score, 8> makeCandidateBonus() {
-    std::array<Score, 8> table{};
+constexpr std::array<Lanes, 8> makeCandidateBonus() {
+    std::array<Lanes, 8> table{};
     for (int rank = 1; rank < 7; ++rank) {
-        const Score base = PasserBase[std::size_t(rank - 1)];
-        table[std::size_t(rank)] = pair(candidateShare(mgOf(base)), candidateShare(egOf(base)));
+        const Lanes base = PasserBase[std::size_t(rank - 1)];
+        table[std::size_t(rank)] = Lanes(candidateShare(mgOf(base)), candidateShare(egOf(base)));
     }
     return table;
 }
-inline constexpr std::array<Score, 8> CandidateBonus = makeCandidateBonus();
+inline constexpr std::array<Lanes, 8> CandidateBonus = makeCandidateBonus();
 
 // A passed pawn beside an own pawn or defended by one, by relative rank 0 to 7.
-inline constexpr Score SupportedPasser[8] = {
-    pair(0, 0),
-    pair(28 / 4, 47 / 4),
-    pair(28 / 4, 47 / 4),
-    pair(127 / 4, 188 / 4),
-    pair(325 / 4, 470 / 4),
-    pair(622 / 4, 893 / 4),
-    pair(1018 / 4, 1457 / 4),
-    pair(0, 0),
+inline constexpr Lanes SupportedPasser[8] = {
+    Lanes(0, 0),
+    Lanes(28 / 4, 47 / 4),
+    Lanes(28 / 4, 47 / 4),
+    Lanes(127 / 4, 188 / 4),
+    Lanes(325 / 4, 470 / 4),
+    Lanes(622 / 4, 893 / 4),
+    Lanes(1018 / 4, 1457 / 4),
+    Lanes(0, 0),
 };
 
 // By file.
-inline constexpr Score PasserFile[8] = {pair(0, 60),  pair(0, 20),  pair(0, -20), pair(0, -60),
-                                        pair(0, -60), pair(0, -20), pair(0, 20),  pair(0, 60)};
+inline constexpr Lanes PasserFile[8] = {Lanes(0, 60),  Lanes(0, 20),  Lanes(0, -20), Lanes(0, -60),
+                                        Lanes(0, -60), Lanes(0, -20), Lanes(0, 20),  Lanes(0, 60)};
 
-inline constexpr Score SeveralPassers = pair(33, 128);    // once, for two and more
-inline constexpr Score KingAtPromotion = pair(0, 129);    // for each king beside the promotion square
-inline constexpr Score RookBehindPasser = pair(62, 274);  // for the rook's side
-inline constexpr Score KnightNearPasser = pair(0, 50);    // for the side whose knight holds the square ahead
+inline constexpr Lanes SeveralPassers = Lanes(33, 128);    // once, for two and more
+inline constexpr Lanes KingAtPromotion = Lanes(0, 129);    // for each king beside the promotion square
+inline constexpr Lanes RookBehindPasser = Lanes(62, 274);  // for the rook's side
+inline constexpr Lanes KnightNearPasser = Lanes(0, 50);    // for the side whose knight holds the square ahead
 // Without pieces, by the farthest passed pawn's relative rank minus 1.
 inline constexpr CountTable FarthestPasser = timesCount(0, 40);
 

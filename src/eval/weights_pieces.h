@@ -6,20 +6,20 @@
 // ---- Mobility, by number of squares ----
 
 // clang-format off
-inline constexpr Score KnightMobility[13] = {
-    pair(-422, -516), pair(-347, -424), pair(-283, -346), pair(-228, -279), pair(-179, -219), pair(-135, -166),
-    pair( -95, -118), pair( -59,  -74), pair( -26,  -33), pair(   5,    4), pair(  33,   39), pair(  60,   71),
-    pair(  85,  102),
+inline constexpr Lanes KnightMobility[13] = {
+    Lanes(-422, -516), Lanes(-347, -424), Lanes(-283, -346), Lanes(-228, -279), Lanes(-179, -219), Lanes(-135, -166),
+    Lanes( -95, -118), Lanes( -59,  -74), Lanes( -26,  -33), Lanes(   5,    4), Lanes(  33,   39), Lanes(  60,   71),
+    Lanes(  85,  102),
 };
-inline constexpr Score BishopMobility[14] = {
-    pair(-354, -322), pair(-280, -254), pair(-216, -196), pair(-162, -146), pair(-113, -102), pair(-70, -62),
-    pair( -31,  -26), pair(   5,    6), pair(  38,   37), pair(  68,   64), pair(  96,   90), pair(123, 115),
-    pair( 148,  137), pair( 171,  159),
+inline constexpr Lanes BishopMobility[14] = {
+    Lanes(-354, -322), Lanes(-280, -254), Lanes(-216, -196), Lanes(-162, -146), Lanes(-113, -102), Lanes(-70, -62),
+    Lanes( -31,  -26), Lanes(   5,    6), Lanes(  38,   37), Lanes(  68,   64), Lanes(  96,   90), Lanes(123, 115),
+    Lanes( 148,  137), Lanes( 171,  159),
 };
-inline constexpr Score RookMobility[15] = {
-    pair(-172, -340), pair(-130, -208), pair(-96, -130), pair(-65, -75), pair(-39, -32), pair(-15,   2),
-    pair(   7,   32), pair(  26,   57), pair( 44,   80), pair( 61, 100), pair( 77, 118), pair( 91, 135),
-    pair( 105,  150), pair( 118,  164), pair(130,  177),
+inline constexpr Lanes RookMobility[15] = {
+    Lanes(-172, -340), Lanes(-130, -208), Lanes(-96, -130), Lanes(-65, -75), Lanes(-39, -32), Lanes(-15,   2),
+    Lanes(   7,   32), Lanes(  26,   57), Lanes( 44,   80), Lanes( 61, 100), Lanes( 77, 118), Lanes( 91, 135),
+    Lanes( 105,  150), Lanes( 118,  164), Lanes(130,  177),
 };
 // Both lanes alike.
 inline constexpr int QueenMobilityValues[28] = {
@@ -27,32 +27,32 @@ inline constexpr int QueenMobilityValues[28] = {
     85, 106, 126, 144, 163, 180, 197, 213, 228, 243, 258, 271, 285, 299,
 };
 // The bishop's reach when only pawns stop it.
-inline constexpr Score BishopPawnMobility[16] = {
-    pair(-171, -194), pair(-139, -157), pair(-112, -127), pair(-89, -101), pair(-68, -77), pair(-49, -56),
-    pair( -32,  -36), pair( -15,  -17), pair(   0,    0), pair( 15,   17), pair( 29,  32), pair( 42,  48),
-    pair(  55,   62), pair(  67,   76), pair(  79,   90), pair( 91,  103),
+inline constexpr Lanes BishopPawnMobility[16] = {
+    Lanes(-171, -194), Lanes(-139, -157), Lanes(-112, -127), Lanes(-89, -101), Lanes(-68, -77), Lanes(-49, -56),
+    Lanes( -32,  -36), Lanes( -15,  -17), Lanes(   0,    0), Lanes( 15,   17), Lanes( 29,  32), Lanes( 42,  48),
+    Lanes(  55,   62), Lanes(  67,   76), Lanes(  79,   90), Lanes( 91,  103),
 };
 
 // ---- Distance from the own king, and the enemy's pawn front ----
 
-inline constexpr Score KnightKingDistance[8] = {
-    pair(0, 0), pair(40, 16), pair(15, 6), pair(0, 0), pair(-10, -4), pair(-15, -6), pair(-20, -8), pair(-25, -10),
+inline constexpr Lanes KnightKingDistance[8] = {
+    Lanes(0, 0), Lanes(40, 16), Lanes(15, 6), Lanes(0, 0), Lanes(-10, -4), Lanes(-15, -6), Lanes(-20, -8), Lanes(-25, -10),
 };
-inline constexpr Score BishopKingDistance[8] = {
-    pair(0, 0), pair(24, 0), pair(9, 0), pair(0, 0), pair(-6, 0), pair(-9, 0), pair(-12, 0), pair(-15, 0),
+inline constexpr Lanes BishopKingDistance[8] = {
+    Lanes(0, 0), Lanes(24, 0), Lanes(9, 0), Lanes(0, 0), Lanes(-6, 0), Lanes(-9, 0), Lanes(-12, 0), Lanes(-15, 0),
 };
-inline constexpr Score KnightPawnSpan[9] = {
-    pair(0, 30), pair(0, 30), pair(0, 30), pair(0, 30), pair(0, 20), pair(0, 10), pair(0, 0), pair(0, -10),
-    pair(0, -20),
+inline constexpr Lanes KnightPawnSpan[9] = {
+    Lanes(0, 30), Lanes(0, 30), Lanes(0, 30), Lanes(0, 30), Lanes(0, 20), Lanes(0, 10), Lanes(0, 0), Lanes(0, -10),
+    Lanes(0, -20),
 };
 
 // ---- By type: nothing, pawn, knight, bishop, rook, queen, king ----
 
 // The man that alone stands between a bishop and an enemy rook or queen, or between a rook and an enemy queen.
-inline constexpr Score BishopLineOwn[7] = {{}, {}, pair(90, 90), {}, pair(60, 60), pair(60, 60), {}};
-inline constexpr Score BishopLineEnemy[7] = {{}, pair(10, 10), pair(120, 120), {}, pair(225, 225), pair(225, 225), {}};
-inline constexpr Score RookLineOwn[7] = {{}, {}, pair(100, 100), pair(100, 100), {}, {}, {}};
-inline constexpr Score RookLineEnemy[7] = {{}, pair(10, 10), pair(100, 100), pair(100, 100), {}, {}, {}};
+inline constexpr Lanes BishopLineOwn[7] = {{}, {}, Lanes(90, 90), {}, Lanes(60, 60), Lanes(60, 60), {}};
+inline constexpr Lanes BishopLineEnemy[7] = {{}, Lanes(10, 10), Lanes(120, 120), {}, Lanes(225, 225), Lanes(225, 225), {}};
+inline constexpr Lanes RookLineOwn[7] = {{}, {}, Lanes(100, 100), Lanes(100, 100), {}, {}, {}};
+inline constexpr Lanes RookLineEnemy[7] = {{}, Lanes(10, 10), Lanes(100, 100), Lanes(100, 100), {}, {}, {}};
 
 // clang-format on
 
@@ -61,25 +61,25 @@ inline constexpr Score RookLineEnemy[7] = {{}, pair(10, 10), pair(100, 100), pai
 // Own pawns on the bishop's square colour, and on the other.
 inline constexpr CountTable SameColourPawns = timesCount(-16, -16);
 inline constexpr CountTable OtherColourPawns = timesCount(16, 16);
-inline constexpr Score BishopBeforeKing = pair(73, 0);    // on the square in front of the own king
-inline constexpr Score BishopRulesKnight = pair(20, 19);  // an enemy knight three ranks ahead
-inline constexpr Score TrappedBishop = pair(-63, -96);    // in the corner behind an own man
+inline constexpr Lanes BishopBeforeKing = Lanes(73, 0);    // on the square in front of the own king
+inline constexpr Lanes BishopRulesKnight = Lanes(20, 19);  // an enemy knight three ranks ahead
+inline constexpr Lanes TrappedBishop = Lanes(-63, -96);    // in the corner behind an own man
 
 // ---- Rooks ----
 
 // By open files: heavy pieces gain, sides lose.
 inline constexpr CountTable OpenFileUnits = timesCount(20, 20);
-inline constexpr Score RookOpenFile = pair(185, 157);
+inline constexpr Lanes RookOpenFile = Lanes(185, 157);
 // A semi-open file, on which only enemy pawns stand; and one whose pawn another defends.
-inline constexpr Score RookSemiOpenFile = pair(112, 94);
-inline constexpr Score RookDefendedFile = pair(20, 44);
-inline constexpr Score RookOnSeventh = pair(64, 163);   // below the king on its last rank
-inline constexpr Score TrappedRook = pair(-282, -101);  // in the corner beside the own king
+inline constexpr Lanes RookSemiOpenFile = Lanes(112, 94);
+inline constexpr Lanes RookDefendedFile = Lanes(20, 44);
+inline constexpr Lanes RookOnSeventh = Lanes(64, 163);   // below the king on its last rank
+inline constexpr Lanes TrappedRook = Lanes(-282, -101);  // in the corner beside the own king
 
 // ---- Outposts, and pieces among pawns ----
 
 inline constexpr CountTable Outposts = timesCount(62, 70);
-inline constexpr Score UnreachedOutpost = pair(156, 74);           // by any minor piece of the enemy, on top
+inline constexpr Lanes UnreachedOutpost = Lanes(156, 74);          // by any minor piece of the enemy, on top
 inline constexpr CountTable KnightBlockades = timesCount(14, 34);  // safe knights in front of enemy pawns
 inline constexpr CountTable UnassailablePieces = timesCount(35, 27);  // where no pawn can ever attack
 inline constexpr CountTable PawnDefendedPieces = timesCount(55, 29);

@@ -6,22 +6,22 @@
 // clang-format off
 // By type: nothing, pawn, knight, bishop, rook, queen, king.
 // The man that is attacked by a safe pawn, a minor piece, a rook.
-inline constexpr Score PawnThreat[7] = {
-    {}, {}, pair(528, 417), pair(393, 381), pair(651, 654), pair(609, 545), {},
+inline constexpr Lanes PawnThreat[7] = {
+    {}, {}, Lanes(528, 417), Lanes(393, 381), Lanes(651, 654), Lanes(609, 545), {},
 };
-inline constexpr Score MinorThreat[7] = {
-    {}, pair(0, 124), pair(170, 161), pair(172, 176), pair(260, 380), pair(170, 420), {},
+inline constexpr Lanes MinorThreat[7] = {
+    {}, Lanes(0, 124), Lanes(170, 161), Lanes(172, 176), Lanes(260, 380), Lanes(170, 420), {},
 };
-inline constexpr Score RookThreat[7] = {
-    {}, pair(0, 94), pair(150, 232), pair(150, 221), pair(0, 128), pair(131, 180), {},
+inline constexpr Lanes RookThreat[7] = {
+    {}, Lanes(0, 94), Lanes(150, 232), Lanes(150, 221), Lanes(0, 128), Lanes(131, 180), {},
 };
 // clang-format on
 
 // Once, if some piece is attacked by pawns that can be taken.
-inline constexpr Score UnsafePawnThreat = pair(262, 236);
+inline constexpr Lanes UnsafePawnThreat = Lanes(262, 236);
 // A king beside one man that no pawn defends, and beside several.
-inline constexpr Score KingThreat = pair(11, 232);
-inline constexpr Score KingThreats = pair(34, 518);
+inline constexpr Lanes KingThreat = Lanes(11, 232);
+inline constexpr Lanes KingThreats = Lanes(34, 518);
 
 inline constexpr CountTable HangingPieces = timesCount(180, 105);  // weak men that nothing defends
 inline constexpr CountTable PushThreat = timesCount(116, 71);      // men that a safe push would attack

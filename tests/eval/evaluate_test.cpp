@@ -176,13 +176,13 @@ TEST_F(WholeEval, AccountsAddUp) {
         ASSERT_EQ(account.score, score) << row.fen;
         ASSERT_EQ(account.steps.back().value, score) << row.fen;
         if (account.rows.empty()) continue;
-        Score pieces, pawns;
+        Lanes pieces, pawns;
         for (const EvalAccount::Row& stage : account.rows)
             (stage.name == "pawns" ? pawns : pieces) += stage.white - stage.black;
         const int phase = pos.cappedPhase();
         const int mg = mgOf(pawns) + mgOf(pieces) * evalStyle.dynamismMg / 128;
         const int eg = egOf(pawns) + egOf(pieces) * evalStyle.dynamismEg / 128;
-        const Score sum = account.sums.back().value;
+        const Lanes sum = account.sums.back().value;
         ASSERT_EQ(mgOf(sum), mg) << row.fen;
         if (phase >= 18) {
             ASSERT_EQ(egOf(sum), eg) << row.fen;

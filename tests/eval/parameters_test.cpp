@@ -25,7 +25,7 @@ TEST_F(Parameters, StyleFollowsOptionsAndThreadsUnlessTheTreeSearches) {
         initEvalParameters();
         EXPECT_EQ(evalStyle.dynamismMg, expected.mg) << expected.threads;
         EXPECT_EQ(evalStyle.dynamismEg, expected.eg) << expected.threads;
-        EXPECT_EQ(KingDanger[60], pair(expected.danger, 0)) << expected.kingSafety;
+        EXPECT_EQ(KingDanger[60], Lanes(expected.danger, 0)) << expected.kingSafety;
     }
     buildKingSafetyTable(10);
     int sum = 0;  // of the typed table, of which positions reach the beginning alone

@@ -12,11 +12,11 @@
 struct EvalAccount {
     struct Row {
         std::string name;
-        Score white, black;
+        Lanes white, black;
     };
     struct Sum {
         std::string name;
-        Score value;
+        Lanes value;
     };
     struct Step {
         std::string name;
@@ -36,24 +36,24 @@ struct EvalAccount {
     }
 
     // What the frame calls.
-    void pawns(const Position& pos, Score) {
+    void pawns(const Position& pos, Lanes) {
         PawnEntry entry;
-        Score own[2], squares[2];
+        Lanes own[2], squares[2];
         judgePawns(pos, entry, own);
         for (int square = 0; square < 64; ++square) {
             const int code = pos.board[square];
-            if (code && colourOfCode(code) == White) squares[White] += PieceSquare[code][square];
-            if (code && colourOfCode(code) == Black) squares[Black] -= PieceSquare[code][square];
+            if (code && colourOfCode(code) == White) squares[White] += Lanes(PieceSquare[code][square]);
+            if (code && colourOfCode(code) == Black) squares[Black] -= Lanes(PieceSquare[code][square]);
         }
         rows.push_back({"pawns", own[White], own[Black]});
         rows.push_back({"piece squares", squares[White], squares[Black]});
     }
-    void stage(const char* name, const Score (&soFar)[2]) {
+    void stage(const char* name, const Lanes (&soFar)[2]) {
         rows.push_back({name, soFar[White] - before[White], soFar[Black] - before[Black]});
         before[White] = soFar[White];
         before[Black] = soFar[Black];
     }
-    void sum(const char* name, Score value) { sums.push_back({name, value}); }
+    void sum(const char* name, Lanes value) { sums.push_back({name, value}); }
     void value(const char* name, int left) { steps.push_back({name, left}); }
     void material(int blended, float ofTheRest) {
         materialValue = blended;
@@ -61,5 +61,5 @@ struct EvalAccount {
     }
 
    private:
-    Score before[2];
+    Lanes before[2];
 };
