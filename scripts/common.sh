@@ -75,3 +75,25 @@ releaseEngine() {
     [[ -f build/release/build.ninja ]] || cmake --preset release >&2
     cmake --build --preset release --target tarvok >&2
 }
+
+# plays COMMAND...: the engine that the command starts answers `uci`, plays a move and leaves with status 0.
+plays() {
+    local line known='' move=''
+    coproc engine { "$@" 2>/dev/null; }
+    # shellcheck disable=SC2154 # coproc sets it
+    local pid=$engine_PID input=${engine[1]} output=${engine[0]}
+    trap '' PIPE # one that has ended already is told below
+    printf 'uci\nposition startpos moves e2e4\ngo depth 6\n' 2>/dev/null >&"$input" || true
+    trap - PIPE
+    while IFS= read -r -t 60 -u "$output" line; do
+        [[ $line != uciok ]] || known=yes
+        [[ $line == "bestmove "* ]] && move=${line#bestmove } && break
+    done
+    if [[ ! $known || ! $move =~ ^[a-h][1-8][a-h][1-8] ]]; then
+        echo "$* gave no move" >&2
+        return 1
+    fi
+    echo quit >&"$input"
+    wait "$pid" || { echo "$* ended with status $?" >&2 && return 1; }
+    echo "   $* plays ${move%% *}"
+}
