@@ -54,6 +54,16 @@ needBuildTools() {
     need ninja ninja-build
 }
 
+# For behind installMissing: says so where CMake is too old, since one that does not know presets says something else.
+checkCMake() {
+    local least version
+    least=$(sed -n 's/^cmake_minimum_required(VERSION \(.*\))$/\1/p' "$(dirname "${BASH_SOURCE[0]}")/../CMakeLists.txt")
+    version=$(cmake --version | sed -n '1s/[^0-9]*//p')
+    printf '%s\n' "$least" "$version" | sort --check=quiet --version-sort && return
+    echo "$(basename "$0"): CMake $least or later is needed, and this is CMake $version." >&2
+    return 1
+}
+
 # Node.js and the rules library of the scripts that run in it.
 rulesLibrary() {
     local scripts
@@ -72,6 +82,7 @@ rulesLibrary() {
 releaseEngine() {
     needBuildTools
     installMissing
+    checkCMake
     [[ -f build/release/build.ninja ]] || cmake --preset release >&2
     cmake --build --preset release --target tarvok >&2
 }
