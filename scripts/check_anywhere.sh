@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Tries a release in bare Debian systems, which debootstrap makes: in each the archive's engine answers and plays.
+# Tries a release where there is little: the archive's engine answers and plays in a directory with nothing else in it,
+# and in bare Debian systems, which debootstrap makes.
 #   scripts/check_anywhere.sh [--archive FILE] [--commands] [--systems DIRECTORY] [SUITE...]    (as root)
 # A SUITE is a name that debootstrap knows; by default the oldest that Debian's mirrors still have, and the present
 # one. The archive is that of build/release-files. --commands also runs ./tarvok.sh and ./test.sh there on what is
@@ -59,6 +60,11 @@ tryCommands() {
     mounted=''
     sed -n 's/^.*tests passed.*/   &/p' "$work/log"
 }
+
+mkdir "$work/nothing"
+tar -x -f "$archive" -C "$work/nothing"
+echo "nothing: no file but those of the archive"
+plays chroot "$work/nothing" "/$name/tarvok"
 
 for suite in "${suites[@]}"; do
     system=${systems:-$work}/$suite
