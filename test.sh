@@ -29,6 +29,7 @@ needBuildTools
 need gtest/gtest.h libgtest-dev
 need python3 python3
 installMissing
+checkCMake
 
 scripts/check_layers.py
 for preset in "${presets[@]}"; do

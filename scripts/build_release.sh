@@ -12,6 +12,7 @@ case ${1-} in
 esac
 needBuildTools
 installMissing
+checkCMake
 
 say() { echo "build_release.sh: $*"; }
 targets=("${@:-tarvok}")

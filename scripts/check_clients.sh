@@ -7,11 +7,14 @@
 #   chess960   the same against Glaurung, in Chess960
 #   scid       Scid: analysis, and a move of the engine added to the game
 #   pychess    PyChess: the first moves of a game against Fairy-Max
+#   python     python-chess: the two blocks of docs/bots.md, lines, Chess960, pondering; skipped where it is missing
+#   compliance fastchess: its compliance steps; skipped where it is missing
 # The engine lies in a directory whose name has blanks, and all that it is sent and says is recorded. --keep leaves
 # the records, PGN files and pictures of the screen. Takes about five minutes. The exit status is 1 if a check failed.
 set -euo pipefail
 caller=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+top=$PWD
 source scripts/common.sh
 PATH=$PATH:/usr/games # where Debian puts chess programs, and not on root's path
 
@@ -27,7 +30,7 @@ while (($#)); do
             shift
             ;;
         --keep) keep=true ;;
-        adapter | xboard | chess960 | scid | pychess) checks+=("$1") ;;
+        adapter | xboard | chess960 | scid | pychess | python | compliance) checks+=("$1") ;;
         -h | --help) usage 0 ;;
         *) usage ;;
     esac
@@ -38,13 +41,30 @@ if [[ $engine && ! -x $engine ]]; then
     echo "check_clients.sh: no engine at $engine" >&2
     exit 2
 fi
-((${#checks[@]})) || checks=(adapter xboard chess960 scid pychess)
+((${#checks[@]})) || checks=(adapter xboard chess960 scid pychess python compliance)
 
-need Xvfb xvfb
-need xdotool xdotool
-need import imagemagick
-need polyglot polyglot
+# Debian has neither of these two, so they are taken where they are. Debian's Python may be hidden by another one.
+chessPython=''
+for python in python3 /usr/bin/python3; do
+    if "$python" -c 'import chess.engine' 2>/dev/null; then chessPython=$python && break; fi
+done
+# missing CHECK: prints what it needs and is not here; fails if nothing is missing.
+missing() {
+    case $1 in
+        python) [[ -z $chessPython ]] && echo "no python3 with python-chess" ;;
+        compliance) ! command -v fastchess >/dev/null && echo "no fastchess on the path" ;;
+        *) false ;;
+    esac
+}
+
+screen=false
 for check in "${checks[@]}"; do
+    [[ $check == @(python|compliance) ]] && continue
+    screen=true
+    need Xvfb xvfb
+    need xdotool xdotool
+    need import imagemagick
+    need polyglot polyglot
     case $check in
         xboard) need xboard xboard && need fairymax fairymax ;;
         chess960) need xboard xboard && need glaurung glaurung ;;
@@ -295,8 +315,35 @@ EOF
 fiveMoves() { (($(cat "$records"/*.in | grep -c '^go ') > 5)); }
 noNullMove() { ! said 'bestmove 0000'; }
 
-startScreen
+checkPython() {
+    expect "python-chess gets what it asks for" timeout 120 "$chessPython" "$top/scripts/drive_python_chess.py" \
+        "$home/recorded" "$top/docs/bots.md"
+    expect "a button was pressed" sent 'setoption name Clear Hash'
+    expect "Chess960 was switched on" sent 'setoption name UCI_Chess960 value true'
+    expect "the engine pondered" sent 'go .*ponder.*'
+    expectEnd
+}
+
+checkCompliance() {
+    expect "every step passes" compliant
+    expectEnd
+}
+compliant() {
+    timeout 300 fastchess --compliance "$home/recorded" >steps 2>&1 && grep -qi passed steps && ! grep -qi fail steps &&
+        return
+    sed 's/^/          /' steps
+    false
+}
+
+! $screen || startScreen
+done=() skipped=()
 for check in "${checks[@]}"; do
+    if lack=$(missing "$check"); then
+        echo "$check: SKIPPED, $lack"
+        skipped+=("$check")
+        continue
+    fi
+    done+=("$check")
     echo "$check ($(date +%T))"
     installEngine "$check"
     "check${check^}" || expect "the check comes to its end" false
@@ -305,4 +352,5 @@ if ((failures)); then
     echo "RESULT: $failures expectations failed"
     exit 1
 fi
-echo "RESULT: all clients worked (${checks[*]})"
+((${#done[@]})) || { echo "RESULT: nothing was checked; skipped: ${skipped[*]}" && exit 1; }
+echo "RESULT: all clients worked (${done[*]})${skipped:+; skipped: ${skipped[*]}}"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds, installs and packages the engine as others will, in a temporary directory, and checks what comes out:
-# `make EXE=name`, `make install`, the manual page, and the Debian package.
+# `make EXE=name`, `make install`, the manual page, the Debian package, and the source package.
 #   scripts/check_package.sh [--install]
 # --install also puts the package into this system with dpkg, runs it and removes it (needs root). BUILD in the
 # environment names the build directory, build/engine by default.
@@ -21,6 +21,7 @@ need groff groff-base
 need dpkg-shlibdeps dpkg-dev
 need dpkg-deb dpkg
 need file file # cpack asks it which files are programs
+need lintian lintian
 installMissing
 
 build=$(realpath -m "${BUILD:-build/engine}")
@@ -33,28 +34,13 @@ fail() {
 # Output that matters only if the command fails.
 quietly() { "$@" >"$scratch/log" 2>&1 </dev/null || { cat "$scratch/log" >&2; fail "failed: $*"; }; }
 
-# plays ENGINE: it answers a short search over UCI and leaves with status 0.
-plays() {
-    local line move=
-    coproc engine { "$1" 2>/dev/null; }
-    local pid=$engine_PID input=${engine[1]} output=${engine[0]}
-    printf 'uci\nposition startpos moves e2e4\ngo depth 6\n' >&"$input"
-    while IFS= read -r -t 60 -u "$output" line; do
-        [[ $line == "bestmove "* ]] && move=${line#bestmove } && break
-    done
-    [[ $move =~ ^[a-h][1-8][a-h][1-8] ]] || fail "$1 gave no move"
-    echo quit >&"$input"
-    wait "$pid" || fail "$1 ended with status $?"
-    echo "   $1 plays ${move%% *}"
-}
-
 # The files below a directory, one a line, without directories.
 filesOf() { (cd "$1" && find . -type f | sed 's/^\.//' | sort); }
-# The files of an installation: binary directory, then prefix.
+# The files of an installation: binary directory, prefix, and others that are to be there.
 expectedFiles() {
     {
-        printf '%s\n' "$1/tarvok" "$2/share/man/man6/tarvok.6.gz"
-        printf "$2/share/doc/tarvok/%s\n" README.md CHANGELOG.md docs/*.md
+        printf '%s\n' "$1/tarvok" "$2/share/man/man6/tarvok.6.gz" "${@:3}"
+        printf "$2/share/doc/tarvok/%s\n" README.md CHANGELOG.md docs/*.md docs/examples/*
     } | sort
 }
 
@@ -88,14 +74,25 @@ echo "   $(wc -l <"$scratch/page") lines"
 echo "== package"
 quietly cpack --config "$build/CPackConfig.cmake" -B "$scratch/package"
 package=$(echo "$scratch"/package/*.deb)
-for field in Package Version Architecture Section Maintainer Depends; do
+for field in Package Version Architecture Section Maintainer; do
     value=$(dpkg-deb --field "$package" "$field")
     [[ -n $value ]] || fail "the package has no field $field"
     echo "   $field: $value"
 done
 dpkg-deb --extract "$package" "$scratch/unpacked"
-diff <(expectedFiles /usr/games /usr) <(filesOf "$scratch/unpacked") || fail "other files than expected"
+debians=(/usr/share/doc/tarvok/{copyright,changelog.gz} /usr/share/lintian/overrides/tarvok)
+diff <(expectedFiles /usr/games /usr "${debians[@]}") <(filesOf "$scratch/unpacked") || fail "other files than expected"
 plays "$scratch/unpacked/usr/games/tarvok"
+quietly lintian --fail-on error "$package"
+grep '^[EW]:' "$scratch/log" || true
+
+echo "== source package"
+quietly cpack --config "$build/CPackSourceConfig.cmake" -B "$scratch/source"
+if git rev-parse --is-inside-work-tree >/dev/null 2>&1; then
+    tar --list --file "$scratch"/source/*.tar.gz | sed 's,^[^/]*/,,' | grep -v '/$' | sort >"$scratch/packed"
+    git ls-files --cached --others --exclude-standard | sort | diff - "$scratch/packed" ||
+        fail "the source package is not what git lists"
+fi
 
 if $install; then
     echo "== dpkg"

@@ -54,6 +54,16 @@ needBuildTools() {
     need ninja ninja-build
 }
 
+# For behind installMissing: says so where CMake is too old, since one that does not know presets says something else.
+checkCMake() {
+    local least version
+    least=$(sed -n 's/^cmake_minimum_required(VERSION \(.*\))$/\1/p' "$(dirname "${BASH_SOURCE[0]}")/../CMakeLists.txt")
+    version=$(cmake --version | sed -n '1s/[^0-9]*//p')
+    printf '%s\n' "$least" "$version" | sort --check=quiet --version-sort && return
+    echo "$(basename "$0"): CMake $least or later is needed, and this is CMake $version." >&2
+    return 1
+}
+
 # Node.js and the rules library of the scripts that run in it.
 rulesLibrary() {
     local scripts
@@ -72,6 +82,29 @@ rulesLibrary() {
 releaseEngine() {
     needBuildTools
     installMissing
+    checkCMake
     [[ -f build/release/build.ninja ]] || cmake --preset release >&2
     cmake --build --preset release --target tarvok >&2
+}
+
+# plays COMMAND...: the engine that the command starts answers `uci`, plays a move and leaves with status 0.
+plays() {
+    local line known='' move=''
+    coproc engine { "$@" 2>/dev/null; }
+    # shellcheck disable=SC2154 # coproc sets it
+    local pid=$engine_PID input=${engine[1]} output=${engine[0]}
+    trap '' PIPE # one that has ended already is told below
+    printf 'uci\nposition startpos moves e2e4\ngo depth 6\n' 2>/dev/null >&"$input" || true
+    trap - PIPE
+    while IFS= read -r -t 60 -u "$output" line; do
+        [[ $line != uciok ]] || known=yes
+        [[ $line == "bestmove "* ]] && move=${line#bestmove } && break
+    done
+    if [[ ! $known || ! $move =~ ^[a-h][1-8][a-h][1-8] ]]; then
+        echo "$* gave no move" >&2
+        return 1
+    fi
+    echo quit >&"$input"
+    wait "$pid" || { echo "$* ended with status $?" >&2 && return 1; }
+    echo "   $* plays ${move%% *}"
 }

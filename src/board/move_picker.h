@@ -55,8 +55,7 @@ struct MovePicker {
     std::int32_t triedCount;
     std::int32_t depth;  // half plies; chooses generators and whether quiet moves may be put off
     bool deferBad;       // losing moves go to `badMoves` instead of being returned
-    Bitboard
-        contested;  // a move of the list that neither leaves nor enters one of these squares doesn't lose
+    Bitboard contested;  // a move of the list that neither leaves nor enters these squares doesn't lose
 
     // The lists stay unwritten.
     MovePicker() {}
