@@ -171,6 +171,15 @@ int seeThreat(const Position& pos, Move move) {
     return captured == 0 ? 0 : balanceOf(pos, move, seeValueThreat);
 }
 
+bool seeThreatBelow(const Position& pos, Move move, int least) {
+    if (isEnPassantOrCastling(move)) return seeValueThreat.of[Pawn] < least;
+    const int captured = seeValueThreat.of[typeOn(pos, toOf(move))];
+    const int mover = seeValueThreat.of[typeOn(pos, fromOf(move))];
+    if (captured > mover) return captured - mover < least;
+    if (captured == 0) return 0 < least;
+    return captured < least || endsBelowZero(pos, move, seeValueThreat, captured - least, mover);
+}
+
 bool seeFromSquareSafe(const Position& pos, Move move) {
     constexpr int KingWon = 50;  // only a king's value passes it
     const int square = fromOf(move);

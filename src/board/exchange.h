@@ -22,6 +22,8 @@ int seeScore(const Position& pos, Move move, int threshold);
 
 // The exchange gain in half pawns, as quiescence and the driver read it; 2 for en passant and castling.
 int seeThreat(const Position& pos, Move move);
+// Whether it is below `least`, which is sooner found than the gain itself.
+bool seeThreatBelow(const Position& pos, Move move, int least);
 
 // False if the piece on the move's start square stands in danger there.
 bool seeFromSquareSafe(const Position& pos, Move move);

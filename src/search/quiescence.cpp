@@ -120,7 +120,7 @@ inline DeltaVerdict deltaPruning(QuiescenceNode& node, Move move) {
     }
     if (node.alpha <= node.gainFloor || isEnPassant(move) || victim == NoPiece)
         return DeltaVerdict::Unsettled;
-    if (precious || seeThreat(pos, move) >= LeastGain) return DeltaVerdict::Kept;
+    if (precious || !seeThreatBelow(pos, move, LeastGain)) return DeltaVerdict::Kept;
     node.best = std::max(node.best, node.gainFloor);
     return DeltaVerdict::Pruned;
 }

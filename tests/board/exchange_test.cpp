@@ -138,6 +138,8 @@ static void judge(const Position& pos, Seen& seen) {
         const int exchanged = victim == NoPiece ? 0 : plainBalance(board, move, ThreatValues);
         const int threat = special ? 2 : certain > 0 ? certain : exchanged;
         ASSERT_EQ(seeThreat(pos, move), threat);
+        for (const int bound : {-14, -3, 0, 1, 2, 6, 15})
+            ASSERT_EQ(seeThreatBelow(pos, move, bound), threat < bound) << bound;
         seen.wonByExchange += threat > 0;
         seen.lostByExchange += threat < 0;
     }
