@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 using SquareTable = std::array<Bitboard, 64>;
 
@@ -93,10 +94,22 @@ inline constexpr std::array<SquareTable, 2> pawnAttackers = {
         [](int a, int b) { return geometry::fileDistance(a, b) == 1 && rankOf(b) - 1 == rankOf(a); }),
 };
 
-// King steps between two squares.
-constexpr int squareDistance(int a, int b) {
-    return std::max(geometry::fileDistance(a, b), geometry::rankDistance(a, b));
+namespace geometry {
+
+constexpr std::array<std::array<std::uint8_t, 64>, 64> makeDistances() {
+    std::array<std::array<std::uint8_t, 64>, 64> table{};
+    for (int a = 0; a < 64; ++a)
+        for (int b = 0; b < 64; ++b)
+            table[std::size_t(a)][std::size_t(b)] =
+                std::uint8_t(std::max(fileDistance(a, b), rankDistance(a, b)));
+    return table;
 }
+inline constexpr auto distances = makeDistances();
+
+}  // namespace geometry
+
+// King steps between two squares. Distances from one square `a` lie in one cache line.
+constexpr int squareDistance(int a, int b) { return geometry::distances[std::size_t(a)][std::size_t(b)]; }
 
 // The same square seen from the other side of the board.
 constexpr int flipSquare(int square) { return square ^ 56; }

@@ -21,10 +21,9 @@ Bitboard centralArea(int whiteKing, int blackKing) {
 // Squares from which one kind of piece gives check; a safe one replaces the plain units.
 template <Colour us>
 int checkUnits(EvalInfo& info, Bitboard checks, int plainUnits) {
-    if (!checks) return 0;
-    if (!(checks & ~info.allAttacks[opponent(us)])) return plainUnits;
-    info.score[us] += SafeCheck;
-    return SafeCheckTimes * plainUnits;
+    const bool safe = checks & ~info.allAttacks[opponent(us)];
+    info.score[us] += SafeCheck * safe;
+    return plainUnits * (bool(checks) + (SafeCheckTimes - 1) * safe);
 }
 
 // The queen's checks from afar, and the squares beside the king that she reaches.
@@ -59,8 +58,9 @@ void attackKing(const Position& pos, EvalInfo& info) {
 template <Colour us>
 void defendKing(EvalInfo& info) {
     const Bitboard beside = info.kingAttacks[us];
-    for (const Bitboard defenders : {info.knightAttacks[us], info.bishopAttacks[us], info.queenAttacks[us]})
-        if (defenders & beside) info.units[opponent(us)] += DefenderUnits;
+    const int kinds = bool(info.knightAttacks[us] & beside) + bool(info.bishopAttacks[us] & beside) +
+                      bool(info.queenAttacks[us] & beside);
+    info.units[opponent(us)] += DefenderUnits * kinds;
 }
 
 template <Colour us>

@@ -36,8 +36,8 @@ Bitboard pinnedMen(const Position& pos, int king) {
         (bishopRays[at] & (enemy[Bishop] | enemy[Queen])) | (rookRays[at] & (enemy[Rook] | enemy[Queen]));
     Bitboard pinned = 0;
     forEachSquare(sliders, [&](int slider) {
-        const Bitboard gap = lineBetween(slider, king) & pos.occupied;
-        if (gap && !severalBits(gap)) pinned |= gap;
+        const Bitboard gap = lineBetween(king, slider) & pos.occupied;
+        pinned |= severalBits(gap) ? 0 : gap;
     });
     return pinned;
 }
@@ -81,7 +81,7 @@ void trappedRook(const Position& pos, EvalInfo& info) {
     constexpr int flip = us == White ? 0 : 56;
     constexpr Bitboard kingSquares = bit(F1 ^ flip) | bit(G1 ^ flip);
     constexpr Bitboard corner = bit(G1 ^ flip) | bit(H1 ^ flip) | bit(G2 ^ flip) | bit(H2 ^ flip);
-    if ((pos.pieces[us][King] & kingSquares) && (pos.pieces[us][Rook] & corner))
+    if (bool(pos.pieces[us][King] & kingSquares) & bool(pos.pieces[us][Rook] & corner))
         info.score[us] += TrappedRook;
 }
 
@@ -95,7 +95,7 @@ Bitboard pinnedReach(const EvalInfo& info, int square, Bitboard reach) {
 
 template <Colour us>
 void addZoneUnits(EvalInfo& info, Bitboard attacks, int units) {
-    if (attacks & info.kingZone[opponent(us)]) info.units[us] += units;
+    info.units[us] += units * bool(attacks & info.kingZone[opponent(us)]);
 }
 
 // Pressure through the one man that stands between a slider and a more valuable target.
@@ -124,7 +124,7 @@ void evaluateKnights(const Position& pos, EvalInfo& info) {
         // none.
         const int count = info.pinned[us] & bit(square) ? 0 : popcount(reach) + popcount(reach & forward);
         info.score[us] += KnightPawnSpan[info.pawns->span[them]] +
-                          KnightKingDistance[squareDistance(square, info.king[us])] + KnightMobility[count];
+                          KnightKingDistance[squareDistance(info.king[us], square)] + KnightMobility[count];
         addZoneUnits<us>(info, attacks, KnightZoneUnits);
     });
 }
@@ -138,7 +138,7 @@ Lanes bishopAndPawns(const Position& pos, int square) {
     const int same = popcount(pos.pieces[us][Pawn] & colour);
     const int other = popcount(pos.pieces[us][Pawn] & ~colour);
     const bool bishopPair = severalBits(pos.pieces[us][Bishop]);
-    const int times = bishopPair && !(pos.pieces[them][Bishop] & colour) ? 2 : 1;
+    const int times = 1 + (bishopPair & !(pos.pieces[them][Bishop] & colour));
     return at(SameColourPawns, same) * times + at(OtherColourPawns, other);
 }
 
@@ -159,7 +159,7 @@ void evaluateBishops(const Position& pos, EvalInfo& info) {
         const Bitboard attacks = bishopAttacksOf(square, pos.occupied & ~own[Queen]);
         const Bitboard reach = pinnedReach<us>(info, square, attacks & ~info.avoid[us]);
         const Bitboard targets = bishopRays[std::size_t(square)] & (enemy[Rook] | enemy[Queen]);
-        Lanes sum = BishopKingDistance[squareDistance(square, info.king[us])];
+        Lanes sum = BishopKingDistance[squareDistance(info.king[us], square)];
         sum += linePressure<us>(pos, square, targets, BishopLineOwn, BishopLineEnemy);
         sum += BishopPawnMobility[popcount(bishopAttacksOf(square, pawns))];
         sum += BishopMobility[popcount(reach)] + bishopAndPawns<us>(pos, square);
@@ -199,7 +199,7 @@ void evaluateRooks(const Position& pos, EvalInfo& info) {
         info.score[us] += sum;
         info.rookAttacks[us] |= attacks;
         addZoneUnits<us>(info, attacks, SliderZoneUnits);
-        if (fileOf(square) == fileOf(enemyKing) && !(lineBetween(square, enemyKing) & own[Pawn]))
+        if (fileOf(square) == fileOf(enemyKing) && !(lineBetween(enemyKing, square) & own[Pawn]))
             info.units[us] += RookFileUnits;
     });
 }
@@ -218,8 +218,7 @@ void evaluateQueens(const Position& pos, EvalInfo& info) {
     forEachSquare(own[Queen], [&](int square) {
         const Bitboard attacks = queenAttacksOf(square, pos.occupied);
         const Bitboard reach = pinnedReach<us>(info, square, attacks & ~barred);
-        const int mobility = QueenMobilityValues[popcount(reach)];
-        info.score[us] += at(OpenFileUnits, info.pawns->openFiles) + Lanes(mobility, mobility);
+        info.score[us] += at(OpenFileUnits, info.pawns->openFiles) + QueenMobility[popcount(reach)];
         info.queenAttacks[us] |= attacks;
         addZoneUnits<us>(info, attacks, SliderZoneUnits);
     });

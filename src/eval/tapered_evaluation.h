@@ -39,7 +39,8 @@ namespace evalFrame {
 // Quotients rounded to nearest, halves away from zero.
 template <int divisor>
 constexpr int roundedBy(int x) {
-    return (x >= 0 ? x + divisor / 2 : x - divisor / 2) / divisor;
+    static_assert(divisor % 2 == 0);
+    return (x + divisor / 2 - divisor * (x < 0)) / divisor;
 }
 inline constexpr int ResultUnit = 10 * MaxPhase;  // blended units of one centipawn
 inline constexpr int TenthUnit = MaxPhase;        // and of a tenth of one
@@ -52,7 +53,7 @@ constexpr int tempo(int phase) { return TempoBase + (TempoByPhase * phase + MaxP
 
 // A score that is cut where material is level.
 inline int levelCut(int score, int material) {
-    return std::abs(material) < LevelMaterial ? score * LevelPercent / 100 : score;
+    return score * (std::abs(material) < LevelMaterial ? LevelPercent : 100) / 100;
 }
 
 // Scores shrink as the fifty-move rule comes near.
@@ -63,7 +64,7 @@ inline int scaledByClock(const Position& pos, int score) {
     return int(std::int64_t(101 - clock) * score / (100 - threshold));
 }
 
-inline int forMover(const Position& pos, int score) { return pos.sideToMove() == White ? score : -score; }
+inline int forMover(const Position& pos, int score) { return score * (1 - 2 * pos.sideToMove()); }
 
 // Lazy evaluation: the estimate from material and the line's last positional score; true if it lies outside
 // the window. Intended: there is no margin.

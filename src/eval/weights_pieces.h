@@ -21,10 +21,12 @@ inline constexpr Lanes RookMobility[15] = {
     Lanes(   7,   32), Lanes(  26,   57), Lanes( 44,   80), Lanes( 61, 100), Lanes( 77, 118), Lanes( 91, 135),
     Lanes( 105,  150), Lanes( 118,  164), Lanes(130,  177),
 };
-// Both lanes alike.
-inline constexpr int QueenMobilityValues[28] = {
-    -463, -388, -324, -269, -221, -178, -139, -103, -70, -39, -12, 14, 38, 63,
-    85, 106, 126, 144, 163, 180, 197, 213, 228, 243, 258, 271, 285, 299,
+inline constexpr Lanes QueenMobility[28] = {
+    Lanes(-463, -463), Lanes(-388, -388), Lanes(-324, -324), Lanes(-269, -269), Lanes(-221, -221), Lanes(-178, -178),
+    Lanes(-139, -139), Lanes(-103, -103), Lanes( -70,  -70), Lanes( -39,  -39), Lanes( -12,  -12), Lanes(  14,   14),
+    Lanes(  38,   38), Lanes(  63,   63), Lanes(  85,   85), Lanes( 106,  106), Lanes( 126,  126), Lanes( 144,  144),
+    Lanes( 163,  163), Lanes( 180,  180), Lanes( 197,  197), Lanes( 213,  213), Lanes( 228,  228), Lanes( 243,  243),
+    Lanes( 258,  258), Lanes( 271,  271), Lanes( 285,  285), Lanes( 299,  299),
 };
 // The bishop's reach when only pawns stop it.
 inline constexpr Lanes BishopPawnMobility[16] = {
