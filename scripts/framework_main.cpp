@@ -13,7 +13,7 @@
 #include <cstdio>
 #include <cstring>
 
-int main(int argc, char** argv) {
+static int program(int argc, char** argv) {
     constexpr double LeastSeconds = 0.01;  // so that a bench without a search has a speed
     const bool benchMode = argc >= 2 && std::strcmp(argv[1], "bench") == 0;
     startUp();
@@ -23,3 +23,5 @@ int main(int argc, char** argv) {
     std::printf("%" PRIu64 " nodes %" PRIu64 " nps\n", result.nodes, std::uint64_t(speed));
     return 0;
 }
+
+int main(int argc, char** argv) { return runProgram(program, argc, argv); }

@@ -1,6 +1,8 @@
 #include "shell/main_loop.h"
 
+#include "base/end_process.h"
 #include "base/relaxed.h"
+#include "base/start_thread.h"
 #include "search/limits.h"
 #include "search/thread_pool.h"
 #include "shell/commands.h"
@@ -9,12 +11,11 @@
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
-#include <cstdlib>
 #include <cstring>
 #include <list>
 #include <mutex>
+#include <optional>
 #include <poll.h>
-#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -30,8 +31,8 @@ struct InputState {
 };
 InputState& input = *new InputState;
 
-std::thread* inputThread = nullptr;  // lives on where the process ends without joining it
-int stopPipe[2] = {-1, -1};          // written to end the input thread
+std::optional<pthread_t> inputThread;
+int stopPipe[2] = {-1, -1};  // written to end the input thread
 
 // Reads standard input line by line, and can be told to stop while it waits.
 class LineReader {
@@ -80,7 +81,7 @@ class LineReader {
     bool stopped = false;
 };
 
-void inputThreadMain() {
+void* inputThreadMain(void*) {
     LineReader reader;
     std::string line;
     while (reader.readLine(line)) {
@@ -92,6 +93,12 @@ void inputThreadMain() {
     }
     searchControl.quitRequested = true;
     signalInput();
+    return nullptr;
+}
+
+void startInputThread() {
+    if (::pipe(stopPipe) != 0) endForRefusal("make a pipe", errno);
+    inputThread = startThread("start the input thread", SmallStackBytes, inputThreadMain, nullptr);
 }
 
 }  // namespace
@@ -141,9 +148,8 @@ void stopInputThread() {
     if (!inputThread) return;
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = ::write(stopPipe[1], &byte, 1);
-    inputThread->join();
-    delete inputThread;
-    inputThread = nullptr;
+    pthread_join(*inputThread, nullptr);
+    inputThread.reset();
 }
 
 static void waitForCommand() {
@@ -154,8 +160,7 @@ static void waitForCommand() {
 }
 
 void mainLoop() {
-    if (::pipe(stopPipe) != 0) std::abort();
-    inputThread = new std::thread(inputThreadMain);
+    startInputThread();
     while (true) {
         if (!isInputWaiting()) waitForCommand();
         processCommand();

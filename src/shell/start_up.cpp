@@ -2,6 +2,7 @@
 
 #include "base/output.h"
 #include "base/settings.h"
+#include "base/start_thread.h"
 #include "board/sliders.h"
 #include "endgame/book.h"
 #include "endgame/tb_files.h"
@@ -17,6 +18,7 @@
 
 #include <cpuid.h>
 #include <cstdio>
+#include <functional>
 
 static constexpr const char* Maker = "by the Tarvok team";
 static constexpr const char* Licensee = "every chess player";
@@ -32,6 +34,19 @@ static void printStartLines() {
     if (hasPopcnt()) sendLine("using hardware POPCNT\n");
     sendLine("using BMI2\n");  // always: there is no other build
     sendLine("info string Licensed to %s\n", Licensee);
+}
+
+// The thread that a process begins with has the stack that its starter allows, which may be too small for a
+// search and can't be replaced.
+int runProgram(int (*program)(int argc, char** argv), int argc, char** argv) {
+    int status = 0;
+    std::function<void()> body = [&] { status = program(argc, argv); };
+    const auto entry = [](void* argument) -> void* {
+        (*static_cast<std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    pthread_join(startThread("start the main thread", SearchStackBytes, entry, &body), nullptr);
+    return status;
 }
 
 void startUp() {

@@ -24,3 +24,34 @@ TEST(Environment, AProcessorWithoutItsInstructionsIsRefused) {
         EXPECT_EQ(engine.standardError(), row.error) << row.processor;
     }
 }
+
+TEST(Environment, WhatTheSystemRefusesIsToldAndEndsTheProcess) {
+    struct Row {
+        const char *limit, *line, *error;
+    };
+    const Row rows[] = {
+        {"ulimit -n 4", "isready", "Unable to make a pipe: Too many open files\n"},
+#ifdef TARVOK_TIMED  // the sanitizers need more address space than any limit leaves
+        {"ulimit -v 1500000", "setoption name Threads value 128",
+         "Unable to start a search thread: Resource temporarily unavailable\n"},
+        {"ulimit -v 700000", "setoption name Threads value 128",
+         "Unable to allocate \\d+ bytes of memory for thread records\n"},
+        {"ulimit -v 50000", "isready", "Unable to start the main thread: .*\n"},
+#endif
+    };
+    for (const Row& row : rows) {
+        UciProcess engine({}, row.limit);
+        engine.send(row.line);
+        EXPECT_EQ(engine.exitStatus(), 1) << row.error;
+        EXPECT_TRUE(matches(engine.standardError(), row.error));
+    }
+}
+
+// No search fits on the stack that the first thread gets here.
+TEST(Environment, ThreadsMakeTheirOwnStacks) {
+    UciProcess engine({}, "ulimit -s 128");
+    engine.send("setoption name Threads value 3", "position fen 8/k7/3p4/p2P1p2/P2P1P2/8/8/K7 w - -");
+    engine.ask("go depth 24", "bestmove .*");
+    engine.send("quit");
+    EXPECT_EQ(engine.exitStatus(), 0);
+}
