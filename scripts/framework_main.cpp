@@ -4,13 +4,13 @@
 // It is a main of its own over the engine's libraries, and no script beside the engine: a framework renames,
 // copies and moves the one file that it asked for, and starts many of it at once. One file that is a whole
 // engine stands all of that, and UCI runs through it as through the engine.
+#include "base/output.h"
 #include "shell/bench.h"
 #include "shell/main_loop.h"
 #include "shell/start_up.h"
 
 #include <algorithm>
 #include <cinttypes>
-#include <cstdio>
 #include <cstring>
 
 static int program(int argc, char** argv) {
@@ -20,7 +20,7 @@ static int program(int argc, char** argv) {
     if (!benchMode) mainLoop();
     const BenchResult result = runBench(argc - 2, argv + 2);
     const double speed = double(result.allNodes) / std::max(result.seconds, LeastSeconds);
-    std::printf("%" PRIu64 " nodes %" PRIu64 " nps\n", result.nodes, std::uint64_t(speed));
+    sendLine("%" PRIu64 " nodes %" PRIu64 " nps\n", result.nodes, std::uint64_t(speed));
     return 0;
 }
 

@@ -144,12 +144,23 @@ void waitForInput() {
     input.inputSignalled = false;
 }
 
-void stopInputThread() {
-    if (!inputThread) return;
+static void stopReading() {
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = ::write(stopPipe[1], &byte, 1);
+}
+
+void stopInputThread() {
+    if (!inputThread) return;
+    stopReading();
     pthread_join(*inputThread, nullptr);
     inputThread.reset();
+}
+
+void endInput() {
+    if (searchControl.quitRequested) return;
+    searchControl.quitRequested = true;
+    if (inputThread) stopReading();
+    signalInput();
 }
 
 static void waitForCommand() {
@@ -160,7 +171,7 @@ static void waitForCommand() {
 }
 
 void mainLoop() {
-    startInputThread();
+    if (!searchControl.quitRequested) startInputThread();
     while (true) {
         if (!isInputWaiting()) waitForCommand();
         processCommand();

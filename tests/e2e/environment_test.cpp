@@ -55,3 +55,40 @@ TEST(Environment, ThreadsMakeTheirOwnStacks) {
     engine.send("quit");
     EXPECT_EQ(engine.exitStatus(), 0);
 }
+
+// The test keeps its end of the input open in each row.
+TEST(Environment, AClosedOrFullDescriptorCountsAsTheEndOfInput) {
+    struct Row {
+        const char *commands, *error;
+        Lines arguments = {};
+        int status = 0;
+    };
+    constexpr const char* Closed = "Unable to write an answer: Bad file descriptor\n";
+    constexpr const char* Full = "Unable to write an answer: No space left on device\n";
+    for (const Row& row :
+         {Row{"exec <&-", ""}, Row{"exec <&- 2>&-", ""}, Row{"exec >&-", Closed},
+          Row{"exec >/dev/full", Full}, Row{"exec >/dev/full", Full, {"bench", "1", "8"}, 1}}) {
+        UciProcess engine(row.arguments, row.commands);
+        EXPECT_EQ(engine.exitStatus(), row.status) << row.commands;
+        EXPECT_EQ(engine.standardError(), row.error) << row.commands;
+    }
+}
+
+TEST(Environment, ASearchEndsWhenNobodyReadsItsLines) {
+    UciProcess engine;
+    engine.send("setoption name Threads value 2");
+    engine.ask("go infinite", "info depth .*");
+    engine.closeOutput();
+    EXPECT_EQ(engine.exitStatus(), 0);
+    EXPECT_EQ(engine.standardError(), "");
+}
+
+TEST(Environment, NoLineIsLostInAPipeThatIsFullForAWhile) {
+    constexpr std::size_t Rounds = 100;  // of some kilobytes; a pipe holds 64
+    UciProcess engine;
+    for (std::size_t i = 0; i < Rounds; ++i) engine.send("uci");
+    engine.send("quit");
+    engine.rest();
+    EXPECT_EQ(engine.matching("uciok").size(), Rounds);
+    EXPECT_EQ(engine.exitStatus(), 0);
+}

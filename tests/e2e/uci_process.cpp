@@ -20,6 +20,8 @@ UciProcess::UciProcess(const Lines& arguments, const std::string& shellCommands)
     int in[2], out[2];
     errors = memfd_create("errors", MFD_CLOEXEC);
     if (pipe2(in, O_CLOEXEC) || pipe2(out, O_CLOEXEC) || errors < 0) std::abort();
+    // As some parents have it: a write into a full pipe returns at once.
+    fcntl(out[1], F_SETFL, O_NONBLOCK);
     // The build says where the engine is; the environment may name another one.
     const char* const named = std::getenv("TARVOK_BINARY");
     Lines line = {named ? named : TARVOK_BINARY};
@@ -52,7 +54,7 @@ UciProcess::~UciProcess() {
     closeInput();
     // A sanitized engine tells its findings here, and some tests never ask how it ended.
     EXPECT_EQ(standardError().find("Sanitizer"), std::string::npos) << "a sanitizer has found something";
-    close(output);
+    closeOutput();
     close(errors);
 }
 
@@ -64,6 +66,11 @@ void UciProcess::write(const std::string& bytes) {
 void UciProcess::closeInput() {
     if (input >= 0) close(input);
     input = -1;
+}
+
+void UciProcess::closeOutput() {
+    if (output >= 0) close(output);
+    output = -1;
 }
 
 bool UciProcess::readLine(std::string& line, double deadline) {

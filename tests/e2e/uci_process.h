@@ -36,6 +36,7 @@ class UciProcess {
         (write(std::string(lines) + '\n'), ...);
     }
     void closeInput();
+    void closeOutput();  // nobody reads it any more
 
     // Reads on until a whole line matches the pattern, and returns it; the lines ahead of it are kept in
     // `passed`. At the deadline or the end of the output the test fails, and the engine is killed, so that no
