@@ -5,6 +5,9 @@
 #   make install [PREFIX=/usr/local] [DESTDIR=]
 #   make clean                       removes what `make` built
 
+# It installs nothing that it needs, but says what is missing.
+export TARVOK_NO_INSTALL := yes
+
 EXE ?= tarvok
 PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
@@ -23,7 +26,9 @@ GENERATOR := $(if $(shell command -v ninja),Ninja,Unix Makefiles)
 ifeq ($(BUILD),build/engine)
 build_release = scripts/build_release.sh
 else
-build_release = cmake --preset release -B '$(BUILD)' -G '$(GENERATOR)' && cmake --build '$(BUILD)' --parallel $(JOBS) --target
+build_release = bash -c '. scripts/common.sh; need cmake cmake; c=$${CXX:-c++}; need "$${c%% *}" g++; installMissing' make && \
+	cmake --preset release -B '$(BUILD)' -G '$(GENERATOR)' && \
+	cmake --build '$(BUILD)' --parallel $(JOBS) --target
 endif
 
 .PHONY: all bench test install clean

@@ -76,5 +76,5 @@ include(CPack)
 
 # `make EXE=name`. It is linked as the engine is.
 add_executable(tarvok_framework EXCLUDE_FROM_ALL scripts/framework_main.cpp)
-target_link_libraries(tarvok_framework PRIVATE tarvok_shell tarvok_warnings)
+target_link_libraries(tarvok_framework PRIVATE tarvok_shell tarvok_processor_check tarvok_warnings)
 target_link_options(tarvok_framework PRIVATE $<TARGET_PROPERTY:tarvok,LINK_OPTIONS>)

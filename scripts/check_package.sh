@@ -44,6 +44,24 @@ expectedFiles() {
     } | sort
 }
 
+echo "== make without a compiler"
+# All programs of this system but the compiler, and stand-ins for two that make must not call.
+programs=$scratch/programs
+mkdir "$programs"
+IFS=: read -ra folders <<<"$PATH"
+for folder in "${folders[@]}"; do
+    find -L "$folder" -maxdepth 1 -type f -executable ! -name '*[gc]++*' ! -name apt-get ! -name sudo \
+        -exec ln -s -t "$programs" {} + 2>/dev/null || true # the first of a name counts
+done
+printf '#!/bin/sh\necho called: a program that installs\n' | tee "$programs/apt-get" >"$programs/sudo"
+chmod +x "$programs/apt-get" "$programs/sudo"
+for arguments in EXE=never "EXE=never BUILD=$scratch/none" test install; do
+    read -ra words <<<"$arguments"
+    said=$(PATH=$programs make "${words[@]}" 2>&1) && fail "make ${words[*]} does without a compiler"
+    [[ $said == *"Debian packages: g++"* ]] || fail "make ${words[*]} does not name g++: $said"
+    [[ $said != *called:* ]] || fail "make ${words[*]} would install: $said"
+done
+
 echo "== make EXE=name (minutes, unless $build is up to date)"
 mkdir "$scratch/built" "$scratch/moved"
 quietly make BUILD="$build" EXE="$scratch/built/engine-1"
@@ -59,6 +77,8 @@ echo "== make install"
 DESTDIR="$scratch/image" quietly make BUILD="$build" PREFIX=/usr/local install
 diff <(expectedFiles /usr/local/bin /usr/local) <(filesOf "$scratch/image") || fail "other files than expected"
 plays "$scratch/image/usr/local/bin/tarvok"
+# Then it runs on any Linux.
+if readelf --dynamic "$scratch/image/usr/local/bin/tarvok" | grep NEEDED; then fail "it needs libraries"; fi
 
 echo "== manual page"
 page=$scratch/image/usr/local/share/man/man6/tarvok.6.gz

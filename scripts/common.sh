@@ -28,12 +28,18 @@ need() {
     missingPackages+=("$@")
 }
 
+# With TARVOK_NO_INSTALL set in the environment, as make sets it, nothing is installed.
 installMissing() {
     ((${#missingPackages[@]})) || return 0
-    local root=()
+    local root=() obstacle=
     ((EUID == 0)) || root=(sudo)
-    if ! command -v apt-get >/dev/null || { ((EUID != 0)) && ! command -v sudo >/dev/null; }; then
-        echo "Missing, and cannot be installed from here (that takes apt-get, and root or sudo)." >&2
+    if [[ -n ${TARVOK_NO_INSTALL-} ]]; then
+        obstacle="is not installed without being asked for"
+    elif ! command -v apt-get >/dev/null || { ((EUID != 0)) && ! command -v sudo >/dev/null; }; then
+        obstacle="cannot be installed from here (that takes apt-get, and root or sudo)"
+    fi
+    if [[ -n $obstacle ]]; then
+        echo "$(basename "$0"): something that is needed is missing, and $obstacle." >&2
         echo "Please install the equivalent of these Debian packages: ${missingPackages[*]}" >&2
         return 1
     fi

@@ -5,3 +5,7 @@
 extern void (*endProcessHook)(int status);
 
 [[noreturn]] void endProcess(int status);
+
+// The end, with status 1, where the system refuses what the engine can't do without: "Unable to WHAT: REASON"
+// on standard error. `error` is an errno.
+[[noreturn]] void endForRefusal(const char* what, int error);

@@ -4,6 +4,7 @@
 
 #include "base/output.h"
 #include "base/settings.h"
+#include "base/start_thread.h"
 #include "board/thread_hooks.h"
 #include "search/limits.h"
 #include "search/search.h"
@@ -15,7 +16,6 @@
 #include <cstring>
 #include <mutex>
 #include <new>
-#include <system_error>
 
 // Never destroyed, nor are the locks: workers may still sleep on them while the process ends.
 ThreadPool threadPool;
@@ -144,18 +144,11 @@ bool hasWorkers() { return threadPool.threadRecordCount > 1 && threadPool.thread
 
 }  // namespace
 
-// Search frames are large and lines long, so workers get more stack than the system's default.
 void ThreadPool::startWorker(int index) {
-    constexpr std::size_t StackBytes = std::size_t{64} << 20;
     SearchThread& thread = threadRecords[index];
     if (thread.hasWorker) std::abort();
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, StackBytes);
-    const int error = pthread_create(&thread.worker, &attributes, workerEntry,
-                                     reinterpret_cast<void*>(std::intptr_t{index}));
-    pthread_attr_destroy(&attributes);
-    if (error != 0) throw std::system_error(error, std::generic_category(), "search thread");
+    thread.worker = startThread("start a search thread", SearchStackBytes, workerEntry,
+                                reinterpret_cast<void*>(std::intptr_t{index}));
     thread.hasWorker = true;
 }
 

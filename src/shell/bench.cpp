@@ -1,6 +1,8 @@
 #include "shell/bench.h"
 
 #include "base/clock.h"
+#include "base/end_process.h"
+#include "base/output.h"
 #include "base/settings.h"
 #include "board/fen.h"
 #include "eval/parameters.h"
@@ -14,7 +16,6 @@
 #include "shell/commands.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 
 namespace {
@@ -58,8 +59,7 @@ std::uint64_t searchAll(int depth) {
     std::uint64_t sum = 0;
     for (const char* text : benchPositions) {
         sum += nodesOf(text, depth);
-        std::printf(".");
-        std::fflush(stdout);
+        sendLine(".");
     }
     return sum;
 }
@@ -72,30 +72,30 @@ void runPass(int lastDepth, BenchResult& result) {
     const double start = currentTime();
     double previous = 0;  // seconds at the end of the depth before
     if (lastDepth < FirstDepth) {
-        std::printf("\n\n");
+        sendLine("\n\n");
         return;
     }
-    std::printf("\n%2d ", FirstDepth);
+    sendLine("\n%2d ", FirstDepth);
     for (int depth = FirstDepth; depth <= lastDepth; ++depth) {
-        std::fflush(stdout);
         result.nodes = searchAll(depth);
         result.allNodes += result.nodes;
         const long long nodes = static_cast<long long>(result.nodes);
         const double elapsed = currentTime() - start;  // since the pass began, over all depths
         if (depth == FirstDepth)
-            std::printf(" %14lld nds %7.2f sec", nodes, elapsed);
+            sendLine(" %14lld nds %7.2f sec", nodes, elapsed);
         else
-            std::printf(" %14lld nds %7.2f sec  %6.2f bf", nodes, elapsed, elapsed / previous);
+            sendLine(" %14lld nds %7.2f sec  %6.2f bf", nodes, elapsed, elapsed / previous);
         previous = elapsed;
-        if (depth < lastDepth) std::printf("\n%2d ", depth + 1);
+        if (depth < lastDepth) sendLine("\n%2d ", depth + 1);
     }
     result.seconds += previous;
-    std::printf("\n\n");
+    sendLine("\n\n");
 }
 
 }  // namespace
 
 BenchResult runBench(int argumentCount, char** arguments) {
+    outputFailedHook = [] { endProcess(1); };  // what it prints is all that it is for
     settings.useMcts = false;
     const BenchPlan plan = readPlan(argumentCount, arguments);
     BenchResult result;

@@ -1,5 +1,6 @@
 #include "shell/host.h"
 
+#include "base/output.h"
 #include "search/search_host.h"
 #include "shell/commands.h"
 #include "shell/log.h"
@@ -9,6 +10,7 @@
 #include "tree/tree_driver.h"
 
 void installSearchHost() {
+    outputFailedHook = endInput;  // nobody hears what the engine says
     searchHost.inputWaiting = isInputWaiting;
     searchHost.processCommand = processCommand;
     searchHost.waitForInput = waitForInput;

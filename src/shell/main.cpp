@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-int main(int argc, char** argv) {
+static int program(int argc, char** argv) {
     const bool benchMode = argc >= 2 && std::strcmp(argv[1], "bench") == 0;
     startUp();
     if (benchMode)
@@ -14,3 +14,5 @@ int main(int argc, char** argv) {
         mainLoop();
     return 0;
 }
+
+int main(int argc, char** argv) { return runProgram(program, argc, argv); }

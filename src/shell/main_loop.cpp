@@ -1,6 +1,8 @@
 #include "shell/main_loop.h"
 
+#include "base/end_process.h"
 #include "base/relaxed.h"
+#include "base/start_thread.h"
 #include "search/limits.h"
 #include "search/thread_pool.h"
 #include "shell/commands.h"
@@ -9,12 +11,11 @@
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
-#include <cstdlib>
 #include <cstring>
 #include <list>
 #include <mutex>
+#include <optional>
 #include <poll.h>
-#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -30,8 +31,8 @@ struct InputState {
 };
 InputState& input = *new InputState;
 
-std::thread* inputThread = nullptr;  // lives on where the process ends without joining it
-int stopPipe[2] = {-1, -1};          // written to end the input thread
+std::optional<pthread_t> inputThread;
+int stopPipe[2] = {-1, -1};  // written to end the input thread
 
 // Reads standard input line by line, and can be told to stop while it waits.
 class LineReader {
@@ -80,7 +81,7 @@ class LineReader {
     bool stopped = false;
 };
 
-void inputThreadMain() {
+void* inputThreadMain(void*) {
     LineReader reader;
     std::string line;
     while (reader.readLine(line)) {
@@ -92,6 +93,12 @@ void inputThreadMain() {
     }
     searchControl.quitRequested = true;
     signalInput();
+    return nullptr;
+}
+
+void startInputThread() {
+    if (::pipe(stopPipe) != 0) endForRefusal("make a pipe", errno);
+    inputThread = startThread("start the input thread", SmallStackBytes, inputThreadMain, nullptr);
 }
 
 }  // namespace
@@ -137,13 +144,23 @@ void waitForInput() {
     input.inputSignalled = false;
 }
 
-void stopInputThread() {
-    if (!inputThread) return;
+static void stopReading() {
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = ::write(stopPipe[1], &byte, 1);
-    inputThread->join();
-    delete inputThread;
-    inputThread = nullptr;
+}
+
+void stopInputThread() {
+    if (!inputThread) return;
+    stopReading();
+    pthread_join(*inputThread, nullptr);
+    inputThread.reset();
+}
+
+void endInput() {
+    if (searchControl.quitRequested) return;
+    searchControl.quitRequested = true;
+    if (inputThread) stopReading();
+    signalInput();
 }
 
 static void waitForCommand() {
@@ -154,8 +171,7 @@ static void waitForCommand() {
 }
 
 void mainLoop() {
-    if (::pipe(stopPipe) != 0) std::abort();
-    inputThread = new std::thread(inputThreadMain);
+    if (!searchControl.quitRequested) startInputThread();
     while (true) {
         if (!isInputWaiting()) waitForCommand();
         processCommand();

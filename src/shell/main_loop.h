@@ -23,3 +23,7 @@ void waitForInput();
 
 // Ends the input thread, wherever it waits.
 void stopInputThread();
+
+// As if the input had ended here, from which nobody can tell the engine any more: lines that have come still
+// run. From the main thread.
+void endInput();

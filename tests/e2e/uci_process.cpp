@@ -15,23 +15,28 @@ double steadySeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-UciProcess::UciProcess(const Lines& arguments) {
+UciProcess::UciProcess(const Lines& arguments, const std::string& shellCommands) {
     signal(SIGPIPE, SIG_IGN);
     int in[2], out[2];
     errors = memfd_create("errors", MFD_CLOEXEC);
     if (pipe2(in, O_CLOEXEC) || pipe2(out, O_CLOEXEC) || errors < 0) std::abort();
+    // As some parents have it: a write into a full pipe returns at once.
+    fcntl(out[1], F_SETFL, O_NONBLOCK);
     // The build says where the engine is; the environment may name another one.
     const char* const named = std::getenv("TARVOK_BINARY");
-    const std::string path = named ? named : TARVOK_BINARY;
+    Lines line = {named ? named : TARVOK_BINARY};
+    line.insert(line.end(), arguments.begin(), arguments.end());
+    const Lines shell = {"/bin/sh", "-c", shellCommands + "\nexec \"$@\"", "sh"};
+    if (!shellCommands.empty()) line.insert(line.begin(), shell.begin(), shell.end());
     child = fork();
     if (child == 0) {
         dup2(in[0], STDIN_FILENO);
         dup2(out[1], STDOUT_FILENO);
         dup2(errors, STDERR_FILENO);
-        std::vector<char*> words{const_cast<char*>(path.c_str())};
-        for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
+        std::vector<char*> words;
+        for (const std::string& word : line) words.push_back(const_cast<char*>(word.c_str()));
         words.push_back(nullptr);
-        execv(path.c_str(), words.data());
+        execv(words[0], words.data());
         _exit(127);
     }
     close(in[0]);
@@ -49,7 +54,7 @@ UciProcess::~UciProcess() {
     closeInput();
     // A sanitized engine tells its findings here, and some tests never ask how it ended.
     EXPECT_EQ(standardError().find("Sanitizer"), std::string::npos) << "a sanitizer has found something";
-    close(output);
+    closeOutput();
     close(errors);
 }
 
@@ -61,6 +66,11 @@ void UciProcess::write(const std::string& bytes) {
 void UciProcess::closeInput() {
     if (input >= 0) close(input);
     input = -1;
+}
+
+void UciProcess::closeOutput() {
+    if (output >= 0) close(output);
+    output = -1;
 }
 
 bool UciProcess::readLine(std::string& line, double deadline) {

@@ -22,8 +22,9 @@ class UciProcess {
     // Seconds that a wait may last. It is to end hangs, and no bet on the machine's speed.
     static constexpr double Patience = 100 * Slowness;
 
-    // Starts the binary with these arguments, in the test's own directory.
-    explicit UciProcess(const Lines& arguments = {});
+    // Starts the binary with these arguments, in the test's own directory. Commands of the shell may come
+    // ahead of it, to set limits or close descriptors for it; "$@" is then its command line.
+    explicit UciProcess(const Lines& arguments = {}, const std::string& shellCommands = "");
     ~UciProcess();  // kills what still runs
     UciProcess(const UciProcess&) = delete;
     UciProcess& operator=(const UciProcess&) = delete;
@@ -35,6 +36,7 @@ class UciProcess {
         (write(std::string(lines) + '\n'), ...);
     }
     void closeInput();
+    void closeOutput();  // nobody reads it any more
 
     // Reads on until a whole line matches the pattern, and returns it; the lines ahead of it are kept in
     // `passed`. At the deadline or the end of the output the test fails, and the engine is killed, so that no
