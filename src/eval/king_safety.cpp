@@ -18,21 +18,20 @@ Bitboard centralArea(int whiteKing, int blackKing) {
            (fileOf(blackKing) <= 3 ? BlackWest : BlackEast);
 }
 
-// Squares from which one kind of piece gives check; a safe one replaces the plain units.
-template <Colour us>
-int checkUnits(EvalInfo& info, Bitboard checks, int plainUnits) {
-    const bool safe = checks & ~info.allAttacks[opponent(us)];
-    info.score[us] += SafeCheck * safe;
-    return plainUnits * (bool(checks) + (SafeCheckTimes - 1) * safe);
+// Squares from which one kind of piece gives check; a safe one counts for several, and in `safeKinds`.
+int checkUnits(Bitboard checks, Bitboard safe, int plainUnits, int& safeKinds) {
+    const bool isSafe = checks & safe;
+    safeKinds += isSafe;
+    return plainUnits * (bool(checks) + (SafeCheckTimes - 1) * isSafe);
 }
 
 // The queen's checks from afar, and the squares beside the king that she reaches.
 template <Colour us>
-int queenUnits(const Position& pos, EvalInfo& info, Bitboard lines) {
+int queenUnits(const Position& pos, const EvalInfo& info, Bitboard lines, Bitboard safe, int& safeKinds) {
     constexpr Colour them = opponent(us);
     const Bitboard free = ~pos.pieces[us][AllPieces];
     const Bitboard beside = info.kingAttacks[them];
-    int units = checkUnits<us>(info, lines & info.queenAttacks[us] & free & ~beside, QueenCheckUnits);
+    int units = checkUnits(lines & info.queenAttacks[us] & free & ~beside, safe, QueenCheckUnits, safeKinds);
     const Bitboard contact = beside & info.queenAttacks[us] & free & ~info.attacks[them];
     const Bitboard helped = contact & (info.minorAttacks[us] | info.rookAttacks[us] | info.pawnAttacks[us] |
                                        info.kingAttacks[us]);
@@ -47,11 +46,15 @@ void attackKing(const Position& pos, EvalInfo& info) {
     const Bitboard free = ~pos.pieces[us][AllPieces];
     const Bitboard diagonals = bishopAttacksOf(king, pos.occupied);
     const Bitboard straights = rookAttacksOf(king, pos.occupied);
-    info.units[us] += checkUnits<us>(info, knightAttacks[std::size_t(king)] & info.knightAttacks[us] & free,
-                                     KnightCheckUnits);
-    info.units[us] += checkUnits<us>(info, diagonals & info.bishopAttacks[us] & free, BishopCheckUnits);
-    info.units[us] += checkUnits<us>(info, straights & info.rookAttacks[us] & free, RookCheckUnits);
-    info.units[us] += queenUnits<us>(pos, info, diagonals | straights);
+    const Bitboard jumps = knightAttacks[std::size_t(king)];
+    const Bitboard safe = ~info.allAttacks[them];
+    int safeKinds = 0;
+    info.units[us] +=
+        checkUnits(jumps & info.knightAttacks[us] & free, safe, KnightCheckUnits, safeKinds) +
+        checkUnits(diagonals & info.bishopAttacks[us] & free, safe, BishopCheckUnits, safeKinds) +
+        checkUnits(straights & info.rookAttacks[us] & free, safe, RookCheckUnits, safeKinds) +
+        queenUnits<us>(pos, info, diagonals | straights, safe, safeKinds);
+    info.score[us] += SafeCheck * safeKinds;
 }
 
 // Each kind of piece that defends a square beside its own king counts once.

@@ -160,7 +160,7 @@ void evaluateBishops(const Position& pos, EvalInfo& info) {
         const Bitboard reach = pinnedReach<us>(info, square, attacks & ~info.avoid[us]);
         const Bitboard targets = bishopRays[std::size_t(square)] & (enemy[Rook] | enemy[Queen]);
         Lanes sum = BishopKingDistance[squareDistance(info.king[us], square)];
-        sum += linePressure<us>(pos, square, targets, BishopLineOwn, BishopLineEnemy);
+        if (targets) sum += linePressure<us>(pos, square, targets, BishopLineOwn, BishopLineEnemy);
         sum += BishopPawnMobility[popcount(bishopAttacksOf(square, pawns))];
         sum += BishopMobility[popcount(reach)] + bishopAndPawns<us>(pos, square);
         if (dominatesKnight<us>(pos, square)) sum += BishopRulesKnight;
@@ -175,7 +175,7 @@ void evaluateBishops(const Position& pos, EvalInfo& info) {
 template <Colour us>
 Lanes rookFile(const Position& pos, const EvalInfo& info, int square) {
     constexpr Colour them = opponent(us);
-    const Bitboard file = fileMask[std::size_t(fileOf(square))];
+    const Bitboard file = fileMask[std::size_t(square)];
     if (pos.pieces[us][Pawn] & file) return {};
     const Bitboard enemyPawns = pos.pieces[them][Pawn] & file;
     if (!enemyPawns) return RookOpenFile;
@@ -193,7 +193,7 @@ void evaluateRooks(const Position& pos, EvalInfo& info) {
             pinnedReach<us>(info, square, attacks & ~(info.avoid[us] | info.knightFear[us]));
         const Bitboard targets = rookRays[std::size_t(square)] & pos.pieces[them][Queen];
         Lanes sum = at(OpenFileUnits, info.pawns->openFiles);
-        sum += linePressure<us>(pos, square, targets, RookLineOwn, RookLineEnemy);
+        if (targets) sum += linePressure<us>(pos, square, targets, RookLineOwn, RookLineEnemy);
         if (relativeRank(us, square) == 6 && relativeRank(us, enemyKing) == 7) sum += RookOnSeventh;
         sum += rookFile<us>(pos, info, square) + RookMobility[popcount(reach)];
         info.score[us] += sum;

@@ -63,6 +63,7 @@ Lanes cornerBishops(const Position& pos) {
     const Bitboard bishops = pos.pieces[us][Bishop];
     const Bitboard own = pos.pieces[us][AllPieces];
     Lanes sum;
+    if (!(bishops & (bit(H1 ^ flip) | bit(A1 ^ flip)))) return sum;
     if ((bishops & bit(H1 ^ flip)) && (own & bit(G2 ^ flip))) sum += TrappedBishop;
     if ((bishops & bit(A1 ^ flip)) && (own & bit(B2 ^ flip))) sum += TrappedBishop;
     return sum;

@@ -78,7 +78,7 @@ inline bool leavesEarly(const Position& pos, int material, float scale, int phas
     return estimate < alpha || estimate > beta;
 }
 
-// Out of line, so that a score from a cache need not save the registers that the stages take.
+// Out of line, so that an estimate need not save the registers that the stages take.
 template <class Observer>
 [[gnu::noinline]] void runStages(const Position& pos, EvalInfo& info, Observer& observer) {
     prepareMaps(pos, info);
@@ -172,16 +172,10 @@ int finish(const Position& pos, const EvalInfo& info, int score, int material, O
     return levelCut(score, material);
 }
 
-}  // namespace evalFrame
-
-// `evaluate`, before an observer. It sees the material and, unless that alone counts or the score comes from
-// the cache or the estimate, the pawns, each stage and each step of the arithmetic; last the score.
+// The score of a position that is not in the cache, where it is put unless it is an estimate. Out of line, so
+// that a score from the cache need not save the registers that this takes.
 template <class Observer>
-int evaluateBefore(Observer&& observer, Position& pos, int alpha, int beta) {
-    using namespace evalFrame;
-    EvalCacheEntry& cached = pos.evalCache[pos.key & prefetchBases.evalMask];
-    if (cached.key == pos.key) return scaledByClock(pos, cached.value);
-
+[[gnu::noinline]] int evaluateAnew(Observer& observer, Position& pos, int alpha, int beta) {
     float scale = 0;
     const int material = evaluateMaterial(pos, scale);
     observer.material(material, scale);
@@ -202,7 +196,19 @@ int evaluateBefore(Observer&& observer, Position& pos, int alpha, int beta) {
         const int tenths = assemble(pos, info, pawnScore, material, scale, observer);
         score = finish(pos, info, tenths, material, observer);
     }
-    cached = {pos.key, score};
+    pos.evalCache[pos.key & prefetchBases.evalMask] = {pos.key, score};
     observer.value("before the fifty-move rule", score);
     return scaledByClock(pos, score);
+}
+
+}  // namespace evalFrame
+
+// `evaluate`, before an observer. It sees the material and, unless that alone counts or the score comes from
+// the cache or the estimate, the pawns, each stage and each step of the arithmetic; last the score.
+template <class Observer>
+int evaluateBefore(Observer&& observer, Position& pos, int alpha, int beta) {
+    using namespace evalFrame;
+    const EvalCacheEntry& cached = pos.evalCache[pos.key & prefetchBases.evalMask];
+    if (cached.key == pos.key) return scaledByClock(pos, cached.value);
+    return evaluateAnew(observer, pos, alpha, beta);
 }
