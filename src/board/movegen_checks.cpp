@@ -52,17 +52,33 @@ Bitboard addDiscoveredChecks(const Position& pos, Colour us, int king, ListWrite
     return blockers;
 }
 
+// Of the pawns only those that reach one of the squares are looked at.
+void addPawnChecks(const Position& pos, Colour us, Bitboard pawns, Bitboard checking, ListWriter& writer) {
+    const Bitboard once = pawnPushes(opponent(us), checking);
+    const Bitboard twice = pawnPushes(opponent(us), once);
+    forEachSquare(pawns & (once | twice),
+                  [&](int from) { addMoves(pos, from, quietPawnTargets(pos, us, from) & checking, writer); });
+}
+
+template <PieceType type>
+void addPieceChecks(const Position& pos, Bitboard movers, Bitboard checking, ListWriter& writer) {
+    forEachSquare(movers, [&](int from) {
+        forEachSquare(attacksOf<type>(from, pos.occupied) & checking,
+                      [&](int to) { writer.add(makeWord(from, to)); });
+    });
+}
+
 void addDirectChecks(const Position& pos, Colour us, int king, Bitboard blockers, ListWriter& writer) {
+    const Bitboard(&own)[7] = pos.pieces[us];
     const Bitboard free = ~pos.occupied;
     const std::size_t at = std::size_t(king);
     const Bitboard diagonal = bishopAttacksOf(king, pos.occupied) & free;
     const Bitboard straight = rookAttacksOf(king, pos.occupied) & free;
-    const Bitboard checking[7] = {
-        0, pawnAttackers[us][at], knightAttacks[at] & free, diagonal, straight, diagonal | straight, 0};
-    for (int type = Pawn; type <= Queen; ++type)
-        forEachSquare(pos.pieces[us][type] & ~blockers, [&](int from) {
-            addMoves(pos, from, quietTargets(pos, us, from) & checking[type], writer);
-        });
+    addPawnChecks(pos, us, own[Pawn] & ~blockers, pawnAttackers[us][at], writer);
+    addPieceChecks<Knight>(pos, own[Knight] & ~blockers, knightAttacks[at] & free, writer);
+    addPieceChecks<Bishop>(pos, own[Bishop] & ~blockers, diagonal, writer);
+    addPieceChecks<Rook>(pos, own[Rook] & ~blockers, straight, writer);
+    addPieceChecks<Queen>(pos, own[Queen] & ~blockers, diagonal | straight, writer);
 }
 
 }  // namespace
