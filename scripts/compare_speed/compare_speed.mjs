@@ -18,7 +18,8 @@ ${EngineUsage}
   --first N              only the first N positions
   --rounds N             search all of it N times, default 1
 The engines take turns at each position, with empty hash tables. Nodes are what an engine last told of a search, time
-is from \`go\` to that line; processor time is counted in hundredths of a second. Progress goes to standard error, the tables of speeds to standard output.
+is from \`go\` to that line; processor time is counted in hundredths of a second. Progress goes to standard error, the
+tables of speeds to standard output.
 Exit status: 0 when all was searched; 1 if an engine does not start, crashes, hangs or tells no counts; 2 for a wrong
   command line; 130 when stopped by Ctrl-C, 143 by SIGTERM.`;
 
