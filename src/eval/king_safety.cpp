@@ -73,6 +73,13 @@ void undefendedNeighbours(EvalInfo& info) {
         UndefendedUnits * popcount(info.kingAttacks[them] & info.allAttacks[us] & ~info.attacks[them]);
 }
 
+template <Colour us>
+void addWorth(const Position& pos, EvalInfo& info, Bitboard centre) {
+    info.score[us] += KingDanger[std::clamp(info.units[us], 0, KingDangerEntries - 1)] +
+                      at(CentreControl, popcount(centre & info.attacks[us])) +
+                      at(UndefendedPawns, popcount(pos.pieces[us][Pawn] & ~info.attacks[us]));
+}
+
 }  // namespace
 
 void evaluateKingSafety(const Position& pos, EvalInfo& info) {
@@ -83,9 +90,6 @@ void evaluateKingSafety(const Position& pos, EvalInfo& info) {
     undefendedNeighbours<White>(info);
     undefendedNeighbours<Black>(info);
     const Bitboard centre = centralArea(info.king[White], info.king[Black]);
-    for (const Colour us : {White, Black}) {
-        info.score[us] += KingDanger[std::clamp(info.units[us], 0, KingDangerEntries - 1)];
-        info.score[us] += at(CentreControl, popcount(centre & info.attacks[us]));
-        info.score[us] += at(UndefendedPawns, popcount(pos.pieces[us][Pawn] & ~info.attacks[us]));
-    }
+    addWorth<White>(pos, info, centre);
+    addWorth<Black>(pos, info, centre);
 }

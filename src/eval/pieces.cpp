@@ -224,6 +224,14 @@ void evaluateQueens(const Position& pos, EvalInfo& info) {
     });
 }
 
+template <Colour us>
+void uniteOwnAttacks(EvalInfo& info) {
+    info.minorAttacks[us] = info.knightAttacks[us] | info.bishopAttacks[us];
+    info.noQueenAttacks[us] = info.minorAttacks[us] | info.pawnAttacks[us] | info.rookAttacks[us];
+    info.attacks[us] = info.noQueenAttacks[us] | info.queenAttacks[us];
+    info.allAttacks[us] = info.attacks[us] | info.kingAttacks[us];
+}
+
 // Pawns that the enemy queen alone defends.
 template <Colour us>
 void queenDefence(const Position& pos, EvalInfo& info) {
@@ -270,12 +278,8 @@ void evaluatePieces(const Position& pos, EvalInfo& info) {
 }
 
 void uniteAttacks(EvalInfo& info) {
-    for (const Colour us : {White, Black}) {
-        info.minorAttacks[us] = info.knightAttacks[us] | info.bishopAttacks[us];
-        info.noQueenAttacks[us] = info.minorAttacks[us] | info.pawnAttacks[us] | info.rookAttacks[us];
-        info.attacks[us] = info.noQueenAttacks[us] | info.queenAttacks[us];
-        info.allAttacks[us] = info.attacks[us] | info.kingAttacks[us];
-    }
+    uniteOwnAttacks<White>(info);
+    uniteOwnAttacks<Black>(info);
 }
 
 void evaluateQueenDefence(const Position& pos, EvalInfo& info) {

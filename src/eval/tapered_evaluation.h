@@ -78,9 +78,8 @@ inline bool leavesEarly(const Position& pos, int material, float scale, int phas
     return estimate < alpha || estimate > beta;
 }
 
-// Out of line, so that an estimate need not save the registers that the stages take.
 template <class Observer>
-[[gnu::noinline]] void runStages(const Position& pos, EvalInfo& info, Observer& observer) {
+void runStages(const Position& pos, EvalInfo& info, Observer& observer) {
     prepareMaps(pos, info);
     observer.stage("open files, rook shut in", info.score);
     evaluatePieces(pos, info);
@@ -172,6 +171,22 @@ int finish(const Position& pos, const EvalInfo& info, int score, int material, O
     return levelCut(score, material);
 }
 
+// The score of a position whose material does not settle it, in centipawns for the side to move. Out of line,
+// so that an estimate need not save the registers that the stages take; the maps that they share live here
+// alone, so that the compiler can keep them where it likes.
+template <class Observer>
+[[gnu::noinline]] int judgePosition(Position& pos, int phase, int material, float scale, Observer& observer) {
+    PawnEntry* pawns;
+    const Lanes pawnScore = evaluatePawns(pos, pawns);
+    observer.pawns(pos, pawnScore);
+    EvalInfo info;
+    info.pawns = pawns;
+    info.phase = phase;
+    runStages(pos, info, observer);
+    const int tenths = assemble(pos, info, pawnScore, material, scale, observer);
+    return finish(pos, info, tenths, material, observer);
+}
+
 // The score of a position that is not in the cache, where it is put unless it is an estimate. Out of line, so
 // that a score from the cache need not save the registers that this takes.
 template <class Observer>
@@ -186,15 +201,7 @@ template <class Observer>
     } else {
         int estimate;
         if (leavesEarly(pos, material, scale, phase, alpha, beta, estimate)) return estimate;
-        PawnEntry* pawns;
-        const Lanes pawnScore = evaluatePawns(pos, pawns);
-        observer.pawns(pos, pawnScore);
-        EvalInfo info;
-        info.pawns = pawns;
-        info.phase = phase;
-        runStages(pos, info, observer);
-        const int tenths = assemble(pos, info, pawnScore, material, scale, observer);
-        score = finish(pos, info, tenths, material, observer);
+        score = judgePosition(pos, phase, material, scale, observer);
     }
     pos.evalCache[pos.key & prefetchBases.evalMask] = {pos.key, score};
     observer.value("before the fifty-move rule", score);
