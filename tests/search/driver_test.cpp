@@ -120,9 +120,9 @@ TEST_F(Driver, StrengthLimitsTheDepth) {
 
 // What varies the play leaves nothing behind when it is switched off.
 TEST_F(Driver, FullStrengthForgetsTheVariation) {
-    const auto kingDanger = [] { return std::vector<Score>(KingDanger, KingDanger + KingDangerEntries); };
+    const auto kingDanger = [] { return std::vector<Lanes>(KingDanger, KingDanger + KingDangerEntries); };
     initEvalParameters();
-    const std::vector<Score> plain = kingDanger();
+    const std::vector<Lanes> plain = kingDanger();
     settings.variety = 20;
     for (int i = 0; i < 200 && kingDanger() == plain; ++i) {
         search("8/8/8/8/8/8/k7/2K5 b - -", 1);
