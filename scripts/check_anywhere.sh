@@ -47,14 +47,14 @@ trap cleanUp EXIT
 trap 'exit 1' INT TERM
 
 # inside COMMAND...: in the system at $system, with nothing of this one's environment.
-inside() { chroot "$system" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 "$@"; }
+inside() { chroot "$system" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/opt LC_ALL=C.UTF-8 "$@"; }
 tryCommands() {
-    rm -rf "$system/root/tarvok"
-    mkdir "$system/root/tarvok"
-    git archive HEAD | tar -x -C "$system/root/tarvok"
+    rm -rf "$system/opt/tarvok"
+    mkdir -p "$system/opt/tarvok"
+    git archive HEAD | tar -x -C "$system/opt/tarvok"
     mount -t proc proc "$system/proc"
     mounted=$system/proc
-    inside bash -c 'cd /root/tarvok && ./tarvok.sh bench 1 5 1 && ./test.sh' </dev/null >"$work/log" 2>&1 ||
+    inside bash -c 'cd /opt/tarvok && ./tarvok.sh bench 1 5 1 && ./test.sh' </dev/null >"$work/log" 2>&1 ||
         { cat "$work/log" && return 1; }
     umount "$mounted"
     mounted=''

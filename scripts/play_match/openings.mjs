@@ -3,7 +3,7 @@ import { readFileSync } from 'node:fs';
 import { randomFrom, shuffle } from './random.mjs';
 import { Referee } from './referee.mjs';
 
-// Of FEN or EPD lines, in the file's order, or in one drawn with the seed if there is one.
+// The file has a FEN or an EPD on each line. Returns their FENs, shuffled if there is a seed.
 export function readOpenings(file, { chess960, seed }) {
   // The operations of an EPD line stand behind its four fields; the two counters of a FEN are numbers.
   const fens = readFileSync(file, 'utf8').split('\n').map((line) => line.split('#')[0].trim()).filter(Boolean)

@@ -22,6 +22,6 @@ using DistanceTable = Lanes[DistanceRows][9];
 extern DistanceTable PasserOwnKing, PasserEnemyKing;
 extern DistanceTable CandidateOwnKing, CandidateEnemyKing;
 extern DistanceTable PawnEndOwnKing, PawnEndEnemyKing;
-// Parts of `initEvalParameters` with files of their own.
+// Steps of `initEvalParameters` that have files of their own.
 void buildDistanceTables();
 void buildPieceSquare();
