@@ -22,7 +22,7 @@ endif
 
 GENERATOR := $(if $(shell command -v ninja),Ninja,Unix Makefiles)
 
-# How a release target is built in $(BUILD): by the counts of a training run where g++ and ninja are at hand.
+# How a release target is built in $(BUILD): by the counts of a training run where ninja is at hand.
 ifeq ($(BUILD),build/engine)
 build_release = scripts/build_release.sh
 else

@@ -4,17 +4,18 @@ set(TARVOK_PROFILE "" CACHE STRING "GENERATE counts, USE optimises by the counts
 set(TARVOK_PROFILE_DIR "${PROJECT_BINARY_DIR}/profile" CACHE PATH "Where the counts lie")
 
 if(TARVOK_PROFILE)
-  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    message(FATAL_ERROR "TARVOK_PROFILE needs g++")
-  endif()
-  # Counts are found again by the object's name below the build directory, which differs between the two builds.
-  add_compile_options(-fprofile-prefix-path=${PROJECT_BINARY_DIR})
+  add_link_options(-fprofile-$<IF:$<STREQUAL:${TARVOK_PROFILE},GENERATE>,generate,use>=${TARVOK_PROFILE_DIR})
   if(TARVOK_PROFILE STREQUAL "GENERATE")
     add_compile_options(-fprofile-generate=${TARVOK_PROFILE_DIR} -fprofile-update=prefer-atomic)
-    add_link_options(-fprofile-generate=${TARVOK_PROFILE_DIR})
   else()
+    add_compile_options(-fprofile-use=${TARVOK_PROFILE_DIR}) # clang reads default.profdata there
+  endif()
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Counts are found again by the object's name below the build directory, which differs between the two builds.
+    add_compile_options(-fprofile-prefix-path=${PROJECT_BINARY_DIR})
     # What the training run did not reach is optimised as without counts.
-    add_compile_options(-fprofile-use=${TARVOK_PROFILE_DIR} -fprofile-partial-training -Wno-missing-profile)
-    add_link_options(-fprofile-use=${TARVOK_PROFILE_DIR})
+    add_compile_options(-fprofile-partial-training -Wno-missing-profile)
+  elseif(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "TARVOK_PROFILE needs clang++ or g++")
   endif()
 endif()

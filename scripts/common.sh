@@ -28,16 +28,20 @@ need() {
     missingPackages+=("$@")
 }
 
-# With TARVOK_NO_INSTALL set in the environment, as make sets it, nothing is installed.
+# Why nothing can be installed, or nothing. TARVOK_NO_INSTALL is set in the environment by make.
+installObstacle() {
+    if [[ -n ${TARVOK_NO_INSTALL-} ]]; then
+        echo "is not installed without being asked for"
+    elif ! command -v apt-get >/dev/null || { ((EUID != 0)) && ! command -v sudo >/dev/null; }; then
+        echo "cannot be installed from here (that takes apt-get, and root or sudo)"
+    fi
+}
+
 installMissing() {
     ((${#missingPackages[@]})) || return 0
-    local root=() obstacle=
+    local root=() obstacle
     ((EUID == 0)) || root=(sudo)
-    if [[ -n ${TARVOK_NO_INSTALL-} ]]; then
-        obstacle="is not installed without being asked for"
-    elif ! command -v apt-get >/dev/null || { ((EUID != 0)) && ! command -v sudo >/dev/null; }; then
-        obstacle="cannot be installed from here (that takes apt-get, and root or sudo)"
-    fi
+    obstacle=$(installObstacle)
     if [[ -n $obstacle ]]; then
         echo "$(basename "$0"): something that is needed is missing, and $obstacle." >&2
         echo "Please install the equivalent of these Debian packages: ${missingPackages[*]}" >&2

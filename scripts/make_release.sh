@@ -54,6 +54,7 @@ build=$work/source/build/engine
 say "building the engine of version $version"
 quietly "$work/source/scripts/build_release.sh"
 grep -q '^TARVOK_PROFILE:STRING=USE$' "$build/CMakeCache.txt" || { cat "$work/log" >&2; fail "no training run"; }
+grep -q '^CMAKE_CXX_COMPILER:.*/clang++$' "$build/CMakeCache.txt" || fail "clang++ with LLVM could not build it"
 strip --strip-all -o "$work/tarvok" "$build/tarvok"
 if readelf --dynamic "$work/tarvok" | grep NEEDED; then fail "the engine needs libraries of its system"; fi
 quietly scripts/signature.sh --check --binary "$work/tarvok"
