@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Plays fast games of the engine against itself through play_match, and counts what goes wrong in them.
-#   scripts/soak.sh [--engine FILE] [--tables DIR] [--at-once N] [GAMES]
-# The games (default 2000; 1 second + 10 ms a side, all played out) are shared out over 16 blocks: both modes, 1 and 2
-# threads, without and with endgame tables, standard chess and Chess960. Two games are played at a time where the
+#   scripts/soak.sh [--engine FILE] [--tables DIR] [--tc BASE+INCREMENT] [--at-once N] [GAMES]
+# The games (default 2000, all played out, with 1+0.01, seconds a side) are shared out over 16 blocks: both modes, 1 and
+# 2 threads, without and with endgame tables, standard chess and Chess960. Two games are played at a time where the
 # processor has cores for their threads; --at-once sets a number that counts for every block.
 # The default engine is the release build, brought up to date first. Games and logs stay in build/soak.
 # The exit status is 0 only if every game was played without a crash, an illegal move or a time loss, no process ended
@@ -12,14 +12,15 @@ shopt -s lastpipe # the end of a pipe runs here, where it can count
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 source "$here/common.sh"
 
-games=2000 engine='' tables=$here/../../shared/data/syzygy atOnce=''
+games=2000 engine='' tables=$here/../../shared/data/syzygy atOnce='' clock=1+0.01
 while (($#)); do
     case $1 in
-        --engine | --tables | --at-once)
+        --engine | --tables | --tc | --at-once)
             value=${2:?"$1 needs a value"}
             case $1 in
                 --engine) engine=$(realpath "$value") ;;
                 --tables) tables=$value ;;
+                --tc) clock=$value ;;
                 --at-once) atOnce=$value ;;
             esac
             shift
@@ -99,7 +100,7 @@ playBlock() {
         "$([[ $path ]] && echo with || echo without) tables, $seats at a time"
     local arguments=(--option Hash=16 --option "Use MCTS=$mode" --option "Threads=$threads")
     [[ -z $path ]] || arguments+=(--option "SyzygyPath=$path")
-    arguments+=(--engine "$folder/engine" --name one --engine "$folder/engine" --name two --tc 1+0.01
+    arguments+=(--engine "$folder/engine" --name one --engine "$folder/engine" --name two --tc "$clock"
         --games "$count" --concurrency "$seats" --seed "$number" --pgn "$name.pgn" --log "$name.log")
     [[ -z $variant ]] || arguments+=(--chess960)
     set +e
