@@ -205,6 +205,10 @@ static bool makeMoveOf(const Position* parent, Position* child, Move move, const
         making.clearPiece<them>(Pawn, enPassantVictim(from, to));
     } else if (flag != DoublePush && (parent->pieces[them][AllPieces] & bit(to))) {
         const int captured = typeOfCode(parent->board[to]);
+        // Only a king that has castled into an open line can be taken, which make lets it do outside
+        // Chess960. Nothing beyond here does without a king.
+        if (captured == King) [[unlikely]]
+            return false;
         making.clearPiece<them>(captured, to);
         child->capturedType = std::uint16_t(captured);
         child->halfmoveClock = 0;

@@ -91,6 +91,14 @@ TEST_F(MakeMove, AgreesWithThePlainRules) {
     }
 }
 
+// One that has castled into an open line is attacked while the other side is to move.
+TEST_F(MakeMove, TakesNoKing) {
+    const Position parent = positionOf("4k3/8/8/8/8/8/1p6/q1K5 b - -");
+    Position child;
+    for (const Move move : pseudoLegalMoves(parent))
+        EXPECT_EQ(makeMove(&parent, &child, move), toOf(move) != C1) << moveText(move);
+}
+
 TEST_F(MakeMove, AStoppedThreadCountsNoNodes) {
     const Position pos = positionOf("");
     Position child;

@@ -41,6 +41,18 @@ void checkRoundTrip(const Position& pos) {
     require(isConsistent(again, false), "the keys of the text are right");
 }
 
+// Intended: outside Chess960 make refuses no castling, not even one that leaves the king open to a line. Such
+// a position is no chess, but searches come by it, and nothing in it takes the king.
+void checkOpenKing(Position& pos) {
+    evaluate(pos, -OpenEvalBound, OpenEvalBound);
+    Position child;
+    for (const Move move : pseudoLegalMoves(pos)) {
+        if (!makeChild(pos, child, move)) continue;
+        require(child.pieces[White][King] && child.pieces[Black][King], "no king is taken");
+        evaluate(child, -OpenEvalBound, OpenEvalBound);
+    }
+}
+
 // Every legal move, made and judged. Nothing for a position with more moves than a list holds: there is no
 // such game, and lists are then cut.
 Moves checkMoves(const Position& pos) {
@@ -53,8 +65,12 @@ Moves checkMoves(const Position& pos) {
         const Move move = cleanMove(list[i]);
         if (!makeChild(pos, child, move)) continue;
         require(isConsistent(child, true), "the keys and sums of a child are right");
-        require(isPlayable(child), "a child is playable");
         require(isValidMove(pos, move), "a generated move is valid");
+        if (isCastling(move) && !settings.chess960 && !isPlayable(child)) {
+            checkOpenKing(child);
+            continue;
+        }
+        require(isPlayable(child), "a child is playable");
         require(givesCheckQuick(pos, move) == (child.inCheck != 0),
                 "checks are seen before the move is made");
         seeLosing(pos, move);
