@@ -23,10 +23,12 @@ endif
 GENERATOR := $(if $(shell command -v ninja),Ninja,Unix Makefiles)
 
 # How a release target is built in $(BUILD): by the counts of a training run where ninja is at hand.
-ifeq ($(BUILD),build/engine)
+ifeq ($(abspath $(BUILD)),$(abspath build/engine))
 build_release = scripts/build_release.sh
 else
-build_release = bash -c '. scripts/common.sh; need cmake cmake; c=$${CXX:-c++}; need "$${c%% *}" g++; installMissing' make && \
+build_release = bash -c '. scripts/common.sh; need cmake cmake; c=$${CXX:-c++}; \
+	case $$c in *clang*) package=clang ;; *) package=g++ ;; esac; \
+	need "$${c%% *}" $$package; installMissing && checkCMake' make && \
 	cmake --preset release -B '$(BUILD)' -G '$(GENERATOR)' && \
 	cmake --build '$(BUILD)' --parallel $(JOBS) --target
 endif

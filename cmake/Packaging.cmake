@@ -33,7 +33,7 @@ add_dependencies(tarvok tarvok_compressed)
 # The documents keep their places to each other, so that their links work.
 install(TARGETS tarvok RUNTIME COMPONENT engine)
 install(FILES ${manual} DESTINATION ${CMAKE_INSTALL_MANDIR}/man6 COMPONENT documents)
-install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documents)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documents)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documents
   FILES_MATCHING PATTERN "*.md" PATTERN "examples/*")
 
@@ -56,7 +56,7 @@ set(CPACK_PACKAGE_VENDOR "Tarvok developers")
 set(CPACK_PACKAGE_CONTACT "${maintainer}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "UCI chess engine for standard chess and Chess960")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-  "Tarvok searches on any number of threads, has a hand-written evaluation, reads
+  "Tarvok searches on up to 128 threads, has a hand-written evaluation, reads
 opening books and endgame tables, and can grow a Monte Carlo search tree.
 It has no board of its own: a chess interface that speaks the Universal Chess
 Interface starts it.
@@ -71,7 +71,8 @@ set(CPACK_DEBIAN_PACKAGE_SUGGESTS "xboard, polyglot, pychess, scid")
 # `cmake --build ... --target package_source`: the source and nothing that was built or fetched beside it.
 set(CPACK_SOURCE_GENERATOR TGZ)
 set(CPACK_SOURCE_IGNORE_FILES "/\\\\.git(/|$)" "/node_modules/" "/__pycache__/" "^${PROJECT_SOURCE_DIR}/build/"
-  "^${PROJECT_SOURCE_DIR}/tarvok$" "^${PROJECT_SOURCE_DIR}/match[^/]*\\\\.(pgn|log)$")
+  "^${PROJECT_SOURCE_DIR}/tarvok$" "^${PROJECT_SOURCE_DIR}/match[^/]*\\\\.(pgn|log)$"
+  "^${PROJECT_SOURCE_DIR}/tune[^/]*\\\\.(json|json\\\\.new|log|svg)$")
 include(CPack)
 
 # `make EXE=name`. It is linked as the engine is.

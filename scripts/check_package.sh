@@ -40,7 +40,7 @@ filesOf() { (cd "$1" && find . -type f | sed 's/^\.//' | sort); }
 expectedFiles() {
     {
         printf '%s\n' "$1/tarvok" "$2/share/man/man6/tarvok.6.gz" "${@:3}"
-        printf "$2/share/doc/tarvok/%s\n" README.md CHANGELOG.md docs/*.md docs/examples/*
+        printf "$2/share/doc/tarvok/%s\n" README.md CHANGELOG.md CONTRIBUTING.md docs/*.md docs/examples/*
     } | sort
 }
 
@@ -79,6 +79,14 @@ diff <(expectedFiles /usr/local/bin /usr/local) <(filesOf "$scratch/image") || f
 plays "$scratch/image/usr/local/bin/tarvok"
 # Then it runs on any Linux.
 if readelf --dynamic "$scratch/image/usr/local/bin/tarvok" | grep NEEDED; then fail "it needs libraries"; fi
+# An old processor is played by an emulator.
+if command -v qemu-x86_64 >/dev/null; then
+    said=$(qemu-x86_64 -cpu Nehalem "$scratch/image/usr/local/bin/tarvok" bench 1 5 1 2>&1) &&
+        fail "it runs without BMI2"
+    [[ $said == "Tarvok needs BMI2, "* ]] || fail "it does not say that it needs BMI2: $said"
+else
+    echo "   an old processor: skipped, qemu-x86_64 (package qemu-user) is missing"
+fi
 
 echo "== manual page"
 page=$scratch/image/usr/local/share/man/man6/tarvok.6.gz

@@ -41,8 +41,8 @@ trap 'rm -rf "$work"' EXIT
 # Output that matters only if the command fails.
 quietly() { "$@" >"$work/log" 2>&1 </dev/null || { cat "$work/log" >&2; fail "failed: $*"; }; }
 
-# What can differ from one run to the next: flags of the caller, times, modes of files, the order of names.
-unset CFLAGS CXXFLAGS CPPFLAGS
+# What can differ from one run to the next: compiler and flags of the caller, times, modes of files, the order of names.
+unset CXX CFLAGS CXXFLAGS CPPFLAGS
 export LDFLAGS=-s # the linker's own checksum would count names that clang makes of the directory
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH LC_ALL=C TZ=UTC
@@ -62,7 +62,7 @@ quietly scripts/signature.sh --check --binary "$work/tarvok"
 name=tarvok-$version-linux-x86_64-bmi2
 mkdir "$work/$name"
 cp "$work/tarvok" "$work/$name"
-cp -r "$work/source/"{README.md,CHANGELOG.md,docs} "$work/$name"
+cp -r "$work/source/"{README.md,CHANGELOG.md,CONTRIBUTING.md,docs} "$work/$name"
 [[ ! -f LICENSE ]] || cp LICENSE "$work/$name"
 tar --create --directory "$work" --format=gnu --sort=name --owner=0 --group=0 --numeric-owner \
     --mtime="@$SOURCE_DATE_EPOCH" "$name" | gzip --best --no-name >"$work/files/$name.tar.gz"
