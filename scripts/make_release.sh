@@ -42,7 +42,7 @@ trap 'rm -rf "$work"' EXIT
 quietly() { "$@" >"$work/log" 2>&1 </dev/null || { cat "$work/log" >&2; fail "failed: $*"; }; }
 
 # What can differ from one run to the next: compiler and flags of the caller, times, modes of files, the order of names.
-unset CXX CFLAGS CXXFLAGS CPPFLAGS
+unset CXX CFLAGS CXXFLAGS CPPFLAGS CMAKE_CXX_COMPILER_LAUNCHER LLVM_PROFILE_FILE
 export LDFLAGS=-s # the linker's own checksum would count names that clang makes of the directory
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH LC_ALL=C TZ=UTC
