@@ -19,10 +19,13 @@ export class Engines {
     const engine = new UciEngine(setup, { chess960: this.chess960, log });
     this.running.add(engine);
     log('start');
+    const started = engine.start();
+    engine.ended.then(() => this.running.delete(engine));
     try {
-      await engine.start();
+      await started;
     } catch (failure) {
       if (this.stopped) return engine; // it was killed on its way
+      engine.kill();
       throw new Error(`${setup.name} does not start: ${failure.message}`);
     }
     return engine;
@@ -32,7 +35,6 @@ export class Engines {
   async leave(seat) {
     for (const i of seat.keys()) {
       await seat[i]?.quit();
-      this.running.delete(seat[i]);
       seat[i] = undefined;
     }
   }

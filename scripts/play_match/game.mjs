@@ -92,6 +92,7 @@ export async function playGame(players, fen, { control, marginMs, chess960, adju
       await players[side].newGame();
     } catch (failure) {
       if (!(failure instanceof EngineFailure)) throw failure;
+      await players[side].end();
       return forfeit(side, 'crash', failure.message, 'abandoned');
     }
   }
@@ -110,7 +111,7 @@ export async function playGame(players, fen, { control, marginMs, chess960, adju
     } catch (failure) {
       if (!(failure instanceof EngineFailure)) throw failure;
       if (failure.kind === 'crash') return forfeit(side, 'crash', failure.message, 'abandoned');
-      players[side].kill(); // whatever it says from now on belongs to no game
+      await players[side].end(); // whatever it says from now on belongs to no game
       return forfeit(side, 'time loss', failure.message, 'time forfeit');
     }
     const overdrawn = clock.take(side, answer.ms);

@@ -88,9 +88,21 @@ export class UciEngine {
   }
 
   kill() {
-    if (!this.alive || this.child.killed) return;
+    if (!this.alive || this.killed) return;
+    this.killed = true;
     this.log('killed');
-    this.child.kill('SIGKILL');
+    try {
+      process.kill(-this.child.pid, 'SIGKILL'); // its group: the engine can be the child of a script
+    } catch {
+      // it has just ended
+    }
+    for (const stream of this.child.stdio) stream?.destroy(); // its end waits for no process that may still hold them
+  }
+
+  // Ends the process by force; resolves when it is gone.
+  async end() {
+    this.kill();
+    await this.ended;
   }
 
   #ask(line, accepts, limitMs = AnswerLimitMs, failure = 'crash') {

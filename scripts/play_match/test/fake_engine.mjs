@@ -47,6 +47,7 @@ const misbehave = {
     console.log(`info depth 1 nodes ${at} time ${ms}`);
     setTimeout(() => console.log(`bestmove ${bestMove()}`), ms);
   },
+  hang: () => {},
   late: () => setTimeout(() => console.log(`bestmove ${bestMove()}`), 400),
 };
 

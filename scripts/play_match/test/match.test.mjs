@@ -43,6 +43,10 @@ test('faults lose the game, are counted and fail the match', () => {
   assert.match(crash.log, /exit status 3/);
   assert.equal(crash.status, 1);
 
+  const hang = match('hang', 1, '--games', '2', '--movetime', '1', '--concurrency', '1');
+  assert.match(hang.output, /other: time losses 2, illegal moves 0, crashes 0/); // one fault each
+  assert.match(hang.pgn, /Termination "time forfeit"/);
+
   const late = match('late', 1, '--restart');
   assert.match(late.output, /other: time losses 4, illegal moves 0, crashes 0/);
   assert.match(late.output, /time loss by \w+: [\d.]+ ms beyond the clock/);

@@ -94,7 +94,20 @@ test('pairs with faults are dropped and told, and too many of them end the run',
   assert.equal(pairsIn(all.stdout).length, 10);
   assert.match(all.stderr, /faults in 10 pairs in a row/);
   assert.deepEqual(progressOf('all').values, [30]);
+});
+
+test('an engine that does not start ends the run, and nothing of it is left', async () => {
   assert.equal(start(wordsOf('none', { engine: '/nonexistent' })).status, 1);
+  const engine = join(folder, 'mute');
+  const signs = join(folder, 'signs');
+  const child = `(while :; do echo alive >>${signs}; sleep 0.05; done) &`;
+  writeFileSync(engine, `#!/bin/sh\n${child}\nwait\n`, { mode: 0o755 });
+  const mute = start(wordsOf('none', { engine }));
+  assert.equal(mute.status, 1);
+  assert.match(mute.stderr, /mute does not start: no answer to "uci" in 10000 ms/);
+  const written = readFileSync(signs, 'utf8');
+  await new Promise((resolve) => setTimeout(resolve, 500));
+  assert.equal(readFileSync(signs, 'utf8'), written);
 });
 
 test('wrong command lines are refused, and so is what the engine does not take', () => {
