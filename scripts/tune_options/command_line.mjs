@@ -69,7 +69,8 @@ export function parseCommandLine(words) {
   return settings;
 }
 
-// Compares with what the engine says of itself: the lines between `uci` and `uciok`.
+// Compares with what the engine says of itself: the lines between `uci` and `uciok`. Names get the engine's spelling,
+// as an engine need not take another.
 export function checkOptions({ tuned, engine }, greeting) {
   const offered = greeting.map((line) => /^option name (.+?) type (\w+)(.*)$/.exec(line)).filter(Boolean);
   const find = (name) => {
@@ -77,13 +78,15 @@ export function checkOptions({ tuned, engine }, greeting) {
     if (!row) throw new UsageError(`the engine has no option ${name}`);
     return row;
   };
-  for (const [name] of engine.options) find(name);
-  for (const { name, min, max } of tuned) {
-    const [, , type, rest] = find(name);
+  for (const option of engine.options) option[0] = find(option[0])[1];
+  for (const option of tuned) {
+    const { name, min, max } = option;
+    const [, spelt, type, rest] = find(name);
     if (type !== 'spin') throw new UsageError(`the option ${name} is no number, but of type ${type}`);
     const [low, high] = ['min', 'max'].map((word) => Number(new RegExp(`\\b${word} (-?\\d+)`).exec(rest)?.[1] ?? NaN));
     if (!(min >= low && max <= high)) {
       throw new UsageError(`--tune ${name}: the engine takes ${low} to ${high}, and not ${min} to ${max}`);
     }
+    option.name = spelt;
   }
 }

@@ -121,8 +121,14 @@ test('wrong command lines are refused, and so is what the engine does not take',
   }
   const greeting = ['id name Fake', 'option name Sharp Eye type spin default 0 min -5 max 100',
     'option name Mood type combo default calm var calm var wild'];
-  const check = (...words) => checkOptions(parseCommandLine([...engine, ...words]), greeting);
-  check('--tune', 'sharp eye=1,-5,100,1', '--option', 'Mood=wild');
+  const check = (...words) => {
+    const settings = parseCommandLine([...engine, ...words]);
+    checkOptions(settings, greeting);
+    return settings;
+  };
+  const spelt = check('--tune', 'sharp eye=1,-5,100,1', '--option', 'mooD=wild');
+  assert.equal(spelt.tuned[0].name, 'Sharp Eye');
+  assert.deepEqual(spelt.engine.options, [['Mood', 'wild']]);
   for (const [words, why] of [
     [['--tune', 'Blunt Eye=1,0,9,1'], /no option Blunt Eye/],
     [['--tune', 'Mood=1,0,9,1'], /Mood is no number, but of type combo/],
