@@ -17,6 +17,7 @@ export class Engines {
       appendFileSync(this.logFile, `${new Date().toISOString()} ${setup.name}, started ${when}: ${text}\n`);
     };
     const engine = new UciEngine(setup, { chess960: this.chess960, log });
+    if (this.stopped) return engine; // games with it count for nothing either
     this.running.add(engine);
     log('start');
     const started = engine.start();
@@ -36,6 +37,17 @@ export class Engines {
     for (const i of seat.keys()) {
       await seat[i]?.quit();
       seat[i] = undefined;
+    }
+  }
+
+  // Plays at several seats side by side. When one fails the others are stopped, and all have ended when this does.
+  async sit(count, play) {
+    const seats = Array.from({ length: count }, () => play());
+    try {
+      await Promise.all(seats);
+    } finally {
+      this.stop();
+      await Promise.allSettled(seats);
     }
   }
 

@@ -8,7 +8,7 @@ import { gameToPgn } from './pgn.mjs';
 import { drawScore } from './picture.mjs';
 import { replaceFile } from './replace_file.mjs';
 import { Score } from './score.mjs';
-import { concludeAtSignals, runTool } from './words.mjs';
+import { runTool, stopAtSignals } from './words.mjs';
 
 const Status = { played: 0, H1: 0, fault: 1, H0: 3, undecided: 4 };
 
@@ -22,11 +22,11 @@ class Match {
     this.engines = new Engines(settings);
     writeFileSync(settings.pgn, '');
     writeFileSync(settings.log, '');
-    this.#draw();
   }
 
   // Returns when the games are played or the test is decided.
   async play() {
+    await this.#draw();
     const { games, concurrency, timeControl } = this.settings;
     console.log(`${this.score.title}: ${games} games${this.settings.sprt ? ' at most' : ''},` +
       ` ${timeControl}, ${concurrency} at a time, ${this.openings.length} openings`);
@@ -34,18 +34,13 @@ class Match {
       console.log('there are fewer openings than pairs of games: they come again, and the bounds may be too narrow');
     }
     this.begin = performance.now();
-    const seats = Math.min(concurrency, games);
-    await Promise.all(Array.from({ length: seats }, () => this.#seat()));
+    await this.engines.sit(Math.min(concurrency, games), () => this.#seat());
   }
 
   // The last words of the match, however it ends.
-  conclude() {
-    this.#draw();
+  async conclude() {
     console.log(this.score.summary());
-  }
-
-  stop() {
-    this.engines.stop();
+    await this.#draw();
   }
 
   // One seat plays game after game with two processes of its own.
@@ -64,7 +59,6 @@ class Match {
     const whiteIndex = number % 2;
     for (const i of [0, 1]) {
       if (!seat[i]?.alive) seat[i] = await this.engines.start(this.settings.engines[i], `for game ${number + 1}`);
-      if (this.engines.stopped) return;
     }
     const players = { white: seat[whiteIndex], black: seat[1 - whiteIndex] };
     const game = await playGame(players, this.openings[pair % this.openings.length], this.settings);
@@ -82,15 +76,15 @@ class Match {
     console.log(`game ${number + 1}: ${names.white} - ${names.black} ${game.result}, ${game.reason}` +
       ` (${game.moves.length} plies)`);
     if (this.score.verdict) {
-      this.stop(); // games that are still running count for nothing: the verdict stands
+      this.engines.stop(); // games that are still running count for nothing: the verdict stands
     } else if (this.score.games % this.settings.report === 0 && this.score.games < this.settings.games) {
       console.log(this.score.running(performance.now() - this.begin));
-      this.#draw();
+      await this.#draw();
     }
   }
 
-  #draw() {
-    if (this.settings.picture) replaceFile(this.settings.picture, drawScore(this.score));
+  async #draw() {
+    if (this.settings.picture) await replaceFile(this.settings.picture, drawScore(this.score));
   }
 }
 
@@ -100,11 +94,11 @@ async function main() {
     return 0;
   }
   const match = new Match(parseCommandLine(process.argv.slice(2)));
-  concludeAtSignals(match);
+  stopAtSignals(match.engines);
   try {
     await match.play();
   } finally {
-    match.conclude();
+    await match.conclude();
   }
   const { anyFault, sprt, verdict } = match.score;
   if (anyFault) return Status.fault;

@@ -28,11 +28,14 @@ export function readWords(words, rows, flags, plain) {
   }
 }
 
+let stoppedBy; // the signal
+
 // Ends the process with the status that the work resolves to, 0 if with none; 1 if it failed, 2 for a wrong command
-// line.
+// line, and that of the signal if one stopped the work.
 export async function runTool(work, usage) {
   try {
-    process.exit((await work()) ?? 0);
+    const status = (await work()) ?? 0;
+    process.exit(stoppedBy ? 128 + constants.signals[stoppedBy] : status);
   } catch (error) {
     const wrong = error instanceof UsageError;
     const who = error.kind ? 'the engine failed: ' : ''; // an EngineFailure
@@ -41,15 +44,16 @@ export async function runTool(work, usage) {
   }
 }
 
-// Ctrl-C and SIGTERM stop the work and let it say its last words; however the process ends, the work is stopped.
-export function concludeAtSignals(work) {
+// Ctrl-C and SIGTERM stop the work, which then comes to its end at once, with its last words.
+// However the process ends, the work is stopped.
+export function stopAtSignals(work) {
   process.on('exit', () => work.stop());
   for (const signal of ['SIGINT', 'SIGTERM']) {
     process.on(signal, () => {
-      work.stop();
+      if (stoppedBy) return; // it is on its way
+      stoppedBy = signal;
       console.log(`stopped by ${signal}`);
-      work.conclude();
-      process.exit(128 + constants.signals[signal]);
+      work.stop();
     });
   }
 }

@@ -8,7 +8,7 @@ import { playGame, Points } from '../play_match/game.mjs';
 import { readOpenings } from '../play_match/openings.mjs';
 import { replaceFile } from '../play_match/replace_file.mjs';
 import { duration } from '../play_match/score.mjs';
-import { concludeAtSignals, runTool, UsageError } from '../play_match/words.mjs';
+import { runTool, stopAtSignals, UsageError } from '../play_match/words.mjs';
 import { checkOptions, parseCommandLine, Usage } from './command_line.mjs';
 import { drawValues } from './picture.mjs';
 import { Progress } from './progress.mjs';
@@ -54,7 +54,6 @@ class Tuning {
     this.progress = new Progress(this.spsa, readState(state, run));
     this.before = this.progress.finished; // pairs of earlier runs
     this.faultsInARow = 0;
-    this.#save();
     this.title = `${settings.engine.name}, ${settings.timeControl}`;
     console.log(`${this.title}, ${concurrency} at a time, ${this.openings.length} openings:` +
       ` ${this.spsa.pairs} pairs${this.before ? `, ${this.before} of them played before` : ''}`);
@@ -63,21 +62,18 @@ class Tuning {
 
   async play() {
     this.begin = performance.now();
-    await Promise.all(Array.from({ length: this.settings.concurrency }, () => this.#seat()));
-  }
-
-  stop() {
-    this.engines.stop();
+    await this.#save();
+    await this.engines.sit(this.settings.concurrency, () => this.#seat());
   }
 
   // The last words, however the run ends.
-  conclude() {
+  async conclude() {
     console.log(this.#running());
-    this.#draw();
     if (!this.progress.done) console.log('not finished: the same command goes on from here');
     for (const [i, { name }] of this.spsa.options.entries()) {
       console.log(`setoption name ${name} value ${Math.round(this.spsa.values[i])}`);
     }
+    await this.#draw();
   }
 
   // One seat plays pair after pair with two processes of its own, the first of which is the plus side.
@@ -97,7 +93,6 @@ class Tuning {
     for (const white of [0, 1]) {
       for (const [i, values] of [plus, minus].entries()) {
         if (!seat[i]?.alive) seat[i] = await this.engines.start(this.settings.engine, `for pair ${k + 1}`);
-        if (this.engines.stopped) return;
         seat[i].setOptions(this.spsa.options.map(({ name }, option) => [name, values[option]]));
       }
       const players = { white: seat[white], black: seat[1 - white] };
@@ -107,18 +102,19 @@ class Tuning {
       if (fault) break;
       difference += (white === 0 ? 2 : -2) * (Points[game.result] - 0.5);
     }
-    this.#finish(k, difference, fault);
+    await this.#finish(k, difference, fault);
   }
 
-  #finish(k, difference, fault) {
+  async #finish(k, difference, fault) {
     this.progress.finish(k, fault ? undefined : difference);
-    this.#save();
+    const { finished, done } = this.progress; // other seats go on meanwhile
+    await this.#save();
     console.log(`pair ${k + 1}: ${fault ? `dropped, ${fault}` : `${1 + difference / 2} - ${1 - difference / 2}`}`);
     this.faultsInARow = fault ? this.faultsInARow + 1 : 0;
     if (this.faultsInARow === MaxFaultsInARow) throw new Error(`faults in ${MaxFaultsInARow} pairs in a row`);
-    if (this.progress.finished % this.settings.report === 0 && !this.progress.done) {
+    if (finished % this.settings.report === 0 && !done) {
       console.log(this.#running());
-      this.#draw();
+      await this.#draw();
     }
   }
 
@@ -135,12 +131,12 @@ class Tuning {
     return lines.join('\n');
   }
 
-  #save() {
-    replaceFile(this.settings.state, JSON.stringify({ run: this.run, progress: this.progress.save() }) + '\n');
+  async #save() {
+    await replaceFile(this.settings.state, JSON.stringify({ run: this.run, progress: this.progress.save() }) + '\n');
   }
 
-  #draw() {
-    if (this.settings.picture) replaceFile(this.settings.picture, drawValues(this.title, this.progress));
+  async #draw() {
+    if (this.settings.picture) await replaceFile(this.settings.picture, drawValues(this.title, this.progress));
   }
 }
 
@@ -154,11 +150,11 @@ async function main() {
   const greeting = engine.greeting.filter((line) => /^(id|option) /.test(line));
   checkOptions(settings, greeting);
   const tuning = new Tuning(settings, engines, greeting);
-  concludeAtSignals(tuning);
+  stopAtSignals(engines);
   try {
     await tuning.play();
   } finally {
-    tuning.conclude();
+    await tuning.conclude();
   }
   return tuning.progress.faults ? 1 : 0;
 }
