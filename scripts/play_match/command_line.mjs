@@ -35,7 +35,8 @@ ${ConditionsUsage}
 Exit status: 0 when all games were played or the test accepted H1;
   1 if an engine lost on time, made an illegal move, crashed or did not start, whatever the test says;
   2 for a wrong command line; 3 if the test accepted H0; 4 if the games ran out before its verdict;
-  130 when stopped by Ctrl-C, 143 by SIGTERM. Either stop still prints the summary and draws the picture.`;
+  129 when stopped by the end of its terminal, 130 by Ctrl-C, 143 by SIGTERM: the summary is printed and the picture
+  drawn all the same.`;
 
 function numbers(text, what, names) {
   const fields = text.split(',');

@@ -1,4 +1,5 @@
 // Command lines and ends, for all tools.
+import { closeSync } from 'node:fs';
 import { constants } from 'node:os';
 
 export class UsageError extends Error {}
@@ -35,6 +36,8 @@ let stoppedBy; // the signal
 export async function runTool(work, usage) {
   try {
     const status = (await work()) ?? 0;
+    // Node.js aborts at its end over a terminal that is gone, unless nothing is left of it.
+    if (stoppedBy === 'SIGHUP') [0, 1, 2].forEach((descriptor) => closeSync(descriptor));
     process.exit(stoppedBy ? 128 + constants.signals[stoppedBy] : status);
   } catch (error) {
     const wrong = error instanceof UsageError;
@@ -44,14 +47,15 @@ export async function runTool(work, usage) {
   }
 }
 
-// Ctrl-C and SIGTERM stop the work, which then comes to its end at once, with its last words.
+// Ctrl-C, SIGTERM and a closed terminal stop the work, which then comes to its end at once, with its last words.
 // However the process ends, the work is stopped.
 export function stopAtSignals(work) {
   process.on('exit', () => work.stop());
-  for (const signal of ['SIGINT', 'SIGTERM']) {
+  for (const signal of ['SIGINT', 'SIGTERM', 'SIGHUP']) {
     process.on(signal, () => {
       if (stoppedBy) return; // it is on its way
       stoppedBy = signal;
+      for (const stream of [process.stdout, process.stderr]) stream.on('error', () => {}); // nobody may be listening
       console.log(`stopped by ${signal}`);
       work.stop();
     });

@@ -94,25 +94,27 @@ test('a test ends the match at its verdict, and the exit status tells it', () =>
   assert.match(undecided.output, /verdict: undecided/);
 });
 
-test('Ctrl-C ends the match with a summary and a picture', async () => {
-  const folder = mkdtempSync(join(tmpdir(), 'match-'));
-  const picture = join(folder, 'svg');
-  const words = ['--engine', fake('good'), '--engine', fake('good'), '--games', '10000', '--nodes', '1',
-    '--pgn', join(folder, 'pgn'), '--log', join(folder, 'log'), '--picture', picture];
-  const run = spawn(process.execPath, [join(here, '..', 'play_match.mjs'), ...words]);
-  let output = '';
-  const ended = new Promise((resolve) => run.on('close', resolve));
-  run.stdout.setEncoding('utf8').on('data', (text) => {
-    output += text;
-    if (/game 3:/.test(output)) run.kill('SIGINT');
+for (const [signal, wanted] of [['SIGINT', 130], ['SIGHUP', 129]]) {
+  test(`${signal} ends the match with a summary and a picture`, async () => {
+    const folder = mkdtempSync(join(tmpdir(), 'match-'));
+    const picture = join(folder, 'svg');
+    const words = ['--engine', fake('good'), '--engine', fake('good'), '--games', '10000', '--nodes', '1',
+      '--pgn', join(folder, 'pgn'), '--log', join(folder, 'log'), '--picture', picture];
+    const run = spawn(process.execPath, [join(here, '..', 'play_match.mjs'), ...words]);
+    let output = '';
+    const ended = new Promise((resolve) => run.on('close', resolve));
+    run.stdout.setEncoding('utf8').on('data', (text) => {
+      output += text;
+      if (/game 3:/.test(output)) run.kill(signal);
+    });
+    assert.equal(await ended, wanted);
+    const summary = output.slice(output.indexOf(`stopped by ${signal}`));
+    assert.match(summary, /against .* of \d+ \(/);
+    assert.match(summary, /time losses 0, illegal moves 0, crashes 0/);
+    assert.match(readFileSync(picture, 'utf8'), /<\/svg>/);
+    rmSync(folder, { recursive: true });
   });
-  assert.equal(await ended, 130);
-  const summary = output.slice(output.indexOf('stopped by SIGINT'));
-  assert.match(summary, /against .* of \d+ \(/);
-  assert.match(summary, /time losses 0, illegal moves 0, crashes 0/);
-  assert.match(readFileSync(picture, 'utf8'), /<\/svg>/);
-  rmSync(folder, { recursive: true });
-});
+}
 
 test('wrong command lines are refused', () => {
   for (const words of [[], ['--games', 'x'], ['--engine', 'a'], ['--margin'], ['--tc', '1+2+3'], ['--what'],
