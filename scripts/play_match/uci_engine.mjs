@@ -36,6 +36,8 @@ export class UciEngine {
     const greeting = []; // what it says of itself
     await this.#ask('uci', (line) => line === 'uciok' || !greeting.push(line));
     this.greeting = greeting;
+    const has960 = greeting.some((line) => /^option name UCI_Chess960 /i.test(line));
+    if (this.chess960 && !has960) throw new Error('it has no option UCI_Chess960');
     if (this.chess960) this.send('setoption name UCI_Chess960 value true');
     this.setOptions(this.setup.options);
     await this.isReady();

@@ -3,6 +3,7 @@
 // Its option "Sharp Eye" is best at 70. The farther it is from there, the fewer mates in one are seen: those in
 // positions with a lower move number are overlooked.
 // With FAKE_STALL=N in the environment it gives no answer to its N-th search.
+// With the habit "orthodox" it has no Chess960.
 // With the habit "count" it always searches for the time that it is given, tells of MOVE nodes, and then goes on for
 // as long again without a word.
 import { createInterface } from 'node:readline';
@@ -55,7 +56,9 @@ createInterface({ input: process.stdin }).on('line', (line) => {
   const words = line.split(' ');
   if (words[0] === 'uci') {
     console.log('id name Fake\noption name Sharp Eye type spin default 0 min 0 max 100');
-    console.log('option name Mood type combo default calm var calm var wild\nuciok');
+    console.log('option name Mood type combo default calm var calm var wild');
+    if (habit !== 'orthodox') console.log('option name UCI_Chess960 type check default false');
+    console.log('uciok');
   }
   if (line.startsWith('setoption name Sharp Eye value ')) sharpEye = Number(words.at(-1));
   if (words[0] === 'isready') console.log('readyok');

@@ -72,6 +72,12 @@ test('a clean match is written as games that can be replayed', () => {
   }
 });
 
+test('Chess960 takes engines that know it', () => {
+  const { status, output } = match('orthodox', 0, '--chess960');
+  assert.equal(status, 1);
+  assert.match(output, /other does not start: it has no option UCI_Chess960/);
+});
+
 test('a test ends the match at its verdict, and the exit status tells it', () => {
   // All games end alike, so that pairs are even: that speaks for the lower of two positive differences, and for the
   // upper of two negative ones.
