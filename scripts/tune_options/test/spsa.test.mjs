@@ -39,6 +39,7 @@ test('values find the best ones through the noise of games', () => {
     }
     for (const [i, { name, best, max, step }] of options.entries()) {
       near(spsa.values[i], Math.min(best, max), 1.5 * step, `seed ${seed}, ${name}:`);
+      assert.ok(spsa.values[i] <= max, name);
     }
   }
 });
@@ -86,10 +87,12 @@ test('sides are whole numbers around the value, within the range, and on average
     for (const value of [...plus, ...minus]) assert.ok(Number.isInteger(value) && value >= 0 && value <= 100);
     sums[0] += (plus[1] + minus[1]) / 2 / pairs;
     sums[1] += (Math.abs(plus[1] - minus[1]) - 2 * spsa.step(1, k)) / pairs;
+    near(Math.abs(plus[1] - minus[1]), 2 * spsa.step(1, k), 1); // one draw for both sides
     sums[2] += (plus[0] > minus[0]) / pairs;
     sums[3] += (plus[0] > minus[0] === plus[2] > minus[2]) / pairs;
     assert.equal(Math.max(plus[2], minus[2]), 100);
   }
+  assert.notDeepEqual(new Spsa(options, { pairs, seed: 10 }).settings(0), spsa.settings(0));
   near(sums[0], 40.3, 0.03);
   near(sums[1], 0, 0.03);
   near(sums[2], 0.5, 0.03);

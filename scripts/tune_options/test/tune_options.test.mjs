@@ -18,6 +18,9 @@ const openings = join(folder, 'openings');
 // White mates at once if the engine sees it at this move number; if not, two half moves make a draw.
 writeFileSync(openings, Array.from({ length: 60 }, (_, i) => `6k1/8/6K1/8/8/8/8/R7 w - - 98 ${i + 1}\n`).join(''));
 
+const fewer = join(folder, 'fewer');
+writeFileSync(fewer, '6k1/8/6K1/8/8/8/8/R7 w - - 98 1\n');
+
 const wordsOf = (name, { engine = fake(), tuned = 'Sharp Eye=30,10,95,10', more = [] } = {}) => [tool,
   '--engine', engine, '--tune', tuned, '--openings', openings, '--nodes', '1', '--pairs', '60', '--report', '10',
   '--state', join(folder, name), '--log', join(folder, 'log'), '--picture', join(folder, `${name}.svg`),
@@ -45,12 +48,14 @@ test('a run finds the better value; one that was stopped and taken up again goes
   assert.equal(through.status, 0, through.stdout + through.stderr);
   const [value] = progressOf('through').values;
   assert.ok(value > 50 && value <= 90, `${value}`);
+  assert.doesNotMatch(through.stdout, /: (2 - 0|0 - 2)$/m); // only White can win, and each side has White once
   assert.match(through.stdout, /50 of 60 pairs, 50 in 0:\d\d:\d\d, about .* to go; dropped for faults: 0/);
   assert.match(through.stdout, /Sharp Eye: 30 -> [\d.]+ in 10 to 95, step [\d.]+/);
   assert.ok(through.stdout.endsWith(`\nsetoption name Sharp Eye value ${Math.round(value)}\n`));
   assert.match(readFileSync(join(folder, 'through.svg'), 'utf8'), /<svg[^]*Sharp Eye[^]*<\/svg>/);
 
   assert.equal((await interrupted('SIGKILL', wordsOf('stopped'), 4)).status, 'SIGKILL');
+  assert.ok(progressOf('stopped').finished >= 4); // the state of each pair that was told
   const { status, output } = await interrupted('SIGINT', wordsOf('stopped'), 7);
   assert.equal(status, 130);
   assert.match(output, /stopped by SIGINT[^]*the same command goes on from here\nsetoption name Sharp Eye .*\n$/);
@@ -63,7 +68,8 @@ test('a run finds the better value; one that was stopped and taken up again goes
   assert.match(again.stdout, /60 of 60 pairs[^]*\nsetoption name Sharp Eye value/);
 
   for (const [other, what] of [[{ more: ['--seed', '2'] }, 'seed'], [{ more: ['--option', 'Mood=wild'] }, 'engine'],
-    [{ engine: fake('late', 99) }, 'engine'], [{ tuned: 'Sharp Eye=30,10,95,11' }, 'tuned']]) {
+    [{ engine: fake('late', 99) }, 'engine'], [{ tuned: 'Sharp Eye=30,10,95,11' }, 'tuned'],
+    [{ more: ['--nodes', '2'] }, 'control'], [{ more: ['--openings', fewer] }, 'openings']]) {
     const refused = start(wordsOf('stopped', other));
     assert.equal(refused.status, 2, what);
     assert.match(refused.stderr, new RegExp(`belongs to a run with another .*${what}`));
@@ -81,6 +87,12 @@ test('pairs played side by side are each played once, also when the run is stopp
   assert.deepEqual(played.sort((a, b) => a - b), Array.from({ length: 60 }, (_, i) => i + 1));
 });
 
+test('--restart takes fresh processes for each pair', () => {
+  const log = join(folder, 'restarts');
+  assert.equal(start(wordsOf('restart', { more: ['--restart', '--pairs', '3', '--log', log] })).status, 0);
+  assert.equal([...readFileSync(log, 'utf8').matchAll(/started for pair \d+: start$/gm)].length, 6);
+});
+
 test('pairs with faults are dropped and told, and too many of them end the run', () => {
   const some = start(wordsOf('some', { engine: fake('illegal', 12) })); // once in each of the two processes
   assert.equal(some.status, 1, some.stdout);
@@ -88,6 +100,9 @@ test('pairs with faults are dropped and told, and too many of them end the run',
   assert.ok(dropped === 1 || dropped === 2);
   assert.match(some.stdout, new RegExp(`60 of 60 pairs.* dropped for faults: ${dropped}\n`));
   assert.equal(start(wordsOf('some', { engine: fake('illegal', 12) })).status, 1); // it stays a run with faults
+
+  const many = start(wordsOf('many', { engine: fake('crash', 8) })); // every few pairs
+  assert.match(many.stdout, /60 of 60 pairs.* dropped for faults: [12]\d\n/);
 
   const all = start(wordsOf('all', { engine: fake('crash', 1) }));
   assert.equal(all.status, 1);
