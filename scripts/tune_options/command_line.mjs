@@ -9,7 +9,8 @@ side has each option a step up or down at random, the other the opposite, and th
   --engine COMMAND       program and arguments, separated by blanks
   --tune NAME=START,MIN,MAX,STEP
                          an option to tune: its first value, its range, and by how much it is moved in the first
-                         pair; the step shrinks slowly, to a half after a thousand pairs. May be given several times
+                         pair, better 2 or more; it shrinks slowly, to a half after a thousand pairs. May be given
+                         several times
   --option NAME=VALUE    a UCI option for both sides; may be given several times
   --pairs N              the pairs of games of the whole run, default 2000
   --rate R               how far a point of difference moves a value at the end, as a share of its step then;
@@ -24,8 +25,9 @@ ${ConditionsUsage}
   --restart              fresh processes for each pair
   --log FILE             default tune.log: starts, standard error and ends of the engines
 Exit status: 0 when all pairs were played; 1 if a pair was dropped, ever in the run, for a time loss, an illegal move
-  or a crash; ten of them in a row end the run, as does an engine that does not start. 2 for a command line that is
-  wrong, or does not fit the engine or the state file; 130 when stopped by Ctrl-C, 143 by SIGTERM.
+  or a crash; ten of them in a row end the run, as does an engine that does not start, or a file that cannot be read
+  or written. 2 for a command line that is wrong, or does not fit the engine or the state file; 129 when stopped by
+  the end of its terminal, 130 by Ctrl-C, 143 by SIGTERM.
 However it ends, a run shows the values it has reached and the setoption lines to use.`;
 
 const same = (one, other) => one.toLowerCase() === other.toLowerCase();
@@ -69,8 +71,7 @@ export function parseCommandLine(words) {
   return settings;
 }
 
-// Compares with what the engine says of itself: the lines between `uci` and `uciok`. Names get the engine's spelling,
-// as an engine need not take another.
+// Compares with what the engine says of itself, between `uci` and `uciok`. Names get its spelling: it may want that.
 export function checkOptions({ tuned, engine }, greeting) {
   const offered = greeting.map((line) => /^option name (.+?) type (\w+)(.*)$/.exec(line)).filter(Boolean);
   const find = (name) => {
@@ -79,14 +80,13 @@ export function checkOptions({ tuned, engine }, greeting) {
     return row;
   };
   for (const option of engine.options) option[0] = find(option[0])[1];
-  for (const option of tuned) {
-    const { name, min, max } = option;
-    const [, spelt, type, rest] = find(name);
+  for (const option of tuned) option.name = find(option.name)[1];
+  for (const { name, min, max } of tuned) {
+    const [, , type, rest] = find(name);
     if (type !== 'spin') throw new UsageError(`the option ${name} is no number, but of type ${type}`);
     const [low, high] = ['min', 'max'].map((word) => Number(new RegExp(`\\b${word} (-?\\d+)`).exec(rest)?.[1] ?? NaN));
     if (!(min >= low && max <= high)) {
       throw new UsageError(`--tune ${name}: the engine takes ${low} to ${high}, and not ${min} to ${max}`);
     }
-    option.name = spelt;
   }
 }
